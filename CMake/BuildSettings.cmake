@@ -1,0 +1,41 @@
+# What every target of this build shares. Nothing here reaches a consumer of the installed package.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set(CMAKE_BUILD_TYPE Release CACHE STRING "" FORCE)
+endif()
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+endif()
+
+find_package(Threads REQUIRED)
+
+if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+    # Source paths in log scopes and debug data are relative to the repository, whoever builds it.
+    add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+    if(DATAMAPPING_DEVELOPER)
+        add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wold-style-cast -Wcast-qual
+                            -Woverloaded-virtual -Werror)
+        if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND DATAMAPPING_SANITIZE MATCHES "thread")
+            # The thread fences inside libstdc++ are not instrumented; none is relied upon here.
+            add_compile_options(-Wno-tsan)
+        endif()
+    endif()
+    if(DATAMAPPING_SANITIZE)
+        add_compile_options(-fsanitize=${DATAMAPPING_SANITIZE} -fno-omit-frame-pointer -g -O1)
+        add_link_options(-fsanitize=${DATAMAPPING_SANITIZE})
+        if(DATAMAPPING_SANITIZE MATCHES "undefined")
+            add_compile_options(-fno-sanitize-recover=undefined)
+        endif()
+    endif()
+endif()

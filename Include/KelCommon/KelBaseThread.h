@@ -1,0 +1,55 @@
+// The worker-thread frame: creates the operating-system thread of a worker and keeps exceptions inside it.
+//
+// Every active object derives from CKelBaseThread<itself>. The frame adds one thing to TamBaseThread: the thread. It
+// holds no data and takes no lock. No priority, affinity, stack size or system thread name is set; a worker's name is for
+// its log records only.
+#pragma once
+
+#include "KelCommon/KelLog.h"
+#include "Platform/Thread/CreateThread.h"
+#include "Platform/Thread/TamBaseThread.h"
+
+#include <string>
+
+template <class T>
+class CKelBaseThread : public TamBaseThread
+{
+public:
+    CKelBaseThread() = default;
+    CKelBaseThread(const CKelBaseThread& other) = default;
+    CKelBaseThread& operator=(const CKelBaseThread& other) = default;
+    ~CKelBaseThread() override = default;
+
+protected:
+    // Creates the thread, which runs at once. False, after a log record, if the system cannot.
+    bool CustomCreateThread() override
+    {
+        m_threadHandle = CreateThread(nullptr, 0, &CKelBaseThread::CustomThreadProc, this, 0, &m_threadId);
+        if (m_threadHandle != nullptr)
+        {
+            return true;
+        }
+        m_threadState = 0;
+        KEL_LOG_AT(ESeverityLevel::Error, 55, "Start thread error. name = " + m_threadName);
+        return false;
+    }
+
+private:
+    // The thread's entry; `param` is the worker. Whatever is thrown ends here, as exit code 0.
+    static unsigned long CustomThreadProc(void* param)
+    {
+        auto* worker = static_cast<CKelBaseThread*>(param);
+        unsigned long result = 0;
+        try
+        {
+            result = worker->CustomThreadProc_Internal();
+        }
+        catch (...)
+        {
+            KEL_LOG_AT(ESeverityLevel::Error, 72, "Thread terminated with an exception. name = " + worker->m_threadName);
+        }
+        return result;
+    }
+
+    unsigned long CustomThreadProc_Internal() { return StartThreadWorker(); }
+};

@@ -1,0 +1,43 @@
+// The log macros: how every source file of the library writes a record.
+//
+// A record is a severity, a short message and a named scope: the full signature of the function that wrote it, the base
+// name of its source file (no path, no extension) and a line. The macros gather the scope at the call site and hand it
+// to one out-of-line function, KelLog_Write, which alone knows the logger; so a source file that logs does not compile
+// the logging library's headers. Callable from any thread. A record that nobody listens to costs one check.
+//
+//   KEL_LOG(ESeverityLevel::Error, "failure");                 // the record carries the line of this statement
+//   KEL_LOG_AT(ESeverityLevel::Error, 144, "failure");         // the record's published line number, whatever moves
+#pragma once
+
+#include "KelCommon/KelCompiler.h"
+#include "Platform/Log/SeverityLevel.h"
+
+#include <string_view>
+
+// Where a record comes from. All three strings are literals: they live as long as the program.
+struct SKelLogSite
+{
+    ESeverityLevel severity;
+    const char* function;      // full signature
+    std::string_view fileName; // base name without extension
+    int line;
+};
+
+// Writes one record to the shared logger. `message` is copied before the call returns.
+void KelLog_Write(const SKelLogSite& site, std::string_view message);
+
+// "some/where/KelBaseThread.h" -> "KelBaseThread". Both separators count, as the compiler may use either.
+constexpr std::string_view KelLog_BaseName(std::string_view path)
+{
+    const auto slash = path.find_last_of("/\\");
+    if (slash != std::string_view::npos)
+    {
+        path.remove_prefix(slash + 1);
+    }
+    return path.substr(0, path.rfind('.'));
+}
+
+#define KEL_LOG_AT(severityLevel, lineNumber, message)                                                                 \
+    KelLog_Write(SKelLogSite{severityLevel, KEL_FUNCTION_SIGNATURE, KelLog_BaseName(__FILE__), lineNumber}, message)
+
+#define KEL_LOG(severityLevel, message) KEL_LOG_AT(severityLevel, __LINE__, message)

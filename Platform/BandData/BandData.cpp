@@ -1,0 +1,51 @@
+// Sizes and memory of a band.
+#include "Platform/BandData/BandData.h"
+
+#include <cstdlib>
+#include <limits>
+
+CBandData::~CBandData() { Release(); }
+
+bool CBandData::Create(int width, int height, int bitsPerPixel, int alignBytes)
+{
+    Release();
+    if (width < 0 || height < 0 || bitsPerPixel < 1 || alignBytes < 1)
+    {
+        return false;
+    }
+    constexpr std::int64_t limit = std::numeric_limits<std::int32_t>::max();
+    const std::int64_t lineBits = std::int64_t{width} * bitsPerPixel;
+    const std::int64_t lineBytes = ((lineBits + 7) / 8 + alignBytes - 1) / alignBytes * alignBytes;
+    if (lineBits > limit || lineBytes > limit || lineBytes * height > limit)
+    {
+        return false;
+    }
+    const std::int64_t dataSize = lineBytes * height;
+    // calloc, because it hands out large blocks as untouched zero pages instead of clearing them a second time.
+    m_pAllocation = std::calloc(static_cast<std::size_t>(dataSize) + dataAlignment, 1);
+    if (m_pAllocation == nullptr)
+    {
+        return false;
+    }
+    const auto address = reinterpret_cast<std::uintptr_t>(m_pAllocation);
+    const std::uintptr_t aligned = (address + dataAlignment - 1) / dataAlignment * dataAlignment;
+    m_pData = static_cast<unsigned char*>(m_pAllocation) + (aligned - address);
+    m_width = width;
+    m_height = height;
+    m_bitsPerPixel = bitsPerPixel;
+    m_bytesPerLine = static_cast<std::int32_t>(lineBytes);
+    m_dataSize = static_cast<std::int32_t>(dataSize);
+    return true;
+}
+
+void CBandData::Release()
+{
+    std::free(m_pAllocation);
+    m_pAllocation = nullptr;
+    m_pData = nullptr;
+    m_width = 0;
+    m_height = 0;
+    m_bitsPerPixel = 0;
+    m_bytesPerLine = 0;
+    m_dataSize = 0;
+}

@@ -1,0 +1,34 @@
+// The output side of a stage: a bounded pointer FIFO of bands. Who puts a band in gives it away; who takes one out owns
+// it. The stage's three operations are virtual, so that a host can put its own sink in their place.
+#pragma once
+
+#include "KelCommon/KelThreadPtrFIFO_T.h"
+#include "Platform/BandData/BandData.h"
+#include "Platform/DataProcess/StallStatistic.h"
+#include "Platform/PlatformExport.h"
+
+class PLATFORM_API CBandDataFIFO_S : public CKelThreadPtrFIFO_T<CBandData>
+{
+public:
+    // `capacity` in bands, at least 1; otherwise the FIFO template throws.
+    explicit CBandDataFIFO_S(int capacity);
+    ~CBandDataFIFO_S() override; // deletes the bands that are still queued
+
+    // The stage's side. A time-out is in milliseconds.
+    virtual bool WaitForIn(unsigned timeoutMs);             // true if there is room for a band
+    virtual bool In(CBandData* band, unsigned timeoutMs);   // queues a band; false if there was no room in time
+    virtual void SetCompletedFlag();                        // nothing more will be queued
+
+    // The next stage's side.
+    bool WaitForOut(unsigned timeoutMs);            // true if a band is there to be taken
+    bool Out(CBandData*& band, unsigned timeoutMs); // takes the oldest band; false if none came in time
+    bool IsCompleted();                             // the stage has ended and nothing is left
+
+    // How often the stage had to wait for room, and the next stage for a band.
+    SStallStatistic ProducerStall_Get() const { return m_producerStall.Get(); }
+    SStallStatistic ConsumerStall_Get() const { return m_consumerStall.Get(); }
+
+private:
+    CStallCounter m_producerStall;
+    CStallCounter m_consumerStall;
+};

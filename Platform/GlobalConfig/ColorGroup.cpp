@@ -1,0 +1,35 @@
+// Looks up and replaces the colour groups under one reader-writer lock.
+#include "Platform/GlobalConfig/ColorGroup.h"
+
+#include <mutex>
+
+const std::string& CColorGroupInfo::Key_Pattern_Layout()
+{
+    static const std::string key = "Pattern_Layout";
+    return key;
+}
+
+SColorGroupUnitInfo CColorGroupInfo::UnitInfo_Get(int unitId) const
+{
+    const auto found = m_units.find(unitId);
+    return found == m_units.end() ? SColorGroupUnitInfo{0, unitId} : found->second;
+}
+
+void CSerialize_ColorGroupInfo::Set(const std::map<std::string, CColorGroupInfo>& groups)
+{
+    const std::unique_lock guard(m_lock);
+    m_groups = groups;
+}
+
+const CColorGroupInfo* CSerialize_ColorGroupInfo::ColorGroupInfo_By_Key(const std::string& key) const
+{
+    const std::shared_lock guard(m_lock);
+    const auto found = m_groups.find(key);
+    return found == m_groups.end() ? nullptr : &found->second;
+}
+
+CSerialize_ColorGroupInfo* GC_ColorGroup()
+{
+    static CSerialize_ColorGroupInfo groups;
+    return &groups;
+}

@@ -1,0 +1,47 @@
+// The colour groups: which print units belong together, and at which position each stands.
+//
+// Set by the host, read from any thread. A group handed out stays valid until the next Set.
+#pragma once
+
+#include "Platform/PlatformExport.h"
+
+#include <cstdint>
+#include <map>
+#include <shared_mutex>
+#include <string>
+
+// One unit's place in its group.
+struct SColorGroupUnitInfo
+{
+    std::int32_t m_unitPosition = 0; // the unit's position in the group, from 0
+    std::int32_t m_unitId = 0;
+};
+
+class PLATFORM_API CColorGroupInfo
+{
+public:
+    // The key of the group that the current pattern layout uses.
+    static const std::string& Key_Pattern_Layout();
+
+    // The unit's place; position 0 for a unit that is not in the group.
+    SColorGroupUnitInfo UnitInfo_Get(int unitId) const;
+
+    std::map<int, SColorGroupUnitInfo> m_units; // by unit id
+};
+
+class PLATFORM_API CSerialize_ColorGroupInfo
+{
+public:
+    // Replaces all groups.
+    void Set(const std::map<std::string, CColorGroupInfo>& groups);
+
+    // The group under this key; null if there is none. Not the caller's.
+    const CColorGroupInfo* ColorGroupInfo_By_Key(const std::string& key) const;
+
+private:
+    mutable std::shared_mutex m_lock;
+    std::map<std::string, CColorGroupInfo> m_groups;
+};
+
+// The process's colour groups; never null, never deleted.
+PLATFORM_API CSerialize_ColorGroupInfo* GC_ColorGroup();

@@ -1,0 +1,54 @@
+// The shared logger and the places its records go to.
+//
+// Every record of the process goes through the one severity logger that BoostLog_Get returns. Where it lands is the
+// host's choice: nowhere (the state at start: records are then not even built), the console, a file, a listener, or any
+// of them together. All sinks are synchronous: the thread that writes a record waits until every sink has taken it, so
+// records are never dropped, never reordered within a thread, and on disk before a crash can lose them; the price, a
+// slow sink slowing its writer, is paid only by records, which the data path writes on failure alone.
+//
+// Everything here may be called from any thread.
+#pragma once
+
+#include "Platform/Log/SeverityLevel.h"
+#include "Platform/PlatformExport.h"
+
+#include <chrono>
+#include <functional>
+#include <string>
+
+// The shared logger's type; complete in Platform/Log/SeverityLogger.h, which includes the logging library.
+class CSeverityLogger;
+
+// One record as a listener sees it.
+struct SLogRecord
+{
+    ESeverityLevel severity = ESeverityLevel::Debug;
+    std::string message;
+    std::string function; // full signature of the function that wrote the record
+    std::string fileName; // base name of its source file, without extension
+    int line = 0;
+    std::chrono::system_clock::time_point time;
+};
+
+class PLATFORM_API CCustomBoostLog
+{
+public:
+    using Listener = std::function<void(const SLogRecord&)>;
+
+    // The shared severity logger. Lives until the process ends.
+    static CSeverityLogger& BoostLog_Get();
+
+    // Records of at least `minimum` go to standard error, one line each. A second call changes the minimum.
+    static void Console_Open(ESeverityLevel minimum);
+    static void Console_Close();
+
+    // Records of at least `minimum` are appended to the file at `path` (UTF-8), each flushed as it is written. Replaces
+    // a file opened before. False if the file cannot be opened for writing; a file opened before then stays.
+    static bool File_Open(const std::string& path, ESeverityLevel minimum);
+    static void File_Close();
+
+    // `listener` is called for every record, on the thread that wrote it, under the sink's lock: it must not write
+    // records itself. Returns a number for Listener_Remove; once that has returned, the listener is not called again.
+    static int Listener_Add(Listener listener);
+    static void Listener_Remove(int listenerId);
+};

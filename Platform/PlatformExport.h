@@ -1,0 +1,10 @@
+// Marks what the controller platform's shared library exports.
+#pragma once
+
+#include "KelCommon/KelCompiler.h"
+
+#if defined(CONTROLLERPLATFORM_BUILD)
+#define PLATFORM_API KEL_EXPORT
+#else
+#define PLATFORM_API KEL_IMPORT
+#endif

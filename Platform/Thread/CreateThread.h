@@ -1,0 +1,43 @@
+// The operating system's threads, under one set of names on every system.
+//
+// On Windows this is the system's own header. Elsewhere it declares the few operations that the thread library needs,
+// with the same names, arguments and results, so that the code above reads the same on both.
+#pragma once
+
+#if defined(_WIN32)
+
+#include <windows.h>
+
+#else
+
+#include "Platform/PlatformExport.h"
+
+#include <cstddef>
+#include <cstdint>
+
+using HANDLE = void*;
+using DWORD = std::uint32_t;
+using ThreadStartRoutine = unsigned long (*)(void*);
+
+constexpr DWORD INFINITE = 0xFFFFFFFF;
+constexpr DWORD WAIT_OBJECT_0 = 0;
+constexpr DWORD WAIT_TIMEOUT = 258;
+
+// Starts a thread that runs `startRoutine(parameter)`; its return value becomes the exit code (32 bits). Returns the
+// thread's handle, to be closed with CloseHandle, or null when the system cannot start one. `*threadId` (if not null)
+// receives a number that no other thread of this process has had. `securityAttributes` must be null, `stackSize` 0 asks
+// for the process default, and `creationFlags` must be 0: any other flag is refused with null.
+PLATFORM_API HANDLE CreateThread(void* securityAttributes, std::size_t stackSize, ThreadStartRoutine startRoutine,
+                                 void* parameter, DWORD creationFlags, DWORD* threadId);
+
+// Waits up to `timeoutMs` (INFINITE: without limit) for the thread to end: WAIT_OBJECT_0, or WAIT_TIMEOUT. Any number
+// of threads may wait, any number of times.
+PLATFORM_API DWORD WaitForSingleObject(HANDLE thread, DWORD timeoutMs);
+
+// The exit code of a thread that has ended; false while it runs.
+PLATFORM_API bool GetExitCodeThread(HANDLE thread, DWORD* exitCode);
+
+// Gives the handle up. The thread, if it still runs, goes on.
+PLATFORM_API bool CloseHandle(HANDLE thread);
+
+#endif
