@@ -1,1 +1,69 @@
+// Builds the table of style 1: two pixels per group of four bytes, bytes and pixels reversed inside the group.
+#include "DataMap/PrintUnitDataMap_1.h"
 
+#include "DataMap/BitPosition.h"
+#include "KelCommon/KelLog.h"
+
+#include <string>
+
+namespace
+{
+// The bit position, inside an entry, of pixel `pixel` (0 to 7, 0 = most significant) of unit `unit` (0 to 15). Even
+// pixels have the last two bytes of their group, odd pixels the first two; units 8 to 15 the lower byte of each two. A
+// unit's bit counts from the least significant.
+constexpr int EntryPosition(int unit, int pixel)
+{
+    const int byteIndex = 4 * (pixel / 2) + (pixel % 2 == 0 ? 3 : 1) - unit / 8;
+    return 8 * byteIndex + 7 - unit % 8;
+}
+} // namespace
+
+bool CPrintUnitDataMap_1::Init(int dataFrameWidth)
+{
+    m_srcBitCount = 1;
+    m_srcBitMask = 1;
+    m_dstBitCount = 1;
+    m_dataFrameWidth = dataFrameWidth;
+    m_unitCount = dataFrameWidth;
+    Init_MapDataSizeOfByte();
+    if (m_dataFrameWidth == 16)
+    {
+        return Init_DataWidth_16();
+    }
+    KEL_LOG(ESeverityLevel::Error, "DataFrameWidth = " + std::to_string(m_dataFrameWidth));
+    return false;
+}
+
+void CPrintUnitDataMap_1::Usage()
+{
+    CPrintUnitDataMap_1 map;
+    map.Init(16);
+}
+
+void CPrintUnitDataMap_1::Init_MapDataSizeOfByte()
+{
+    m_mapDataSizeOfByte = m_dataFrameWidth;
+}
+
+bool CPrintUnitDataMap_1::Init_DataWidth_16()
+{
+    m_mapDataSizeOfByte = m_dataFrameWidth;
+    m_unitMapDataSize = m_dataFrameWidth * 256;
+    m_mapDataSize = m_unitMapDataSize * m_unitCount;
+    MapData_Allocate();
+    for (int unit = 0; unit < m_unitCount; ++unit)
+    {
+        for (int value = 0; value < 256; ++value)
+        {
+            unsigned char* entry = MapData_Entry(unit, value);
+            for (int pixel = 0; pixel < 8; ++pixel)
+            {
+                if ((value & BitPosition_Mask(pixel)) != 0)
+                {
+                    BitPosition_Set(entry, EntryPosition(unit, pixel));
+                }
+            }
+        }
+    }
+    return true;
+}

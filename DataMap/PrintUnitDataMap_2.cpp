@@ -1,1 +1,97 @@
+// Builds the table of the dot-size map with a frame per pixel: each set pixel becomes a 2-bit drop-size code.
+#include "DataMap/PrintUnitDataMap_2.h"
 
+#include "DataMap/BitPosition.h"
+#include "KelCommon/KelLog.h"
+
+namespace
+{
+// Drop-size codes, most significant bit first.
+constexpr int codeSmall = 0b01;
+constexpr int codeMiddle = 0b10;
+constexpr int codeBig = 0b11;
+
+void Code_Set(unsigned char* entry, int position, int code)
+{
+    if ((code & 0b10) != 0)
+    {
+        BitPosition_Set(entry, position);
+    }
+    if ((code & 0b01) != 0)
+    {
+        BitPosition_Set(entry, position + 1);
+    }
+}
+} // namespace
+
+bool CPrintUnitDataMap_2::Init(EDotSizeMode dotSizeMode, int dataFrameWidth)
+{
+    m_srcBitCount = 1;
+    m_srcBitMask = 1;
+    m_dstBitCount = 2;
+    m_dataFrameWidth = dataFrameWidth;
+    m_unitCount = dataFrameWidth / 2;
+    Init_MapDataSizeOfByte();
+    m_dotSizeMode = dotSizeMode;
+    m_mapDataSizeOfByte = (8 / m_srcBitCount) * m_dataFrameWidth / 8;
+    m_unitMapDataSize = 256 * m_mapDataSizeOfByte;
+    m_mapDataSize = m_unitCount * m_unitMapDataSize;
+    MapData_Allocate();
+    if (!MapData())
+    {
+        KEL_LOG(ESeverityLevel::Error, "failure");
+        return false;
+    }
+    return true;
+}
+
+bool CPrintUnitDataMap_2::MapData()
+{
+    switch (m_dotSizeMode)
+    {
+    case EDotSizeMode::Small:
+        return MapData_Small();
+    case EDotSizeMode::Middle:
+        return MapData_Middle();
+    case EDotSizeMode::Big:
+        return MapData_Big();
+    default:
+        return false;
+    }
+}
+
+bool CPrintUnitDataMap_2::MapData_Small()
+{
+    MapData_Fill(codeSmall);
+    return true;
+}
+
+bool CPrintUnitDataMap_2::MapData_Middle()
+{
+    MapData_Fill(codeMiddle);
+    return true;
+}
+
+bool CPrintUnitDataMap_2::MapData_Big()
+{
+    MapData_Fill(codeBig);
+    return true;
+}
+
+void CPrintUnitDataMap_2::MapData_Fill(int code)
+{
+    for (int unit = 0; unit < m_unitCount; ++unit)
+    {
+        for (int value = 0; value < 256; ++value)
+        {
+            unsigned char* entry = MapData_Entry(unit, value);
+            for (int pixel = 0; pixel < 8; ++pixel)
+            {
+                if ((value & BitPosition_Mask(pixel)) != 0)
+                {
+                    Code_Set(entry, pixel * m_dataFrameWidth + 2 * unit, code);
+                }
+            }
+        }
+    }
+}

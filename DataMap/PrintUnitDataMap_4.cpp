@@ -1,1 +1,22 @@
+// The map that never is: sets its geometry, reports the failure, builds nothing.
+#include "DataMap/PrintUnitDataMap_4.h"
 
+#include "KelCommon/KelLog.h"
+
+bool CPrintUnitDataMap_4::Init(int dataFrameWidth)
+{
+    m_srcBitCount = 1;
+    m_srcBitMask = 1;
+    m_dstBitCount = 1;
+    m_dataFrameWidth = dataFrameWidth;
+    m_unitCount = dataFrameWidth;
+    Init_MapDataSizeOfByte();
+    KEL_LOG(ESeverityLevel::Error, "failure");
+    return false;
+}
+
+void CPrintUnitDataMap_4::Usage()
+{
+    CPrintUnitDataMap_4 map;
+    map.Init(16);
+}

@@ -1,1 +1,177 @@
+// Splits 2-bit pixels into two planes by look-ups of 16 pixel patterns per unit.
+#include "DataMap/PrintUnitDataMap_8.h"
 
+#include "DataMap/BitPosition.h"
+#include "DataMap/OrKernel.h"
+#include "KelCommon/KelLog.h"
+
+#include <algorithm>
+
+namespace
+{
+constexpr int pixelsPerByte = 4;
+constexpr int patternCount = 16;
+constexpr unsigned char maskHigh = 0xAA; // the high bits of a byte's four pixels
+constexpr unsigned char maskLow = 0x55;  // their low bits
+
+// The bit of pixel `pixel` in a pattern index, and in a byte of either plane.
+constexpr int Pixel_PatternBit(int pixel)
+{
+    return 1 << (pixelsPerByte - 1 - pixel);
+}
+constexpr unsigned Pixel_ByteMask(int pixel)
+{
+    return 0xC0U >> (2 * pixel);
+}
+
+// The pattern of the pixels that have a bit set in `value`.
+int Pattern_FromByte(unsigned char value)
+{
+    int pattern = 0;
+    for (int pixel = 0; pixel < pixelsPerByte; ++pixel)
+    {
+        if ((value & Pixel_ByteMask(pixel)) != 0)
+        {
+            pattern |= Pixel_PatternBit(pixel);
+        }
+    }
+    return pattern;
+}
+
+// The byte of the plane `planeMask` in which exactly the pattern's pixels are set.
+unsigned char Pattern_ToByte(int pattern, unsigned char planeMask)
+{
+    unsigned value = 0;
+    for (int pixel = 0; pixel < pixelsPerByte; ++pixel)
+    {
+        if ((pattern & Pixel_PatternBit(pixel)) != 0)
+        {
+            value |= Pixel_ByteMask(pixel) & planeMask;
+        }
+    }
+    return static_cast<unsigned char>(value);
+}
+} // namespace
+
+const unsigned char* CPrintUnitDataMap_8::ByteMapData_Buffer(int unitIndex, int byteValue) const
+{
+    const int index = ByteValue_2_Index(static_cast<unsigned char>(byteValue));
+    return m_mapData + (index * MapDataSizeOfByte() + unitIndex * m_unitMapDataSize);
+}
+
+bool CPrintUnitDataMap_8::MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
+                                       int dstByteCount) const
+{
+    const int planeByteCount = dstByteCount / 2;
+    if (!MapData_Line_BitMask(param, src, dst, planeByteCount, maskHigh))
+    {
+        KEL_LOG(ESeverityLevel::Error, "failure");
+        return false;
+    }
+    if (!MapData_Line_BitMask(param, src, dst + planeByteCount, planeByteCount, maskLow))
+    {
+        KEL_LOG(ESeverityLevel::Error, "failure");
+        return false;
+    }
+    return true;
+}
+
+bool CPrintUnitDataMap_8::Init(int dataFrameWidth)
+{
+    m_srcBitCount = 1;
+    m_srcBitMask = 1;
+    m_dstBitCount = 1;
+    m_dataFrameWidth = dataFrameWidth;
+    m_unitCount = dataFrameWidth;
+    m_mapDataSizeOfByte = (dataFrameWidth / 8) * 4;
+    m_unitMapDataSize = patternCount * m_mapDataSizeOfByte;
+    m_mapDataSize = m_unitMapDataSize * m_unitCount;
+    if (!Init_MapDataBuffer())
+    {
+        KEL_LOG(ESeverityLevel::Error, "failure");
+        return false;
+    }
+    return true;
+}
+
+// The low-bit plane needs no entries of its own: the same index names the same pixels.
+bool CPrintUnitDataMap_8::Init_MapDataBuffer()
+{
+    MapData_Allocate();
+    for (int unit = 0; unit < m_unitCount; ++unit)
+    {
+        for (int index = 0; index < patternCount; ++index)
+        {
+            MapData_Fill(MapData_Entry(unit, index), unit, Index_2_ByteValue(index));
+        }
+    }
+    return true;
+}
+
+void CPrintUnitDataMap_8::MapData_Fill(unsigned char* entry, int unitIndex, unsigned char planeValue) const
+{
+    for (int pixel = 0; pixel < pixelsPerByte; pixel += m_srcBitCount)
+    {
+        if ((planeValue & Pixel_ByteMask(pixel)) != 0)
+        {
+            const int frame = pixel / 2;
+            BitPosition_Set(entry, 2 * (frame * m_dataFrameWidth + m_srcBitCount * unitIndex) + pixel % 2);
+        }
+    }
+}
+
+bool CPrintUnitDataMap_8::MapData_Line_BitMask(const SSrcBandDataParam& param, const unsigned char* src,
+                                               unsigned char* dst, int dstByteCount, unsigned char bitMask) const
+{
+    const int entrySize = MapDataSizeOfByte();
+    const int fullByteCount = param.m_lineBitCount / 8;
+    for (int i = 0; i < fullByteCount; ++i)
+    {
+        COrKernel::Or_Bytes(dst + i * entrySize, ByteMapData_Buffer(param.m_unitIndex, src[i] & bitMask), entrySize);
+    }
+    if (param.m_lineBitCount % 8 <= 0)
+    {
+        return true;
+    }
+    // The tail is looked up unmasked, unlike the full bytes.
+    const unsigned char tail = src[fullByteCount];
+    if (param.m_unitIndex == 0 && ByteValue_2_Index(tail) < 0)
+    {
+        return true; // its entry would lie before the table
+    }
+    const int tailOffset = fullByteCount * entrySize;
+    const int tailByteCount = std::min(dstByteCount - tailOffset, entrySize);
+    COrKernel::Or_Bytes(dst + tailOffset, ByteMapData_Buffer(param.m_unitIndex, tail), tailByteCount);
+    return true;
+}
+
+int CPrintUnitDataMap_8::ByteValue_2_Index(unsigned char value) const
+{
+    return (value & maskHigh) != 0 ? ByteValue_2_Index_Bit0246(value) : ByteValue_2_Index_Bit1357(value);
+}
+
+int CPrintUnitDataMap_8::ByteValue_2_Index_Bit0246(unsigned char value) const
+{
+    return (value & maskLow) == 0 ? Pattern_FromByte(value) : -1;
+}
+
+int CPrintUnitDataMap_8::ByteValue_2_Index_Bit1357(unsigned char value) const
+{
+    return (value & maskHigh) == 0 ? Pattern_FromByte(value) : -1;
+}
+
+unsigned char CPrintUnitDataMap_8::Index_2_ByteValue(int index)
+{
+    return index < patternCount ? Index_2_ByteValue_Bit0246(index) : Index_2_ByteValue_Bit1357(index);
+}
+
+unsigned char CPrintUnitDataMap_8::Index_2_ByteValue_Bit0246(int index)
+{
+    return index >= 0 && index < patternCount ? Pattern_ToByte(index, maskHigh) : static_cast<unsigned char>(0);
+}
+
+unsigned char CPrintUnitDataMap_8::Index_2_ByteValue_Bit1357(int index)
+{
+    const int pattern = index - patternCount;
+    return pattern >= 0 && pattern < patternCount ? Pattern_ToByte(pattern, maskLow) : static_cast<unsigned char>(0);
+}

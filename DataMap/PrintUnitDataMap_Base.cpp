@@ -1,1 +1,101 @@
+// The geometry of a data map and the generic line mapping: one table look-up and one OR per source byte.
+#include "DataMap/PrintUnitDataMap_Base.h"
 
+#include "DataMap/OrKernel.h"
+#include "KelCommon/KelLog.h"
+
+#include <algorithm>
+#include <cstddef>
+
+CPrintUnitDataMap_Base::~CPrintUnitDataMap_Base()
+{
+    delete[] m_mapData;
+    m_mapData = nullptr;
+}
+
+bool CPrintUnitDataMap_Base::Init(int srcBitCount, int dstBitCount, int dataFrameWidth)
+{
+    m_srcBitCount = srcBitCount;
+    if (!Init_SrcBitMask())
+    {
+        KEL_LOG(ESeverityLevel::Error, "failure");
+        return false;
+    }
+    m_dstBitCount = dstBitCount;
+    m_dataFrameWidth = dataFrameWidth;
+    m_unitCount = dataFrameWidth / dstBitCount;
+    Init_MapDataSizeOfByte();
+    return true;
+}
+
+int CPrintUnitDataMap_Base::MapDataSizeOfByte() const
+{
+    return m_mapDataSizeOfByte;
+}
+
+const unsigned char* CPrintUnitDataMap_Base::ByteMapData_Buffer(int unitIndex, int byteValue) const
+{
+    return m_mapData + unitIndex * m_unitMapDataSize + byteValue * m_mapDataSizeOfByte;
+}
+
+bool CPrintUnitDataMap_Base::MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
+                                          int dstByteCount) const
+{
+    const int fullByteCount = param.m_lineBitCount / 8;
+    for (int i = 0; i < fullByteCount; ++i)
+    {
+        const unsigned char* entry = ByteMapData_Buffer(param.m_unitIndex, src[i]);
+        COrKernel::Or_Bytes(dst + i * m_mapDataSizeOfByte, entry, m_mapDataSizeOfByte);
+    }
+    if (param.m_lineBitCount % 8 < 1)
+    {
+        return true;
+    }
+    const int tailOffset = fullByteCount * m_mapDataSizeOfByte;
+    const int tailByteCount = std::min(dstByteCount - tailOffset, m_mapDataSizeOfByte);
+    const unsigned char* entry = ByteMapData_Buffer(param.m_unitIndex, src[fullByteCount]);
+    COrKernel::Or_Bytes(dst + tailOffset, entry, tailByteCount);
+    return true;
+}
+
+int CPrintUnitDataMap_Base::SrcPixelCount_2_BoardBitCount(int srcPixelCount) const
+{
+    return m_dataFrameWidth * srcPixelCount;
+}
+
+void* CPrintUnitDataMap_Base::CustomParam_Create() const
+{
+    return nullptr;
+}
+
+void CPrintUnitDataMap_Base::CustomParam_Release(void* /*customParam*/) const {}
+
+void CPrintUnitDataMap_Base::Init_MapDataSizeOfByte()
+{
+    m_mapDataSizeOfByte = ((8 / m_srcBitCount) * m_dataFrameWidth) / 8;
+}
+
+bool CPrintUnitDataMap_Base::Init_SrcBitMask()
+{
+    m_srcBitMask = 0;
+    if (m_srcBitCount == 1)
+    {
+        m_srcBitMask = 1;
+    }
+    else if (m_srcBitCount == 2)
+    {
+        m_srcBitMask = 3;
+    }
+    return m_srcBitMask != 0;
+}
+
+void CPrintUnitDataMap_Base::MapData_Allocate()
+{
+    delete[] m_mapData;
+    m_mapData = new unsigned char[static_cast<std::size_t>(m_mapDataSize)]();
+}
+
+unsigned char* CPrintUnitDataMap_Base::MapData_Entry(int unitIndex, int entryIndex)
+{
+    return m_mapData + unitIndex * m_unitMapDataSize + entryIndex * m_mapDataSizeOfByte;
+}

@@ -5,7 +5,8 @@
 #include <stdexcept>
 
 // The user's input is at fault: arguments, the job file or a separation. Exit status 2. The text names the file, the
-// place, what was found and what would be right: "job.toml:12:20: PrinterDataWidth is 17; style 5 needs a multiple of 8".
+// place, what was found and what would be right: "job.toml:12:20: PrinterDataWidth is 17; style 5 needs a multiple of
+// 8".
 class CInputError : public std::runtime_error
 {
 public:

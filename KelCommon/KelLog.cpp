@@ -8,7 +8,10 @@
 #include <boost/log/sources/record_ostream.hpp>
 #include <boost/log/utility/string_literal.hpp>
 
-#include <cstring>
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <utility>
 
 namespace
 {
@@ -16,12 +19,26 @@ namespace
 namespace logging = boost::log;
 
 // The logging library takes scope names as array references only, to make sure that they are literals. Ours are, but
-// their array type ends at the macro: view the pointer as the start of a long literal and keep the part that exists.
-logging::string_literal Literal(const char* text, std::size_t length)
+// their array type ends at the macro; it is found again by length. A signature of more than `longest` characters is
+// cut.
+constexpr std::size_t longest = 511;
+
+template<std::size_t length>
+logging::string_literal Literal_Make(const char* text)
 {
-    constexpr std::size_t longest = 1U << 20;
-    const logging::string_literal whole(*reinterpret_cast<const char(*)[longest]>(text));
-    return whole.substr(0, length);
+    return logging::string_literal(*reinterpret_cast<const char(*)[length + 1]>(text));
+}
+
+template<std::size_t... lengths>
+constexpr auto Makers_Get(std::index_sequence<lengths...>)
+{
+    return std::array{&Literal_Make<lengths>...};
+}
+
+logging::string_literal Literal(std::string_view text)
+{
+    static constexpr auto makers = Makers_Get(std::make_index_sequence<longest + 1>());
+    return makers[std::min(text.size(), longest)](text.data());
 }
 
 } // namespace
@@ -30,8 +47,7 @@ void KelLog_Write(const SKelLogSite& site, std::string_view message)
 {
     auto& logger = CCustomBoostLog::BoostLog_Get();
     using Scope = logging::attributes::named_scope;
-    const Scope::sentry scope(Literal(site.function, std::strlen(site.function)),
-                              Literal(site.fileName.data(), site.fileName.size()), static_cast<unsigned>(site.line),
-                              Scope::value_type::value_type::function);
+    const Scope::sentry scope(Literal(site.function), Literal(site.fileName), static_cast<unsigned>(site.line),
+                              logging::attributes::named_scope_entry::function);
     BOOST_LOG_SEV(logger, site.severity) << message;
 }

@@ -1,8 +1,8 @@
 // The worker-thread frame: creates the operating-system thread of a worker and keeps exceptions inside it.
 //
 // Every active object derives from CKelBaseThread<itself>. The frame adds one thing to TamBaseThread: the thread. It
-// holds no data and takes no lock. No priority, affinity, stack size or system thread name is set; a worker's name is for
-// its log records only.
+// holds no data and takes no lock. No priority, affinity, stack size or system thread name is set; a worker's name is
+// for its log records only.
 #pragma once
 
 #include "KelCommon/KelLog.h"
@@ -11,7 +11,7 @@
 
 #include <string>
 
-template <class T>
+template<class T>
 class CKelBaseThread : public TamBaseThread
 {
 public:
@@ -46,7 +46,8 @@ private:
         }
         catch (...)
         {
-            KEL_LOG_AT(ESeverityLevel::Error, 72, "Thread terminated with an exception. name = " + worker->m_threadName);
+            KEL_LOG_AT(ESeverityLevel::Error, 72,
+                       "Thread terminated with an exception. name = " + worker->m_threadName);
         }
         return result;
     }

@@ -3,7 +3,7 @@
 // A record is a severity, a short message and a named scope: the full signature of the function that wrote it, the base
 // name of its source file (no path, no extension) and a line. The macros gather the scope at the call site and hand it
 // to one out-of-line function, KelLog_Write, which alone knows the logger; so a source file that logs does not compile
-// the logging library's headers. Callable from any thread. A record that nobody listens to costs one check.
+// the logging library's headers. Callable from any thread. A record that no sink wants is not built; its message is.
 //
 //   KEL_LOG(ESeverityLevel::Error, "failure");                 // the record carries the line of this statement
 //   KEL_LOG_AT(ESeverityLevel::Error, 144, "failure");         // the record's published line number, whatever moves
@@ -14,11 +14,11 @@
 
 #include <string_view>
 
-// Where a record comes from. All three strings are literals: they live as long as the program.
+// Where a record comes from. Both strings are literals: they live as long as the program.
 struct SKelLogSite
 {
     ESeverityLevel severity;
-    const char* function;      // full signature
+    const char* function;      // full signature; the record carries its first 511 characters
     std::string_view fileName; // base name without extension
     int line;
 };

@@ -1,11 +1,11 @@
 // A recycling buffer: a fixed set of elements that travel between threads through three pointer FIFOs.
 //
-// The cycle: empty FIFO (free elements) -> a producer takes one and fills it -> in FIFO or full FIFO -> a consumer takes
-// it -> empty FIFO again. The full cycle uses all three: producer -> in -> worker -> full -> producer -> empty. At any
-// moment an element is in exactly one FIFO or held by exactly one thread, so passing elements allocates nothing.
+// The cycle: empty FIFO (free elements) -> a producer takes one and fills it -> in FIFO or full FIFO -> a consumer
+// takes it -> empty FIFO again. The full cycle uses all three: producer -> in -> worker -> full -> producer -> empty.
+// At any moment an element is in exactly one FIFO or held by exactly one thread, so passing elements allocates nothing.
 //
-// Every operation named after a FIFO tries once, waits once on that FIFO's event for at most `timeoutMs`, and tries once
-// more. The buffer has no synchronisation of its own: the FIFOs carry it.
+// Every operation named after a FIFO tries once, waits once on that FIFO's event for at most `timeoutMs`, and tries
+// once more. The buffer has no synchronisation of its own: the FIFOs carry it.
 #pragma once
 
 #include "KelCommon/KelLog.h"
@@ -14,7 +14,7 @@
 
 #include <string>
 
-template <class T>
+template<class T>
 class CKelThreadBuffer_T
 {
 public:
@@ -38,7 +38,8 @@ public:
     }
 
     // Takes over `count` elements, made with `new`; all are free afterwards. The array stays the caller's. False, after
-    // a log record, if one cannot be queued; a count of 0 or less throws what the FIFO's constructor throws.
+    // a log record, if one cannot be queued; a count of 0 or less throws what the FIFO's constructor throws, and the
+    // elements stay the caller's.
     // Called once, before any other thread uses the buffer.
     virtual bool Create(T** elements, int count)
     {
@@ -102,8 +103,8 @@ private:
         return fifo.In(element);
     }
 
-    std::string* m_pName;          // owned
-    T** m_ppElements = nullptr;    // owned table; the elements belong to the FIFO that they are in
+    std::string* m_pName;       // owned
+    T** m_ppElements = nullptr; // owned table; the elements belong to the FIFO that they are in
     int m_elementCount = 0;
     CCustomCriticalSection m_lock; // part of the layout; the FIFOs' own locks do the work
     CFIFO* m_pEmptyFIFO = nullptr; // owned

@@ -16,7 +16,7 @@
 #include <cstdint>
 #include <string>
 
-template <class T>
+template<class T>
 class CKelThreadPtrFIFO_T
 {
 public:
@@ -112,10 +112,14 @@ public:
         while (Count() >= 1)
         {
             T* element = nullptr;
-            if (!Out(element) && !(m_hasData.Wait(100, 0) && Out(element)))
+            if (!Out(element))
             {
-                KEL_LOG_AT(ESeverityLevel::Error, 102, "failure");
-                return false;
+                m_hasData.Wait(100, 0);
+                if (!Out(element))
+                {
+                    KEL_LOG_AT(ESeverityLevel::Error, 102, "failure");
+                    return false;
+                }
             }
             delete element;
         }
@@ -132,8 +136,8 @@ public:
     CCustomManualResetEvent& HasSpaceEvent() { return m_hasSpace; }
 
 protected:
-    // The completed flag means nothing to the FIFO itself; it is kept here, under the FIFO's lock, for the classes above
-    // it whose producer can end.
+    // The completed flag means nothing to the FIFO itself; it is kept here, under the FIFO's lock, for the classes
+    // above it whose producer can end.
     void Completed_Set()
     {
         const CEnterLeaveCriticalSection guard(m_lock);

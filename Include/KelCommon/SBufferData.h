@@ -8,7 +8,7 @@
 #include <new>
 #include <string>
 
-template <class T>
+template<class T>
 struct SBufferData
 {
     T* m_pBuffer = nullptr; // owned array of m_count elements

@@ -4,7 +4,10 @@
 #include <cstdlib>
 #include <limits>
 
-CBandData::~CBandData() { Release(); }
+CBandData::~CBandData()
+{
+    Release();
+}
 
 bool CBandData::Create(int width, int height, int bitsPerPixel, int alignBytes)
 {

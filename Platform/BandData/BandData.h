@@ -1,8 +1,8 @@
 // One band of raster lines, and the header that travels with it.
 //
-// A unit band holds the pixels of one print unit for one step: its lines are scan positions, its pixels nozzles. A board
-// band holds what the head-driver boards get for the same step. Bands are handed from thread to thread through FIFOs; at
-// any moment one thread, or one FIFO, has a band, so a band has no lock.
+// A unit band holds the pixels of one print unit for one step: its lines are scan positions, its pixels nozzles. A
+// board band holds what the head-driver boards get for the same step. Bands are handed from thread to thread through
+// FIFOs; at any moment one thread, or one FIFO, has a band, so a band has no lock.
 #pragma once
 
 #include "Platform/PlatformExport.h"
@@ -28,6 +28,8 @@ struct SBandHeader
     std::int32_t m_reserved_13 = 0;
     bool m_bSkip = false; // the band only travels along; it carries no data
 };
+static_assert(offsetof(SBandHeader, m_bandNo) == 0 * 4);
+static_assert(offsetof(SBandHeader, m_bandAttr) == 1 * 4);
 static_assert(offsetof(SBandHeader, m_unitIndex) == 4 * 4);
 static_assert(offsetof(SBandHeader, m_unitDirection) == 5 * 4);
 static_assert(offsetof(SBandHeader, m_bSkip) == 13 * 4);

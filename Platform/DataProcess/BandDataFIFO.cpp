@@ -5,17 +5,26 @@ CBandDataFIFO::CBandDataFIFO(const std::string& name) : m_buffer(name) {}
 
 CBandDataFIFO::~CBandDataFIFO() = default;
 
-bool CBandDataFIFO::Create(CBandData** bands, int count) { return m_buffer.Create(bands, count); }
+bool CBandDataFIFO::Create(CBandData** bands, int count)
+{
+    return m_buffer.Create(bands, count);
+}
 
 bool CBandDataFIFO::Empty_Out(CBandData*& band, unsigned long timeoutMs)
 {
-    return m_producerStall.Measure([&] { return m_buffer.Empty_Out(band, 0); },
+    return m_producerStall.Measure([&] { return m_buffer.EmptyFIFO()->Out(band); },
                                    [&] { return m_buffer.Empty_Out(band, timeoutMs); });
 }
 
-bool CBandDataFIFO::Full_In(CBandData* band, unsigned long timeoutMs) { return m_buffer.Full_In(band, timeoutMs); }
+bool CBandDataFIFO::Full_In(CBandData* band, unsigned long timeoutMs)
+{
+    return m_buffer.Full_In(band, timeoutMs);
+}
 
-void CBandDataFIFO::SetCompletedFlag() { m_bCompleted = true; }
+void CBandDataFIFO::SetCompletedFlag()
+{
+    m_bCompleted = true;
+}
 
 bool CBandDataFIFO::Full_WaitForOut(unsigned long timeoutMs)
 {
@@ -25,11 +34,14 @@ bool CBandDataFIFO::Full_WaitForOut(unsigned long timeoutMs)
 
 bool CBandDataFIFO::Full_Out(CBandData*& band, unsigned long timeoutMs)
 {
-    return m_consumerStall.Measure([&] { return m_buffer.Full_Out(band, 0); },
+    return m_consumerStall.Measure([&] { return m_buffer.FullFIFO()->Out(band); },
                                    [&] { return m_buffer.Full_Out(band, timeoutMs); });
 }
 
-bool CBandDataFIFO::Empty_In(CBandData* band, unsigned long timeoutMs) { return m_buffer.Empty_In(band, timeoutMs); }
+bool CBandDataFIFO::Empty_In(CBandData* band, unsigned long timeoutMs)
+{
+    return m_buffer.Empty_In(band, timeoutMs);
+}
 
 bool CBandDataFIFO::IsCompleted()
 {

@@ -1,10 +1,10 @@
 // The input side of a stage: a recycling buffer of bands between one print unit's producer and the stage.
 //
 // A host creates it with a pool of bands, all free. The producer takes a free band (Empty_Out), fills it and queues it
-// (Full_In), and says when there will be no more (SetCompletedFlag). The stage waits for a full band, takes it, and gives
-// it back. The pool is the bound on how far a producer can run ahead.
+// (Full_In), and says when there will be no more (SetCompletedFlag). The stage waits for a full band, takes it, and
+// gives it back. The pool is the bound on how far a producer can run ahead.
 //
-// The stage's five operations are virtual, so that a host can put its own source of bands in their place. A time-out is
+// The stage's operations are virtual, so that a host can put its own source of bands in their place. A time-out is
 // in milliseconds; every wait ends early on a worker whose stop was requested.
 #pragma once
 
@@ -25,8 +25,8 @@ public:
     CBandDataFIFO& operator=(const CBandDataFIFO&) = delete;
     virtual ~CBandDataFIFO(); // deletes the bands that are in it, free or full
 
-    // Takes over `count` bands made with `new`, at least 1; the array stays the caller's. All are free afterwards.
-    // Called once, before any thread uses the FIFO.
+    // Takes over `count` bands made with `new`; the array stays the caller's. All are free afterwards. A count of 0 or
+    // less throws the int 0, and the bands stay the caller's. Called once, before any other operation.
     bool Create(CBandData** bands, int count);
 
     // The producer's side.
@@ -35,10 +35,10 @@ public:
     void SetCompletedFlag();                                   // nothing more will be queued
 
     // The stage's side.
-    virtual bool Full_WaitForOut(unsigned long timeoutMs);               // true if a full band is there to be taken
-    virtual bool Full_Out(CBandData*& band, unsigned long timeoutMs);    // takes the oldest full band
-    virtual bool Empty_In(CBandData* band, unsigned long timeoutMs);     // gives a band back to the pool
-    virtual bool IsCompleted();                                          // the producer has ended and nothing is left
+    virtual bool Full_WaitForOut(unsigned long timeoutMs);            // true if a full band is there to be taken
+    virtual bool Full_Out(CBandData*& band, unsigned long timeoutMs); // takes the oldest full band
+    virtual bool Empty_In(CBandData* band, unsigned long timeoutMs);  // gives a band back to the pool
+    virtual bool IsCompleted();                                       // the producer has ended and nothing is left
 
     // How often the stage had to wait for a full band, and the producer for a free one.
     SStallStatistic ConsumerStall_Get() const { return m_consumerStall.Get(); }

@@ -16,13 +16,17 @@ bool CBandDataFIFO_S::WaitForIn(unsigned timeoutMs)
 bool CBandDataFIFO_S::In(CBandData* band, unsigned timeoutMs)
 {
     return m_producerStall.Measure([&] { return CFIFO::In(band); },
-                                   [&] {
+                                   [&]
+                                   {
                                        HasSpaceEvent().Wait(timeoutMs, 0);
                                        return CFIFO::In(band);
                                    });
 }
 
-void CBandDataFIFO_S::SetCompletedFlag() { Completed_Set(); }
+void CBandDataFIFO_S::SetCompletedFlag()
+{
+    Completed_Set();
+}
 
 bool CBandDataFIFO_S::WaitForOut(unsigned timeoutMs)
 {
@@ -33,10 +37,14 @@ bool CBandDataFIFO_S::WaitForOut(unsigned timeoutMs)
 bool CBandDataFIFO_S::Out(CBandData*& band, unsigned timeoutMs)
 {
     return m_consumerStall.Measure([&] { return CFIFO::Out(band); },
-                                   [&] {
+                                   [&]
+                                   {
                                        HasDataEvent().Wait(timeoutMs, 0);
                                        return CFIFO::Out(band);
                                    });
 }
 
-bool CBandDataFIFO_S::IsCompleted() { return IsCompletedAndEmpty(); }
+bool CBandDataFIFO_S::IsCompleted()
+{
+    return IsCompletedAndEmpty();
+}

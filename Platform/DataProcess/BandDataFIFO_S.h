@@ -15,9 +15,9 @@ public:
     ~CBandDataFIFO_S() override; // deletes the bands that are still queued
 
     // The stage's side. A time-out is in milliseconds.
-    virtual bool WaitForIn(unsigned timeoutMs);             // true if there is room for a band
-    virtual bool In(CBandData* band, unsigned timeoutMs);   // queues a band; false if there was no room in time
-    virtual void SetCompletedFlag();                        // nothing more will be queued
+    virtual bool WaitForIn(unsigned timeoutMs);           // true if there is room for a band
+    virtual bool In(CBandData* band, unsigned timeoutMs); // queues a band; false if there was no room in time
+    virtual void SetCompletedFlag();                      // nothing more will be queued
 
     // The next stage's side.
     bool WaitForOut(unsigned timeoutMs);            // true if a band is there to be taken

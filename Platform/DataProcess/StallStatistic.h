@@ -7,7 +7,7 @@
 
 struct SStallStatistic
 {
-    std::int64_t m_count = 0; // waits that did not find what they wanted at once
+    std::int64_t m_count = 0; // waits that did not find what they wanted at once; a wait that is repeated counts again
     std::chrono::nanoseconds m_duration{0};
 };
 
@@ -17,7 +17,7 @@ class CStallCounter
 public:
     // Runs `ready()`, a probe that returns at once; if it says no, runs `wait()` and counts the time. Returns what the
     // last of them returned.
-    template <class Ready, class Wait>
+    template<class Ready, class Wait>
     bool Measure(Ready ready, Wait wait)
     {
         if (ready())

@@ -16,6 +16,7 @@ struct SCartUnitInfo
     std::int32_t m_headIndex = 0;  // which head, for display
     std::int32_t m_direction = 0;  // 2 = ascending block order
 };
+static_assert(offsetof(SCartUnitInfo, m_unitId) == 0 * 4);
 static_assert(offsetof(SCartUnitInfo, m_direction) == 3 * 4);
 
 // What all heads have in common.

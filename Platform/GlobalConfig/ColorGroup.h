@@ -5,17 +5,19 @@
 
 #include "Platform/PlatformExport.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <shared_mutex>
 #include <string>
 
-// One unit's place in its group.
+// One unit's place in its group; all words 32-bit, in this order.
 struct SColorGroupUnitInfo
 {
     std::int32_t m_unitPosition = 0; // the unit's position in the group, from 0
     std::int32_t m_unitId = 0;
 };
+static_assert(offsetof(SColorGroupUnitInfo, m_unitPosition) == 0 * 4);
 
 class PLATFORM_API CColorGroupInfo
 {

@@ -11,12 +11,12 @@
 // The family of board layouts. The numbers are those of the configuration, not of the map classes.
 enum class EDataMapStyle : std::int32_t
 {
-    Frame16 = 1,          // 1-bit data, 16-bit frames in the pair order of the first boards
-    Block = 3,            // 400 pixels in four blocks over 100 frames, one bit per unit
-    Block13 = 4,          // 400 pixels in four blocks of 13 bytes
-    FramePerPixel = 6,    // one frame per pixel
-    ByteInterleaved = 7,  // one byte column per unit
-    PlanePair = 9,        // 2-bit pixels as two planes per line
+    Frame16 = 1,         // 1-bit data, 16-bit frames in the pair order of the first boards
+    Block = 3,           // 400 pixels in four blocks over 100 frames, one bit per unit
+    Block13 = 4,         // 400 pixels in four blocks of 13 bytes
+    FramePerPixel = 6,   // one frame per pixel
+    ByteInterleaved = 7, // one byte column per unit
+    PlanePair = 9,       // 2-bit pixels as two planes per line
 };
 
 // How multi-bit pixels reach the boards.

@@ -1,9 +1,9 @@
-// The shared logger, its sinks and their one line format.
+// The shared logger, and the one sink that takes its records to the console, the file and the listeners.
 #include "Platform/Log/CustomBoostLog.h"
 
 #include "Platform/Log/SeverityLogger.h"
 
-#include <boost/core/null_deleter.hpp>
+#include <boost/date_time/posix_time/posix_time_types.hpp>
 #include <boost/log/attributes/clock.hpp>
 #include <boost/log/attributes/current_thread_id.hpp>
 #include <boost/log/attributes/named_scope.hpp>
@@ -11,23 +11,28 @@
 #include <boost/log/core.hpp>
 #include <boost/log/sinks/basic_sink_backend.hpp>
 #include <boost/log/sinks/sync_frontend.hpp>
-#include <boost/log/sinks/text_ostream_backend.hpp>
-#include <boost/log/utility/formatting_ostream.hpp>
 #include <boost/make_shared.hpp>
 
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <limits>
 #include <map>
-#include <mutex>
+#include <sstream>
+#include <utility>
 
 namespace
 {
 
 namespace logging = boost::log;
 namespace sinks = boost::log::sinks;
-using TextSink = sinks::synchronous_sink<sinks::text_ostream_backend>;
-using ScopeList = logging::attributes::named_scope::value_type;
+
+// The minimum of a place that takes no record at all.
+constexpr int nothing = std::numeric_limits<int>::max();
 
 const char* SeverityName(ESeverityLevel severity)
 {
@@ -43,59 +48,75 @@ const char* SeverityName(ESeverityLevel severity)
     return "?    ";
 }
 
-ESeverityLevel SeverityOf(const logging::record_view& record)
+// The record's own fields; its scope is the innermost one, which the log macro opened.
+SLogRecord Record_Make(const logging::record_view& view)
 {
-    return logging::extract_or_default<ESeverityLevel>("Severity", record, ESeverityLevel::Debug);
+    using ScopeList = logging::attributes::named_scope::value_type;
+    SLogRecord record;
+    record.time = std::chrono::system_clock::now();
+    record.severity = logging::extract_or_default<ESeverityLevel>("Severity", view, ESeverityLevel::Debug);
+    record.message = logging::extract_or_default<std::string>("Message", view, std::string());
+    const auto scopes = logging::extract<ScopeList>("Scope", view);
+    if (scopes && !scopes->empty())
+    {
+        const auto& scope = scopes->back();
+        record.function.assign(scope.scope_name.c_str(), scope.scope_name.size());
+        record.fileName.assign(scope.file_name.c_str(), scope.file_name.size());
+        record.line = static_cast<int>(scope.line);
+    }
+    return record;
 }
 
-// The innermost scope of a record: the one that the log macro opened.
-const logging::attributes::named_scope_entry* ScopeOf(const logging::value_ref<ScopeList>& scopes)
+// "12:34:56.789012 ", local time.
+std::string TimeText(const logging::record_view& view)
 {
-    return scopes && !scopes->empty() ? &scopes->back() : nullptr;
+    const auto time = logging::extract<boost::posix_time::ptime>("TimeStamp", view);
+    if (!time)
+    {
+        return {};
+    }
+    const auto ofDay = time->time_of_day();
+    std::array<char, 32> text = {};
+    std::snprintf(text.data(), text.size(), "%02d:%02d:%02d.%06d ", static_cast<int>(ofDay.hours()),
+                  static_cast<int>(ofDay.minutes()), static_cast<int>(ofDay.seconds()),
+                  static_cast<int>(ofDay.total_microseconds() % 1'000'000));
+    return text.data();
 }
 
 // "12:34:56.789012 ERROR 0x7f.. PrintUnitMap_Factory:88 failure  [static ... Init_DataMap(...)]"
-void Format(const logging::record_view& record, logging::formatting_ostream& stream)
+std::string Line_Make(const logging::record_view& view, const SLogRecord& record)
 {
-    if (const auto time = logging::extract<boost::posix_time::ptime>("TimeStamp", record))
+    std::ostringstream line;
+    line << TimeText(view) << SeverityName(record.severity);
+    if (const auto id = logging::extract<logging::attributes::current_thread_id::value_type>("ThreadID", view))
     {
-        stream << boost::posix_time::to_simple_string(time->time_of_day()) << ' ';
+        line << ' ' << *id;
     }
-    stream << SeverityName(SeverityOf(record));
-    if (const auto id = logging::extract<logging::attributes::current_thread_id::value_type>("ThreadID", record))
+    if (!record.fileName.empty())
     {
-        stream << ' ' << *id;
+        line << ' ' << record.fileName << ':' << record.line;
     }
-    const auto scopes = logging::extract<ScopeList>("Scope", record);
-    const auto* scope = ScopeOf(scopes);
-    if (scope != nullptr)
+    line << ' ' << record.message;
+    if (!record.function.empty())
     {
-        stream << ' ' << scope->file_name << ':' << scope->line;
+        line << "  [" << record.function << ']';
     }
-    stream << ' ' << logging::extract_or_default<std::string>("Message", record, std::string());
-    if (scope != nullptr)
-    {
-        stream << "  [" << scope->scope_name << ']';
-    }
+    line << '\n';
+    return line.str();
 }
 
-// Hands each record to the listeners, one thread at a time.
-class CListenerBackend
-    : public sinks::basic_sink_backend<sinks::combine_requirements<sinks::synchronized_feeding>::type>
+// Takes each record to every place that wants it, one thread at a time. One sink for all places, and for as long as the
+// process lives: opening, changing or closing one place can then not lose a record for another.
+class CRecordBackend : public sinks::basic_sink_backend<sinks::combine_requirements<sinks::synchronized_feeding>::type>
 {
 public:
     void consume(const logging::record_view& view)
     {
-        SLogRecord record;
-        record.severity = SeverityOf(view);
-        record.message = logging::extract_or_default<std::string>("Message", view, std::string());
-        record.time = std::chrono::system_clock::now();
-        const auto scopes = logging::extract<ScopeList>("Scope", view);
-        if (const auto* scope = ScopeOf(scopes))
+        const SLogRecord record = Record_Make(view);
+        const int severity = static_cast<int>(record.severity);
+        if (severity >= std::min(m_consoleMinimum, m_fileMinimum))
         {
-            record.function.assign(scope->scope_name.c_str(), scope->scope_name.size());
-            record.fileName.assign(scope->file_name.c_str(), scope->file_name.size());
-            record.line = static_cast<int>(scope->line);
+            Line_Write(Line_Make(view, record), severity);
         }
         for (const auto& [id, listener] : m_listeners)
         {
@@ -103,24 +124,32 @@ public:
         }
     }
 
+    // The lowest severity that any place wants.
+    int Minimum() const { return m_listeners.empty() ? std::min(m_consoleMinimum, m_fileMinimum) : 0; }
+
+    int m_consoleMinimum = nothing;
+    int m_fileMinimum = nothing;
+    std::ofstream m_file; // unbuffered: every record is one write of the system's
     std::map<int, CCustomBoostLog::Listener> m_listeners;
+    int m_lastListenerId = 0;
+
+private:
+    void Line_Write(const std::string& line, int severity)
+    {
+        bool bConsole = severity >= m_consoleMinimum;
+        if (severity >= m_fileMinimum && !m_file.write(line.data(), static_cast<std::streamsize>(line.size())))
+        {
+            m_file.clear();  // the next record tries again
+            bConsole = true; // and this one is not lost
+        }
+        if (bConsole)
+        {
+            std::cerr.write(line.data(), static_cast<std::streamsize>(line.size()));
+        }
+    }
 };
-using ListenerSink = sinks::synchronous_sink<CListenerBackend>;
 
-boost::shared_ptr<TextSink> MakeTextSink(const boost::shared_ptr<std::ostream>& stream, ESeverityLevel minimum)
-{
-    auto sink = boost::make_shared<TextSink>();
-    sink->locked_backend()->add_stream(stream);
-    sink->locked_backend()->auto_flush(true);
-    sink->set_formatter(&Format);
-    sink->set_filter([minimum](const logging::attribute_value_set& values) {
-        const auto severity = logging::extract<ESeverityLevel>("Severity", values);
-        return severity && *severity >= minimum;
-    });
-    return sink;
-}
-
-// What is switched on. Owns the logger and takes the sinks out of the logging core when the process ends.
+// The logger and its sink.
 class CLogState
 {
 public:
@@ -130,120 +159,96 @@ public:
         core->add_global_attribute("TimeStamp", logging::attributes::local_clock());
         core->add_global_attribute("ThreadID", logging::attributes::current_thread_id());
         core->add_global_attribute("Scope", logging::attributes::named_scope());
-        core->set_logging_enabled(false);
+        m_sink->set_filter(
+            [this](const logging::attribute_value_set& values)
+            {
+                const auto severity = logging::extract<ESeverityLevel>("Severity", values);
+                return severity && static_cast<int>(*severity) >= m_minimum;
+            });
+        core->add_sink(m_sink);
     }
 
-    ~CLogState()
+    // Changes the places under the sink's lock: no record is under way meanwhile.
+    template<class Change>
+    void Places_Change(Change change)
     {
-        Replace(m_console, nullptr);
-        Replace(m_file, nullptr);
-        Replace(m_listenerSink, nullptr);
+        const auto backend = m_sink->locked_backend();
+        change(*backend);
+        m_minimum = backend->Minimum();
     }
 
-    CLogState(const CLogState&) = delete;
-    CLogState& operator=(const CLogState&) = delete;
-
-    // Puts `sink` in place of `slot`. With no sink left, records are not built at all.
-    template <class Sink>
-    void Replace(boost::shared_ptr<Sink>& slot, boost::shared_ptr<Sink> sink)
-    {
-        const auto core = logging::core::get();
-        if (slot)
-        {
-            core->remove_sink(slot);
-            slot->flush();
-        }
-        slot = std::move(sink);
-        if (slot)
-        {
-            core->add_sink(slot);
-        }
-        core->set_logging_enabled(m_console || m_file || m_listenerSink);
-    }
-
-    std::mutex m_lock;
     CSeverityLogger m_logger;
-    boost::shared_ptr<TextSink> m_console;
-    boost::shared_ptr<TextSink> m_file;
-    boost::shared_ptr<ListenerSink> m_listenerSink;
-    int m_lastListenerId = 0;
+
+private:
+    boost::shared_ptr<sinks::synchronous_sink<CRecordBackend>> m_sink =
+        boost::make_shared<sinks::synchronous_sink<CRecordBackend>>();
+    std::atomic<int> m_minimum{nothing};
 };
 
 CLogState& State()
 {
-    static CLogState state;
+    static auto& state = *new CLogState; // never destroyed: the last object of the process may still write a record
     return state;
 }
 
 } // namespace
 
-CSeverityLogger& CCustomBoostLog::BoostLog_Get() { return State().m_logger; }
+CSeverityLogger& CCustomBoostLog::BoostLog_Get()
+{
+    return State().m_logger;
+}
 
 void CCustomBoostLog::Console_Open(ESeverityLevel minimum)
 {
-    auto& state = State();
-    const std::lock_guard guard(state.m_lock);
-    state.Replace(state.m_console,
-                  MakeTextSink(boost::shared_ptr<std::ostream>(&std::cerr, boost::null_deleter()), minimum));
+    State().Places_Change([&](CRecordBackend& places) { places.m_consoleMinimum = static_cast<int>(minimum); });
 }
 
 void CCustomBoostLog::Console_Close()
 {
-    auto& state = State();
-    const std::lock_guard guard(state.m_lock);
-    state.Replace(state.m_console, {});
+    State().Places_Change([](CRecordBackend& places) { places.m_consoleMinimum = nothing; });
 }
 
 bool CCustomBoostLog::File_Open(const std::string& path, ESeverityLevel minimum)
 {
-    const auto stream = boost::make_shared<std::ofstream>(
-        std::filesystem::path(reinterpret_cast<const char8_t*>(path.c_str())), std::ios::app | std::ios::binary);
-    if (!stream->is_open())
+    std::ofstream file;
+    file.rdbuf()->pubsetbuf(nullptr, 0);
+    file.open(std::filesystem::path(reinterpret_cast<const char8_t*>(path.c_str())), std::ios::app | std::ios::binary);
+    if (!file.is_open())
     {
         return false;
     }
-    auto& state = State();
-    const std::lock_guard guard(state.m_lock);
-    state.Replace(state.m_file, MakeTextSink(stream, minimum));
+    State().Places_Change(
+        [&](CRecordBackend& places)
+        {
+            places.m_file = std::move(file);
+            places.m_fileMinimum = static_cast<int>(minimum);
+        });
     return true;
 }
 
 void CCustomBoostLog::File_Close()
 {
-    auto& state = State();
-    const std::lock_guard guard(state.m_lock);
-    state.Replace(state.m_file, {});
+    State().Places_Change(
+        [](CRecordBackend& places)
+        {
+            places.m_file.close();
+            places.m_fileMinimum = nothing;
+        });
 }
 
 int CCustomBoostLog::Listener_Add(Listener listener)
 {
-    auto& state = State();
-    const std::lock_guard guard(state.m_lock);
-    const int id = ++state.m_lastListenerId;
-    if (!state.m_listenerSink)
-    {
-        state.Replace(state.m_listenerSink, boost::make_shared<ListenerSink>());
-    }
-    state.m_listenerSink->locked_backend()->m_listeners.emplace(id, std::move(listener));
+    int id = 0;
+    State().Places_Change(
+        [&](CRecordBackend& places)
+        {
+            id = ++places.m_lastListenerId;
+            places.m_listeners.emplace(id, std::move(listener));
+        });
     return id;
 }
 
 void CCustomBoostLog::Listener_Remove(int listenerId)
 {
-    auto& state = State();
-    const std::lock_guard guard(state.m_lock);
-    if (!state.m_listenerSink)
-    {
-        return;
-    }
-    bool bEmpty = false;
-    {
-        const auto backend = state.m_listenerSink->locked_backend();
-        backend->m_listeners.erase(listenerId);
-        bEmpty = backend->m_listeners.empty();
-    }
-    if (bEmpty)
-    {
-        state.Replace(state.m_listenerSink, {});
-    }
+    State().Places_Change([&](CRecordBackend& places) { places.m_listeners.erase(listenerId); });
 }

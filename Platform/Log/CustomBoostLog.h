@@ -2,9 +2,13 @@
 //
 // Every record of the process goes through the one severity logger that BoostLog_Get returns. Where it lands is the
 // host's choice: nowhere (the state at start: records are then not even built), the console, a file, a listener, or any
-// of them together. All sinks are synchronous: the thread that writes a record waits until every sink has taken it, so
-// records are never dropped, never reordered within a thread, and on disk before a crash can lose them; the price, a
-// slow sink slowing its writer, is paid only by records, which the data path writes on failure alone.
+// of them together.
+//
+// No record is dropped. The thread that writes a record waits until every place has taken it: there is no queue that
+// could overflow, records are never reordered within a thread, and those in the file have reached the system before a
+// crash could lose them. The price, a slow place slowing its writer, is paid only by records, which the data path
+// writes on failure alone. A record that the file does not take (a full disk) goes to standard error instead; the next
+// record tries the file again. Opening, changing or closing one place never costs another a record.
 //
 // Everything here may be called from any thread.
 #pragma once
@@ -42,13 +46,14 @@ public:
     static void Console_Open(ESeverityLevel minimum);
     static void Console_Close();
 
-    // Records of at least `minimum` are appended to the file at `path` (UTF-8), each flushed as it is written. Replaces
+    // Records of at least `minimum` are appended to the file at `path` (UTF-8), each by one write. Replaces
     // a file opened before. False if the file cannot be opened for writing; a file opened before then stays.
     static bool File_Open(const std::string& path, ESeverityLevel minimum);
     static void File_Close();
 
-    // `listener` is called for every record, on the thread that wrote it, under the sink's lock: it must not write
-    // records itself. Returns a number for Listener_Remove; once that has returned, the listener is not called again.
+    // `listener` is called for every record, on the thread that wrote it, under the sink's lock: it must neither write
+    // records nor call anything of this class, and what it throws reaches the writer of the record. Returns a number
+    // for Listener_Remove; once that has returned, the listener is not called again.
     static int Listener_Add(Listener listener);
     static void Listener_Remove(int listenerId);
 };

@@ -39,7 +39,10 @@ int CPrintParamGlobal::AlignByteCountPerLine() const
     return m_param.m_alignByteCountPerLine;
 }
 
-const SMaskData& CPrintParamGlobal::MaskData_Ref() const { return m_param.m_maskData; }
+const SMaskData& CPrintParamGlobal::MaskData_Ref() const
+{
+    return m_param.m_maskData;
+}
 
 SInkStripeParam_Pixel CPrintParamGlobal::InkStripeParam_Get() const
 {
@@ -54,7 +57,10 @@ const CBandData* CPrintParamGlobal::InkStripeColorData_Get(int unitId) const
     return found == m_param.m_inkStripeColorData.end() ? nullptr : found->second.get();
 }
 
-const CUnitInfo_Horizon& CPrintParamGlobal::UnitInfo_Horizon() const { return m_param.m_unitInfo_Horizon; }
+const CUnitInfo_Horizon& CPrintParamGlobal::UnitInfo_Horizon() const
+{
+    return m_param.m_unitInfo_Horizon;
+}
 
 CPrintParamGlobal* DPD_PrintParam()
 {

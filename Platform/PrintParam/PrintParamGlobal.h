@@ -1,7 +1,7 @@
 // The print parameters of the process: set by the host before a job, read by every stage.
 //
-// Any number of threads may read at any time. What the accessors return by value is theirs; references and pointers into
-// the parameters stay valid until the next Set, so a host sets them between jobs, not during one.
+// Any number of threads may read at any time. What the accessors return by value is theirs; references and pointers
+// into the parameters stay valid until the next Set, so a host sets them between jobs, not during one.
 #pragma once
 
 #include "Platform/PlatformExport.h"

@@ -40,6 +40,8 @@ struct SInkStripeParam_Pixel
     std::int32_t m_unitPositionCount = 0; // number of unit positions
     std::int16_t m_flags = 0;
 };
+static_assert(offsetof(SInkStripeParam_Pixel, m_leftStripeWidth) == 1 * 4);
+static_assert(offsetof(SInkStripeParam_Pixel, m_rightStripeWidth) == 2 * 4);
 static_assert(offsetof(SInkStripeParam_Pixel, m_unitPitch) == 3 * 4);
 static_assert(offsetof(SInkStripeParam_Pixel, m_unitPosition) == 5 * 4);
 static_assert(offsetof(SInkStripeParam_Pixel, m_unitPositionCount) == 6 * 4);
@@ -54,6 +56,8 @@ struct SMaskData
     std::int32_t m_maskCount_1 = 0;           // word 17: masks in the scan direction
     std::int32_t m_maskCount_2 = 0;           // word 18: masks in the feed direction
 };
+static_assert(offsetof(SMaskData, m_maskCount_1) == 16 * 4);
+static_assert(offsetof(SMaskData, m_maskCount_2) == 17 * 4);
 static_assert(sizeof(SMaskData) == SMaskData::wordCount * 4);
 
 // The horizontal place of one print unit, in scan positions.
@@ -63,6 +67,7 @@ struct SUnitHorizonInfo
     std::int32_t m_horizon_1 = 0; // offset in the right-to-left pass
     std::int32_t m_horizon_2 = 0; // offset in the left-to-right pass
 };
+static_assert(offsetof(SUnitHorizonInfo, m_horizon_1) == 1 * 4);
 static_assert(offsetof(SUnitHorizonInfo, m_horizon_2) == 2 * 4);
 
 // The horizontal places of all units.

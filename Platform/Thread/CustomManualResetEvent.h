@@ -22,14 +22,15 @@ public:
 
     explicit CCustomManualResetEvent(bool bInitiallySet);
 
-    // Releases the threads that still wait (they see a signalled event) and returns when the last of them has left.
+    // Releases the threads that still wait (they see a signalled event) and returns when the last of them has left. No
+    // thread may be in Set or Reset, or come to Wait, while it runs.
     ~CCustomManualResetEvent();
 
     CCustomManualResetEvent(const CCustomManualResetEvent&) = delete;
     CCustomManualResetEvent& operator=(const CCustomManualResetEvent&) = delete;
 
-    // Waits up to `timeoutMs` milliseconds for the event to be set; true if it is. 0 probes without waiting. The second
-    // argument is there for the callers' sake and has no meaning.
+    // Waits up to `timeoutMs` milliseconds for the event to be set; true if it is. 0 probes without waiting. A Set that
+    // is reset before a waiter has looked may pass it by. The second argument has no meaning; callers pass 0.
     bool Wait(unsigned long timeoutMs, int reserved = 0);
 
     void Set();

@@ -1,8 +1,8 @@
 // The base of every worker thread: its run loop, its stop and pause requests, and the hand-shakes around them.
 //
 // A worker derives from CKelBaseThread<Worker>, which derives from this class and creates the operating-system thread.
-// One run of a worker is: Start -> Prepare -> OneLoop again and again -> Finally. The last three run on the worker's own
-// thread; everything public may be called from any thread, Stop also from the worker itself.
+// One run of a worker is: Start -> Prepare -> OneLoop again and again -> Finally. The last three run on the worker's
+// own thread; everything public may be called from any thread, Stop also from the worker itself.
 //
 // A worker may be started again once its thread has ended. It must not be destroyed while its thread runs: stop it and
 // wait for it first.
@@ -35,26 +35,29 @@ public:
 
     TamBaseThread();
     // A copy is a worker of the same name that has not been started: threads, requests and waits are not copied.
+    // Neither side may be running.
     TamBaseThread(const TamBaseThread& other);
     TamBaseThread& operator=(const TamBaseThread& other);
     virtual ~TamBaseThread();
 
     // Starts the worker's thread under `name` (copied; used in log records only). False if the thread could not be
-    // created, or if this worker's thread is already running, which then goes on untouched. Requests to stop or pause
+    // created, or if this worker is already running, which then goes on untouched. Requests to stop or pause
     // that were made before the start do not count for the new run.
     virtual bool Start(const char* name);
 
-    // Waits until Prepare has returned. True if it succeeded; false if it failed, threw, or there was no start.
+    // Waits until Prepare has returned. True if it succeeded; false if it failed, threw, or there was no start. On the
+    // worker's own thread it does not wait.
     virtual bool WaitReady();
 
     // Waits until a requested pause has been reached, that is, until no OneLoop is in progress and none will be before
     // Resume. False, at once or later, when there is no pause to wait for: not requested, taken back, or overtaken by
-    // the worker's end.
+    // the worker's end. False at once on the worker's own thread.
     virtual bool WaitPaused();
 
     // Waits up to `timeoutMs` for the worker's thread to end (4294967295: without limit); true if it has. True at once
     // for a worker that was never started. Not cut short by any stop request. False at once on the worker's own thread.
-    // May be called any number of times and by several threads.
+    // May be called any number of times and by several threads. A wait belongs to the run that it met: starting the
+    // worker again waits for those who still wait for the run before.
     virtual bool WaitExit(unsigned int timeoutMs);
 
     // Requests the end of the loop and returns at once. No OneLoop begins after it; waits of this worker on events end
@@ -72,8 +75,8 @@ protected:
     // One step of the worker's work. False ends the loop as failed.
     virtual bool OneLoop() = 0;
 
-    // The first and the last thing that the worker's thread does. An override calls the base first in Prepare (and fails
-    // if it fails) and last in Finally. Finally runs exactly once for every thread that ran, also after a failed
+    // The first and the last thing that the worker's thread does. An override calls the base first in Prepare (and
+    // fails if it fails) and last in Finally. Finally runs exactly once for every thread that ran, also after a failed
     // Prepare and after an exception.
     virtual bool Prepare();
     virtual void Finally();
@@ -82,32 +85,37 @@ protected:
     virtual bool CustomCreateThread() = 0;
 
     // The body of the thread; returns its exit code: 1 for a run that succeeded, 0 for one that did not. An exception
-    // of Prepare or OneLoop passes through, after Finally.
+    // of Prepare, OneLoop or Finally passes through when the run has ended; of two, the first.
     unsigned long StartThreadWorker();
 
     bool IsStopRequested() const { return m_bStopRequested.load(); }
 
     std::string m_threadName;
-    HANDLE m_threadHandle = nullptr;       // owned; closed by the next Start or the destructor
-    DWORD m_threadId = 0;                  // filled in by the thread's creation
+    HANDLE m_threadHandle = nullptr; // owned; closed by the next Start or the destructor
+    DWORD m_threadId = 0;            // filled in by the thread's creation
     std::atomic<int> m_threadState{NotStarted};
 
 private:
     friend class CWorkerWait;
 
+    bool IsOwnThread() const;
     bool RunLoop();
     bool PausePoint();
+    void Ready_Set();
     void State_Set(EThreadState state);
+    void End_Set(bool bSuccess);
+    void LastRun_Close();
     void CloseThread();
 
-    CCustomCriticalSection m_startLock;    // serialises Start, and guards m_threadHandle
-    std::mutex m_stateLock;                // guards what follows, together with m_stateChanged
+    CCustomCriticalSection m_startLock; // serialises Start, and guards m_threadHandle
+    std::mutex m_stateLock;             // guards what follows, together with m_stateChanged
     std::condition_variable m_stateChanged;
     bool m_bReady = false;
     bool m_bPauseRequested = false;
     bool m_bSuccess = false;
-    bool m_bLive = false;                  // a run was started and its worker body has not ended
+    bool m_bLive = false; // a run was started and its worker body has not ended
     std::atomic<bool> m_bStopRequested{false};
-    CWorkerWait* m_pWait = nullptr;        // the event wait in progress on this worker's thread; lives on its stack
-    std::mutex m_waitLock;                 // guards m_pWait
+    int m_exitWaiterCount = 0;      // threads in WaitExit, which use m_threadHandle
+    CWorkerWait* m_pWait = nullptr; // the event wait in progress on this worker's thread; lives on its stack
+    std::mutex m_waitLock;          // guards m_pWait
 };

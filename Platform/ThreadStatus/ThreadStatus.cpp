@@ -22,15 +22,17 @@ SBusySlot& Slot(ECustomThreadId id)
 
 } // namespace
 
-int CThreadStatusMonitor::BusyCount_Get(ECustomThreadId id) { return Slot(id).count; }
+int CThreadStatusMonitor::BusyCount_Get(ECustomThreadId id)
+{
+    return Slot(id).count;
+}
 
 std::chrono::nanoseconds CThreadStatusMonitor::BusyTime_Get(ECustomThreadId id)
 {
     return std::chrono::nanoseconds(Slot(id).nanoseconds);
 }
 
-CAutoReleaseThreadBusy::CAutoReleaseThreadBusy(ECustomThreadId id)
-    : m_id(id), m_begin(std::chrono::steady_clock::now())
+CAutoReleaseThreadBusy::CAutoReleaseThreadBusy(ECustomThreadId id) : m_id(id), m_begin(std::chrono::steady_clock::now())
 {
     ++Slot(m_id).count;
 }

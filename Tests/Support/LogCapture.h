@@ -12,10 +12,12 @@ class CLogCapture
 public:
     CLogCapture()
     {
-        m_listenerId = CCustomBoostLog::Listener_Add([this](const SLogRecord& record) {
-            const std::lock_guard guard(m_lock);
-            m_records.push_back(record);
-        });
+        m_listenerId = CCustomBoostLog::Listener_Add(
+            [this](const SLogRecord& record)
+            {
+                const std::lock_guard guard(m_lock);
+                m_records.push_back(record);
+            });
     }
     ~CLogCapture() { CCustomBoostLog::Listener_Remove(m_listenerId); }
     CLogCapture(const CLogCapture&) = delete;

@@ -1,0 +1,219 @@
+// The producer of unit bands; see the header.
+//
+// The rows of a swath are read before a band is asked for: reading goes on while the stage still holds every band, and
+// a separation that turns out to be damaged leaves no band in the producer's hands.
+#include "Host/Input/SeparationProducer.h"
+
+#include "Host/HostError.h"
+#include "Host/Input/SwathTurn.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <iterator>
+#include <limits>
+#include <utility>
+
+namespace
+{
+
+constexpr unsigned long waitMs = 100;
+
+std::string Size_Text(const SUnitBandSize& size)
+{
+    return "a unit band of " + std::to_string(size.width) + " nozzles x " + std::to_string(size.height) + " lines at " +
+           std::to_string(size.bitsPerPixel) + (size.bitsPerPixel == 1 ? " bit" : " bits");
+}
+
+std::int64_t DataSize_Get(const SUnitBandSize& size, int alignBytes)
+{
+    const std::int64_t lineBytes = (std::int64_t{size.width} * size.bitsPerPixel + 7) / 8;
+    return (lineBytes + alignBytes - 1) / alignBytes * alignBytes * size.height;
+}
+
+// Every byte equals its neighbour and the first is 0: memcmp looks at blank rows much faster than a loop over bytes.
+bool HasInk(const unsigned char* row, std::size_t bytes)
+{
+    return row[0] != 0 || std::memcmp(row, row + 1, bytes - 1) != 0;
+}
+
+std::unique_ptr<CBandData> Band_Create(const SUnitBandSize& size, int alignBytes)
+{
+    auto band = std::make_unique<CBandData>();
+    if (!band->Create(size.width, size.height, size.bitsPerPixel, alignBytes))
+    {
+        const std::int64_t dataSize = DataSize_Get(size, alignBytes);
+        constexpr std::int64_t limit = std::numeric_limits<std::int32_t>::max();
+        throw CRunError(Size_Text(size) + " needs " + std::to_string(dataSize) + " bytes; " +
+                        (dataSize > limit ? "a band can hold " + std::to_string(limit) : "there is no memory for it"));
+    }
+    return band;
+}
+
+} // namespace
+
+int SwathCount_Get(int pageRows, int nozzles)
+{
+    return (pageRows - 1) / nozzles + 1;
+}
+
+SUnitBandSize UnitBandSize_Get(const SSeparationInfo& separation, const SSwathPlan& plan)
+{
+    const int linesPerPosition = SwathLinesPerPosition_Get(separation.bitsPerPixel, plan.bByUnitPlanes);
+    const std::int64_t lines = std::int64_t{separation.width} * linesPerPosition;
+    if (lines > std::numeric_limits<std::int32_t>::max())
+    {
+        throw CRunError("a unit band of " + std::to_string(lines) + " lines; a band can hold " +
+                        std::to_string(std::numeric_limits<std::int32_t>::max()));
+    }
+    return {plan.nozzles, static_cast<int>(lines), separation.bitsPerPixel / linesPerPosition};
+}
+
+std::unique_ptr<CBandDataFIFO> UnitBandPool_Create(const std::string& name, const SUnitBandSize& size, int count,
+                                                   int alignBytes)
+{
+    std::vector<std::unique_ptr<CBandData>> bands;
+    for (int i = 0; i < count; ++i)
+    {
+        bands.push_back(Band_Create(size, alignBytes));
+    }
+    std::vector<CBandData*> pointers;
+    std::ranges::transform(bands, std::back_inserter(pointers), [](const auto& band) { return band.get(); });
+    auto fifo = std::make_unique<CBandDataFIFO>(name);
+    if (!fifo->Create(pointers.data(), count))
+    {
+        throw CRunError("the band FIFO " + name + " does not take its " + std::to_string(count) + " bands");
+    }
+    std::ranges::for_each(bands, [](auto& band) { band.release(); }); // the FIFO's now
+    return fifo;
+}
+
+CSeparationProducer::CSeparationProducer(std::unique_ptr<CSeparationReader> reader, const SSwathPlan& plan,
+                                         CBandDataFIFO* fifo)
+    : m_reader(std::move(reader)),
+      m_plan(plan),
+      m_pFIFO(fifo),
+      m_bandSize(UnitBandSize_Get(m_reader->Info_Get(), plan)),
+      m_swathCount(SwathCount_Get(m_reader->Height(), plan.nozzles)),
+      m_rowStride(SwathRowStride_Get(static_cast<std::size_t>(m_reader->RowBytes()))),
+      m_rows(static_cast<std::size_t>(std::min(plan.nozzles, m_reader->Height())) * m_rowStride)
+{
+}
+
+CSeparationProducer::~CSeparationProducer()
+{
+    Stop();
+    WaitExit(std::numeric_limits<unsigned int>::max());
+}
+
+std::exception_ptr CSeparationProducer::Error_Get() const
+{
+    const std::lock_guard guard(m_errorLock);
+    return m_error;
+}
+
+bool CSeparationProducer::OneLoop()
+{
+    if (Error_Get() != nullptr)
+    {
+        return false;
+    }
+    try
+    {
+        return Swath_Produce();
+    }
+    catch (...)
+    {
+        const std::lock_guard guard(m_errorLock);
+        m_error = std::current_exception();
+        return false;
+    }
+}
+
+bool CSeparationProducer::Swath_Produce()
+{
+    if (m_swathIndex < m_swathCount)
+    {
+        CBandData* freeBand = nullptr;
+        if (!Rows_Read() || !m_pFIFO->Empty_Out(freeBand, waitMs))
+        {
+            return true;
+        }
+        std::unique_ptr<CBandData> band(freeBand);
+        Band_Fill(*band);
+        if (!m_pFIFO->Full_In(band.get(), waitMs))
+        {
+            throw CRunError("unit " + std::to_string(m_plan.unitIndex) + ": the band FIFO is full beyond its pool");
+        }
+        band.release(); // the FIFO's now
+        Swath_Next();
+    }
+    if (m_swathIndex == m_swathCount)
+    {
+        m_pFIFO->SetCompletedFlag();
+        Stop();
+    }
+    return true;
+}
+
+// Reads what is missing of the swath; false if a stop was requested meanwhile.
+bool CSeparationProducer::Rows_Read()
+{
+    for (; m_rowsRead < SwathRows(); ++m_rowsRead)
+    {
+        if (IsStopRequested())
+        {
+            return false;
+        }
+        unsigned char* row = Row_At(m_rowsRead);
+        m_reader->Row_Read(row);
+        m_bInk = m_bInk || HasInk(row, static_cast<std::size_t>(m_reader->RowBytes()));
+    }
+    return true;
+}
+
+void CSeparationProducer::Band_Fill(CBandData& band) const
+{
+    if (SUnitBandSize{band.m_width, band.m_height, band.m_bitsPerPixel} != m_bandSize)
+    {
+        throw CRunError("unit " + std::to_string(m_plan.unitIndex) + ": the pool has a band of the wrong size");
+    }
+    SSwathShape shape;
+    shape.rowCount = m_rowsRead;
+    shape.columnCount = m_reader->Width();
+    shape.nozzles = m_plan.nozzles;
+    shape.bitsPerPixel = m_reader->BitsPerPixel();
+    shape.bReverse = IsReverse();
+    shape.bUnitPlanes = m_plan.bByUnitPlanes;
+    shape.rowStride = m_rowStride;
+    shape.lineStride = static_cast<std::size_t>(band.m_bytesPerLine);
+    Swath_Turn(m_rows.data(), band.m_pData, shape);
+    Header_Fill(band);
+}
+
+void CSeparationProducer::Header_Fill(SBandHeader& header) const
+{
+    header = SBandHeader{};
+    header.m_bandNo = m_swathIndex;
+    header.m_bandAttr = IsReverse() ? 2 : 1;
+    header.m_swathIndex = m_swathIndex;
+    header.m_pageIndex = m_plan.pageIndex;
+    header.m_unitIndex = m_plan.unitIndex;
+    header.m_unitDirection = m_plan.unitDirection;
+    header.m_firstRow = m_swathIndex * m_plan.nozzles;
+    header.m_rowCount = m_rowsRead;
+    header.m_columnCount = m_reader->Width();
+    header.m_bSkip = m_plan.bMarkBlank && !m_bInk;
+}
+
+void CSeparationProducer::Swath_Next()
+{
+    ++m_swathIndex;
+    m_rowsRead = 0;
+    m_bInk = false;
+}
+
+int CSeparationProducer::SwathRows() const
+{
+    return std::min(m_plan.nozzles, m_reader->Height() - m_swathIndex * m_plan.nozzles);
+}

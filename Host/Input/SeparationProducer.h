@@ -1,0 +1,96 @@
+// Feeds one print unit: turns its separation, swath by swath, into unit bands and queues them for the stage.
+//
+// The convert command makes one producer per print unit, each with a reader and a FIFO of its own, and starts it; from
+// then on the producer runs on its own thread until the page is through, until it is stopped, or until the separation
+// cannot be read any further. How far it runs ahead of the stage is bounded by the FIFO's pool of bands. It never makes
+// a band, writes no log record of its own and knows nothing of what becomes of the bands.
+#pragma once
+
+#include "Host/Input/SeparationReader.h"
+#include "KelCommon/KelBaseThread.h"
+#include "Platform/DataProcess/BandDataFIFO.h"
+
+#include <cstddef>
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+// How a page is cut into swaths and what the bands say of it.
+struct SSwathPlan
+{
+    int nozzles = 0;             // rows per swath, at least 1
+    bool bBidirectional = false; // every other swath runs right to left, its positions in reverse
+    bool bByUnitPlanes = false;  // 2-bit pixels as two 1-bit lines per position: the high bits, then the low bits
+    bool bMarkBlank = false;     // a swath without any ink is marked to be skipped
+    int unitIndex = 0;
+    int unitDirection = 0;
+    int pageIndex = 0;
+};
+
+// The size of a unit band.
+struct SUnitBandSize
+{
+    int width = 0;        // pixels per line: the nozzles
+    int height = 0;       // lines: scan positions, times two when pushed as planes
+    int bitsPerPixel = 0; // 1 when pushed as planes
+
+    bool operator==(const SUnitBandSize&) const = default;
+};
+
+// How many swaths of `nozzles` rows cover `pageRows` rows.
+int SwathCount_Get(int pageRows, int nozzles);
+
+// The size of the bands that a separation becomes under `plan`. Throws CRunError if their lines cannot be counted.
+SUnitBandSize UnitBandSize_Get(const SSeparationInfo& separation, const SSwathPlan& plan);
+
+// Makes a FIFO with a pool of `count` (at least 1) free bands of this size, their lines aligned to `alignBytes`. `name`
+// is for log records. Throws CRunError, with the sizes, if a band cannot hold so much or there is no memory.
+std::unique_ptr<CBandDataFIFO> UnitBandPool_Create(const std::string& name, const SUnitBandSize& size, int count,
+                                                   int alignBytes);
+
+class CSeparationProducer : public CKelBaseThread<CSeparationProducer>
+{
+public:
+    // `fifo` stays the caller's, must outlive the producer, and has bands of UnitBandSize_Get's size only.
+    CSeparationProducer(std::unique_ptr<CSeparationReader> reader, const SSwathPlan& plan, CBandDataFIFO* fifo);
+    CSeparationProducer(const CSeparationProducer&) = delete;
+    CSeparationProducer& operator=(const CSeparationProducer&) = delete;
+    ~CSeparationProducer() override; // stops the thread and waits for it
+
+    // Why the producer ended before its page did: a CInputError of the separation, or what else was thrown; null as
+    // long as nothing went wrong. A producer that failed never marks its FIFO completed. Any thread, any time.
+    std::exception_ptr Error_Get() const;
+
+protected:
+    // One swath, or a wait of up to 100 ms for a free band.
+    bool OneLoop() override;
+
+private:
+    bool Swath_Produce();
+    bool Rows_Read();
+    void Band_Fill(CBandData& band) const;
+    void Header_Fill(SBandHeader& header) const;
+    void Swath_Next();
+    bool IsReverse() const { return m_plan.bBidirectional && m_swathIndex % 2 == 1; }
+    int SwathRows() const;
+    unsigned char* Row_At(int row) { return m_rows.data() + static_cast<std::size_t>(row) * m_rowStride; }
+
+    std::unique_ptr<CSeparationReader> m_reader;
+    SSwathPlan m_plan;
+    CBandDataFIFO* m_pFIFO; // the caller's
+    SUnitBandSize m_bandSize;
+    int m_swathCount;
+    std::size_t m_rowStride;
+    std::vector<unsigned char> m_rows; // the swath being gathered
+
+    // Where the page stands. Kept from loop to loop, so that neither a full pipeline nor a stop and a new start loses
+    // rows.
+    int m_swathIndex = 0;
+    int m_rowsRead = 0;  // of this swath
+    bool m_bInk = false; // seen in this swath
+
+    mutable std::mutex m_errorLock;
+    std::exception_ptr m_error; // guarded by m_errorLock
+};

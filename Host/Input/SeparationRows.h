@@ -1,0 +1,42 @@
+// The three ways to get at the rows of a TIFF page, each with the least memory that the page's layout allows.
+//
+// Made and called by the separation reader, on its thread. A row source hands out the rows from the top, each once, as
+// the file's samples packed from the high bits on; it knows nothing of ink.
+#pragma once
+
+#include "Host/Input/TiffFile.h"
+
+#include <cstdint>
+#include <memory>
+
+// The page's layout, checked: sizes in pixels and bytes, all above zero.
+struct STiffPage
+{
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    std::uint16_t bitsPerPixel = 0;
+    std::uint16_t compression = 0;
+    std::uint16_t fillOrder = 0;
+    bool bTiled = false;
+    std::uint32_t rowsPerStrip = 0; // at most the height; 0 for tiles
+    std::uint32_t tileWidth = 0;    // 0 for strips
+    std::uint32_t tileHeight = 0;   // 0 for strips
+    std::uint64_t rowBytes = 0;     // packed, without padding beyond the last byte
+    std::uint64_t tileRowBytes = 0; // the same of one tile
+    std::uint32_t TilesAcross() const { return (width - 1) / tileWidth + 1; }
+};
+
+class CSeparationRows
+{
+public:
+    // The leanest source for the page: uncompressed strips are read a row at a time from the file, compressed ones are
+    // decoded a row at a time, and a row of tiles (or a strip, for a codec that knows no rows) is decoded into one
+    // buffer, which may have `maxBlockBytes` bytes; a page that needs more is refused with a CInputError.
+    static std::unique_ptr<CSeparationRows> Create(CTiffFile& file, const STiffPage& page, std::int64_t maxBlockBytes);
+
+    virtual ~CSeparationRows() = default;
+
+    // Writes row `row` (from 0) as page.rowBytes bytes. Rows are asked for in order. Throws CInputError that names the
+    // row and its strip or tile; no row can be asked for after that.
+    virtual void Row_Read(std::uint32_t row, unsigned char* bytes) = 0;
+};

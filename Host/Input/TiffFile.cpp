@@ -1,0 +1,200 @@
+// Opening a TIFF file and catching what libtiff says; see the header.
+#include "Host/Input/TiffFile.h"
+
+#include "Host/HostError.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <filesystem>
+#include <limits>
+#include <string_view>
+#include <system_error>
+
+namespace
+{
+
+// One line of printable characters, whatever a damaged file made libtiff quote.
+std::string Message_Format(const char* format, va_list arguments)
+{
+    std::array<char, 512> text = {};
+    std::vsnprintf(text.data(), text.size(), format, arguments);
+    std::string message = text.data();
+    std::replace_if(
+        message.begin(), message.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
+    while (!message.empty() && (message.back() == '.' || message.back() == ' ' || message.back() == '?'))
+    {
+        message.pop_back();
+    }
+    return message;
+}
+
+void KeepFirst(std::string& kept, const char* format, va_list arguments)
+{
+    if (kept.empty())
+    {
+        kept = Message_Format(format, arguments);
+    }
+}
+
+struct SOptionsFree
+{
+    void operator()(TIFFOpenOptions* options) const { TIFFOpenOptionsFree(options); }
+};
+
+} // namespace
+
+CTiffFile::CTiffFile(const std::string& path, std::int64_t maxBlockBytes) : m_path(path)
+{
+    File_Open();
+    Tiff_Open(maxBlockBytes);
+}
+
+void CTiffFile::File_Open()
+{
+    const std::filesystem::path path(std::u8string(m_path.begin(), m_path.end()));
+    std::error_code error;
+    const auto status = std::filesystem::status(path, error);
+    if (status.type() == std::filesystem::file_type::not_found)
+    {
+        Fail("there is no such file");
+    }
+    if (std::filesystem::is_directory(status))
+    {
+        Fail("this is a folder; a separation is a TIFF file");
+    }
+    if (!error && !std::filesystem::is_regular_file(status))
+    {
+        Fail("this is no regular file; a separation is read from a TIFF file on disk");
+    }
+    m_stream.open(path, std::ios::binary);
+    m_stream.seekg(0, std::ios::end);
+    const std::streamoff size = m_stream ? std::streamoff(m_stream.tellg()) : std::streamoff(-1);
+    if (size < 0)
+    {
+        Fail("the file cannot be opened for reading" + (error ? ": " + error.message() : std::string()));
+    }
+    m_size = static_cast<std::uint64_t>(size);
+    m_streamPosition = m_size;
+    if (m_size == 0)
+    {
+        Fail("the file is empty");
+    }
+}
+
+void CTiffFile::Tiff_Open(std::int64_t maxBlockBytes)
+{
+    if (!HasTiffMark())
+    {
+        Fail("this is not a TIFF file");
+    }
+    const std::unique_ptr<TIFFOpenOptions, SOptionsFree> options(TIFFOpenOptionsAlloc());
+    TIFFOpenOptionsSetErrorHandlerExtR(options.get(), &CTiffFile::Error_Keep, this);
+    TIFFOpenOptionsSetWarningHandlerExtR(options.get(), &CTiffFile::Warning_Keep, this);
+    TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), static_cast<tmsize_t>(maxBlockBytes));
+    // r: read; m: no memory mapping; c: strips as the file has them, none cut up.
+    m_tiff.reset(TIFFClientOpenExt(m_path.c_str(), "rmc", this, &CTiffFile::Client_Read, &CTiffFile::Client_Write,
+                                   &CTiffFile::Client_Seek, &CTiffFile::Client_Close, &CTiffFile::Client_Size, nullptr,
+                                   nullptr, options.get()));
+    if (m_tiff == nullptr)
+    {
+        Fail_WithMessage("the TIFF header cannot be read (damaged or truncated)");
+    }
+}
+
+bool CTiffFile::HasTiffMark()
+{
+    std::array<unsigned char, 4> mark = {};
+    if (Bytes_Read(0, mark.data(), mark.size()) != mark.size())
+    {
+        return false;
+    }
+    const std::string_view text(reinterpret_cast<const char*>(mark.data()), mark.size());
+    using namespace std::string_view_literals;
+    return text == "II*\0"sv || text == "MM\0*"sv || text == "II+\0"sv || text == "MM\0+"sv;
+}
+
+std::size_t CTiffFile::Bytes_Read(std::uint64_t position, unsigned char* bytes, std::size_t count)
+{
+    if (position >= m_size)
+    {
+        return 0;
+    }
+    m_stream.clear();
+    if (position != m_streamPosition)
+    {
+        m_stream.seekg(static_cast<std::streamoff>(position));
+    }
+    m_stream.read(reinterpret_cast<char*>(bytes), static_cast<std::streamsize>(count));
+    const auto got = static_cast<std::size_t>(m_stream.gcount());
+    m_streamPosition = position + got;
+    return got;
+}
+
+void CTiffFile::Messages_Clear()
+{
+    m_firstError.clear();
+    m_firstWarning.clear();
+}
+
+void CTiffFile::Fail(const std::string& what) const
+{
+    throw CInputError(m_path + ": " + what);
+}
+
+void CTiffFile::Fail_WithMessage(const std::string& what) const
+{
+    const std::string& message = m_firstError.empty() ? m_firstWarning : m_firstError;
+    Fail(message.empty() ? what : what + ": " + message);
+}
+
+tmsize_t CTiffFile::Client_Read(thandle_t file, void* bytes, tmsize_t count)
+{
+    auto* self = static_cast<CTiffFile*>(file);
+    const std::size_t got = self->Bytes_Read(self->m_clientPosition, static_cast<unsigned char*>(bytes),
+                                             static_cast<std::size_t>(std::max<tmsize_t>(count, 0)));
+    self->m_clientPosition += got;
+    return static_cast<tmsize_t>(got);
+}
+
+tmsize_t CTiffFile::Client_Write(thandle_t, void*, tmsize_t)
+{
+    return -1;
+}
+
+toff_t CTiffFile::Client_Seek(thandle_t file, toff_t offset, int whence)
+{
+    auto* self = static_cast<CTiffFile*>(file);
+    // Unsigned on purpose: a step back arrives as a number that wraps around.
+    const std::uint64_t base = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? self->m_clientPosition : self->m_size;
+    const std::uint64_t position = base + offset;
+    if (position > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()))
+    {
+        return static_cast<toff_t>(-1);
+    }
+    self->m_clientPosition = position;
+    return position;
+}
+
+int CTiffFile::Client_Close(thandle_t)
+{
+    return 0;
+}
+
+toff_t CTiffFile::Client_Size(thandle_t file)
+{
+    return static_cast<CTiffFile*>(file)->m_size;
+}
+
+// Both return 1: dealt with, so that libtiff's process-wide handlers, which print, are not called.
+int CTiffFile::Error_Keep(TIFF*, void* file, const char*, const char* format, va_list arguments)
+{
+    KeepFirst(static_cast<CTiffFile*>(file)->m_firstError, format, arguments);
+    return 1;
+}
+
+int CTiffFile::Warning_Keep(TIFF*, void* file, const char*, const char* format, va_list arguments)
+{
+    KeepFirst(static_cast<CTiffFile*>(file)->m_firstWarning, format, arguments);
+    return 1;
+}

@@ -1,0 +1,19 @@
+// File names as text for messages and records: UTF-8 on every system. Pure functions; any thread.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+// The path as UTF-8, with the system's own separators.
+inline std::string Path_Text(const std::filesystem::path& path)
+{
+    const std::u8string text = path.u8string();
+    return {text.begin(), text.end()};
+}
+
+// The path that this UTF-8 text names.
+inline std::filesystem::path Path_FromText(std::string_view text)
+{
+    return std::filesystem::path(std::u8string(text.begin(), text.end()));
+}

@@ -1,0 +1,54 @@
+# Sourced by ./demo and ./test: says what is going on, and installs Debian packages that are missing.
+# shellcheck shell=bash disable=SC2034
+
+step() { printf '\n==> %s\n' "$*"; }
+
+fail() {
+    printf '%s: %s\n' "${0##*/}" "$*" >&2
+    exit 1
+}
+
+# Runs a command; shows its output only if it fails.
+quietly() {
+    local log
+    log=$(mktemp)
+    if ! "$@" >"$log" 2>&1; then
+        cat "$log" >&2
+        rm -f "$log"
+        fail "this failed: $*"
+    fi
+    rm -f "$log"
+}
+
+as_root() {
+    if [ "$(id -u)" -eq 0 ]; then
+        "$@"
+    elif command -v sudo >/dev/null; then
+        sudo "$@"
+    else
+        fail "needs root for: $* (become root, or install sudo)"
+    fi
+}
+
+# Installs those of the named packages that are not there yet.
+need_packages() {
+    local missing=() package
+    for package in "$@"; do
+        dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed || missing+=("$package")
+    done
+    if [ "${#missing[@]}" -eq 0 ]; then
+        echo "all ${#} Debian packages are installed"
+        return
+    fi
+    echo "installing ${missing[*]}"
+    quietly as_root apt-get update
+    quietly as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"
+}
+
+# What it takes to build the libraries and boardmap.
+build_packages=(g++ cmake ninja-build ccache pkg-config libboost-log-dev libcli11-dev libtomlplusplus-dev
+    nlohmann-json3-dev libtiff-dev)
+# What it takes to rip the demo page.
+page_packages=(ghostscript netpbm)
+
+jobs=$(nproc)

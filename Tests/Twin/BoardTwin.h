@@ -1,0 +1,87 @@
+// The checked twin: an independent model of every board layout, against which tests hold the data maps.
+//
+// It places single bits straight from the layout rules, without tables and without a line of the library. It is slow
+// and obvious on purpose. Every read and write is checked against the memory that it was given: what a correct caller
+// would never do throws std::out_of_range. No state but the layout; any thread.
+#pragma once
+
+#include <span>
+#include <vector>
+
+// The layouts, by the map class that makes them.
+enum class ETwinStyle
+{
+    Style_1,     // frame per pixel, 16-bit frames, pixels and bytes reversed in pairs
+    Style_2,     // frame per pixel, one drop size in two bits
+    Style_5,     // frame per pixel
+    Style_6,     // byte column per unit
+    Style_7,     // byte column per unit, one drop size in two bits
+    Style_8,     // 2-bit pixels as two planes
+    Style_03,    // four blocks of 100 pixels over 100 frames
+    Style_03_01, // four chunks of 100 bits, 13 bytes each
+};
+
+struct STwinStyle
+{
+    ETwinStyle style = ETwinStyle::Style_5;
+    int srcBitCount = 1; // bits per source pixel; looked at by styles 5 and 6
+    int frameWidth = 16; // bits of a frame, or byte columns; 16 for style 1, a multiple of 8 for style 8
+    int dotSizeMode = 1; // 1 small, 2 middle, 3 big; looked at by styles 2 and 7
+};
+
+// One source line.
+struct STwinLine
+{
+    int unitIndex = 0;
+    int unitDirection = 1;
+    int lineBitCount = 0;
+    std::span<const unsigned char> src; // all bytes that a map may read for this line
+};
+
+// One unit band. Line y begins at data[y * bytesPerLine].
+struct STwinBand
+{
+    int unitIndex = 0;
+    int unitDirection = 1;
+    int width = 0; // pixels
+    int bitsPerPixel = 1;
+    int height = 0;
+    int bytesPerLine = 0;
+    std::span<const unsigned char> data;
+};
+
+// A board band: lines of `width` bits, rounded up to whole bytes.
+struct STwinBoardBand
+{
+    int width = 0; // bits
+    int height = 0;
+    int bytesPerLine = 0;
+    std::vector<unsigned char> data;
+};
+
+class CBoardTwin
+{
+public:
+    explicit CBoardTwin(const STwinStyle& style) : m_style(style) {}
+
+    // Bits of the board line for source lines of `pixelCount` pixels.
+    int BoardBitCount(int pixelCount) const;
+
+    // Maps `line` into `dst`, all the memory there is, of which the map is told that the line has `dstByteCount` bytes.
+    // The two differ because whole source bytes are mapped whatever the map was told.
+    void Line_Map(const STwinLine& line, std::span<unsigned char> dst, int dstByteCount) const;
+
+    // The board band of one step: width and height follow the first band, all bands are mapped in order, line by line,
+    // into a zeroed board band.
+    STwinBoardBand Band_Map(std::span<const STwinBand> bands) const;
+
+private:
+    void Line_Map_Frames(const STwinLine& line, std::span<unsigned char> dst, int dstByteCount) const;
+    void Line_Map_Columns(const STwinLine& line, std::span<unsigned char> dst) const;
+    void Line_Map_DotColumns(const STwinLine& line, std::span<unsigned char> dst) const;
+    void Line_Map_Planes(const STwinLine& line, std::span<unsigned char> dst, int dstByteCount) const;
+    void Line_Map_Blocks(const STwinLine& line, std::span<unsigned char> dst) const;
+    void Line_Map_Chunks(const STwinLine& line, std::span<unsigned char> dst) const;
+
+    STwinStyle m_style;
+};

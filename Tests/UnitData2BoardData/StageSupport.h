@@ -1,0 +1,215 @@
+// What the stage tests share: a stage whose inside can be driven step by step, and FIFOs that follow a script and write
+// down every call.
+#pragma once
+
+#include "Platform/BandData/BandData.h"
+#include "Platform/DataProcess/BandDataFIFO.h"
+#include "Platform/DataProcess/BandDataFIFO_S.h"
+#include "UnitData2BoardData/UnitData2BoardData_Base.h"
+
+#include "DataMap/PrintUnitDataMap_5.h"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <memory>
+#include <string>
+#include <vector>
+
+// The calls of all scripted FIFOs of a test, in order: "0.Full_Out", "out.WaitForIn".
+using Journal = std::vector<std::string>;
+
+// An input FIFO that hands out what the test put in, never waits, and remembers what it was given.
+class CScriptedFIFO : public CBandDataFIFO
+{
+public:
+    CScriptedFIFO(int number, Journal& journal)
+        : CBandDataFIFO("scripted"), m_name(std::to_string(number) + '.'), m_pJournal(&journal)
+    {
+    }
+    ~CScriptedFIFO() override
+    {
+        for (CBandData* band : m_full)
+        {
+            delete band;
+        }
+        for (CBandData* band : m_returned)
+        {
+            delete band;
+        }
+    }
+
+    bool Full_WaitForOut(unsigned long timeoutMs) override
+    {
+        Write("Full_WaitForOut", timeoutMs);
+        return !m_full.empty();
+    }
+    bool Full_Out(CBandData*& band, unsigned long timeoutMs) override
+    {
+        Write("Full_Out", timeoutMs);
+        if (m_bGiveNull)
+        {
+            band = nullptr;
+            return true;
+        }
+        if (m_full.empty())
+        {
+            return false;
+        }
+        band = m_full.front();
+        m_full.pop_front();
+        return true;
+    }
+    bool Empty_In(CBandData* band, unsigned long timeoutMs) override
+    {
+        Write("Empty_In", timeoutMs);
+        if (m_bRefuseReturn)
+        {
+            return false;
+        }
+        m_returned.push_back(band);
+        return true;
+    }
+    bool IsCompleted() override
+    {
+        Write("IsCompleted", 100);
+        return m_bCompleted;
+    }
+
+    std::deque<CBandData*> m_full;
+    std::vector<CBandData*> m_returned;
+    bool m_bCompleted = false;
+    bool m_bGiveNull = false;
+    bool m_bRefuseReturn = false;
+
+private:
+    void Write(const char* call, unsigned long timeoutMs)
+    {
+        m_pJournal->push_back(m_name + call + (timeoutMs == 100 ? "" : " with another time-out"));
+    }
+
+    std::string m_name;
+    Journal* m_pJournal;
+};
+
+// An output FIFO with a switch for "full".
+class CScriptedOutput : public CBandDataFIFO_S
+{
+public:
+    explicit CScriptedOutput(Journal& journal) : CBandDataFIFO_S(8), m_pJournal(&journal) {}
+
+    bool WaitForIn(unsigned timeoutMs) override
+    {
+        Write("WaitForIn", timeoutMs);
+        return !m_bFull;
+    }
+    bool In(CBandData* band, unsigned timeoutMs) override
+    {
+        Write("In", timeoutMs);
+        return !m_bRefuse && CBandDataFIFO_S::In(band, timeoutMs);
+    }
+    void SetCompletedFlag() override
+    {
+        Write("SetCompletedFlag", 100);
+        CBandDataFIFO_S::SetCompletedFlag();
+    }
+
+    bool m_bFull = false;
+    bool m_bRefuse = false;
+
+private:
+    void Write(const char* call, unsigned timeoutMs)
+    {
+        m_pJournal->push_back(std::string("out.") + call + (timeoutMs == 100 ? "" : " with another time-out"));
+    }
+
+    Journal* m_pJournal;
+};
+
+// The stage with its inside open to the test. Not started by Setup: the test calls OneLoop itself.
+class CStageUnderTest : public CUnitData2BoardData_Base
+{
+public:
+    using CUnitData2BoardData_Base::AlignBytesPerLine;
+    using CUnitData2BoardData_Base::AllocateOutputBuffer;
+    using CUnitData2BoardData_Base::Check_InputData;
+    using CUnitData2BoardData_Base::GenerateBandData;
+    using CUnitData2BoardData_Base::GetInputData;
+    using CUnitData2BoardData_Base::Initialize;
+    using CUnitData2BoardData_Base::IsStopRequested;
+    using CUnitData2BoardData_Base::m_bCheckInput;
+    using CUnitData2BoardData_Base::m_outputBandNo;
+    using CUnitData2BoardData_Base::m_pDataMap;
+    using CUnitData2BoardData_Base::m_pInputElements;
+    using CUnitData2BoardData_Base::m_pInputFIFOs;
+    using CUnitData2BoardData_Base::m_pOutputBand;
+    using CUnitData2BoardData_Base::m_pOutputFIFO;
+    using CUnitData2BoardData_Base::m_processState;
+    using CUnitData2BoardData_Base::MapBandData_Line_AllInput;
+    using CUnitData2BoardData_Base::MapBandData_Line_OneInput;
+    using CUnitData2BoardData_Base::OneLoop;
+    using CUnitData2BoardData_Base::OutputBufferCount_Get;
+    using CUnitData2BoardData_Base::Prepare;
+    using CUnitData2BoardData_Base::Process;
+    using CUnitData2BoardData_Base::Release_InputElement_Internal;
+    using CUnitData2BoardData_Base::ReleaseInputElement;
+    using CUnitData2BoardData_Base::SetState_AllocateOutputBuffer;
+    using CUnitData2BoardData_Base::SetState_Process;
+
+    void Stop() override
+    {
+        ++m_stopCount;
+        CUnitData2BoardData_Base::Stop();
+    }
+
+    bool CustomCreateThread() override
+    {
+        return m_bRefuseThread ? false : CUnitData2BoardData_Base::CustomCreateThread();
+    }
+
+    int m_stopCount = 0;
+    bool m_bRefuseThread = false;
+};
+
+// A new band of `height` lines of `width` pixels for one unit, all zero.
+inline std::unique_ptr<CBandData> Band_Make(int unitIndex, int width, int height, int bitsPerPixel = 1)
+{
+    auto band = std::make_unique<CBandData>();
+    band->Create(width, height, bitsPerPixel, 1);
+    band->m_unitIndex = unitIndex;
+    return band;
+}
+
+// A stage with a real map, scripted FIFOs and no thread: the test runs its operations.
+class CDrivenStage : public testing::Test
+{
+protected:
+    void Setup(int fifoCount)
+    {
+        auto* map = new CPrintUnitDataMap_5();
+        ASSERT_TRUE(map->Init(1, 16));
+        m_stage.m_pDataMap = map;
+        m_pOutput = new CScriptedOutput(m_journal);
+        m_stage.m_pOutputFIFO = m_pOutput;
+        m_stage.m_pInputFIFOs = new std::vector<CBandDataFIFO*>();
+        for (int i = 0; i < fifoCount; ++i)
+        {
+            m_fifos.push_back(std::make_unique<CScriptedFIFO>(i, m_journal));
+            m_stage.m_pInputFIFOs->push_back(m_fifos.back().get());
+        }
+        m_stage.m_processState = 2;
+    }
+
+    // Puts a band of 2 lines of 16 pixels into a FIFO.
+    void Feed(std::size_t fifo, bool bSkip = false)
+    {
+        auto band = Band_Make(static_cast<int>(fifo), 16, 2);
+        band->m_bSkip = bSkip;
+        m_fifos[fifo]->m_full.push_back(band.release());
+    }
+
+    Journal m_journal;
+    std::vector<std::unique_ptr<CScriptedFIFO>> m_fifos;
+    CScriptedOutput* m_pOutput = nullptr; // the stage's
+    CStageUnderTest m_stage;
+};
