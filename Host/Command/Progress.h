@@ -1,5 +1,5 @@
-// What a person sees while a job runs: a bar on a terminal, plain lines elsewhere, or nothing. Written to standard error
-// by the command's main thread; never blocks the data path.
+// What a person sees while a job runs: a bar on a terminal, plain lines elsewhere, or nothing. Written to standard
+// error by the command's main thread; never blocks the data path.
 #pragma once
 
 #include <chrono>

@@ -1,6 +1,8 @@
 // The JSON of board files, through nlohmann-json, which only this file includes.
 #include "Host/Output/BoardInfo.h"
 
+#include "Host/Output/BandHeaderWords.h"
+
 #include <nlohmann/json.hpp>
 
 #include <stdexcept>
@@ -37,13 +39,13 @@ CJson BoardInfo_ToJson(const SBoardInfo& info)
 
 CJson BandHeader_ToJson(const SBandHeader& header)
 {
-    return {{"m_bandNo", header.m_bandNo},           {"m_bandAttr", header.m_bandAttr},
-            {"m_swathIndex", header.m_swathIndex},   {"m_pageIndex", header.m_pageIndex},
-            {"m_unitIndex", header.m_unitIndex},     {"m_unitDirection", header.m_unitDirection},
-            {"m_firstRow", header.m_firstRow},       {"m_rowCount", header.m_rowCount},
-            {"m_firstColumn", header.m_firstColumn}, {"m_columnCount", header.m_columnCount},
-            {"m_reserved_11", header.m_reserved_11}, {"m_reserved_12", header.m_reserved_12},
-            {"m_reserved_13", header.m_reserved_13}, {"m_bSkip", header.m_bSkip}};
+    CJson json;
+    for (const SBandHeaderWord& word : g_bandHeaderWords)
+    {
+        json[std::string(word.m_name)] = header.*word.m_pWord;
+    }
+    json["m_bSkip"] = header.m_bSkip;
+    return json;
 }
 
 } // namespace

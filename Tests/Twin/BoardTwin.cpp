@@ -66,6 +66,17 @@ int Bytes_FromBits(int bitCount)
     return bitCount / 8 + (bitCount % 8 > 0 ? 1 : 0);
 }
 
+std::span<const unsigned char> Line_Of(const STwinBand& band, int y)
+{
+    const auto stride = static_cast<std::size_t>(band.bytesPerLine);
+    const auto offset = static_cast<std::size_t>(y) * stride;
+    if (offset + stride > band.data.size())
+    {
+        throw std::out_of_range("line " + std::to_string(y) + " outside the band's memory");
+    }
+    return band.data.subspan(offset, stride);
+}
+
 // The block's place among the four of its unit.
 int Block_Place(int unitDirection, int block)
 {
@@ -272,9 +283,7 @@ STwinBoardBand CBoardTwin::Band_Map(std::span<const STwinBand> bands) const
         {
             if (y < band.height)
             {
-                const auto stride = static_cast<std::size_t>(band.bytesPerLine);
-                const auto src = band.data.subspan(static_cast<std::size_t>(y) * stride, stride);
-                Line_Map({band.unitIndex, band.unitDirection, band.width * band.bitsPerPixel, src}, dst,
+                Line_Map({band.unitIndex, band.unitDirection, band.width * band.bitsPerPixel, Line_Of(band, y)}, dst,
                          board.bytesPerLine);
             }
         }

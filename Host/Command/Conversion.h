@@ -1,0 +1,82 @@
+// One job on its way through the library: a producer and a FIFO for every print unit, and the stage behind them. Made,
+// read and destroyed by the command's main thread; the producers and the stage run on threads of their own.
+#pragma once
+
+#include "Host/Input/SeparationProducer.h"
+#include "Host/Job/Job.h"
+#include "Platform/Log/CustomBoostLog.h"
+#include "UnitData2BoardData/UnitData2BoardData_Base.h"
+
+#include <chrono>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+// Keeps the first error records that the library writes, to say why a stage stopped.
+class CFailureRecords
+{
+public:
+    CFailureRecords();
+    ~CFailureRecords();
+    CFailureRecords(const CFailureRecords&) = delete;
+    CFailureRecords& operator=(const CFailureRecords&) = delete;
+
+    // "failure (UnitData2BoardData_Base:240), m_processState = 3 (UnitData2BoardData_Base:103)"
+    std::string Text_Get() const;
+
+private:
+    mutable std::mutex m_lock;
+    std::vector<std::string> m_records;
+    int m_listenerId;
+};
+
+// How the two sides of the stage waited for each other.
+struct SConversionStall
+{
+    SStallStatistic m_input;  // the stage for unit bands
+    SStallStatistic m_output; // the stage for room in its output
+};
+
+class CConversion
+{
+public:
+    // Opens the job's separations, checks them against the job, and sets the configuration. Nothing runs yet. Throws
+    // CInputError or CRunError.
+    explicit CConversion(const SJob& job);
+    CConversion(const CConversion&) = delete;
+    CConversion& operator=(const CConversion&) = delete;
+
+    // Stops every thread that runs and waits for it. Bands that nobody took are freed.
+    ~CConversion();
+
+    int PageWidth() const { return m_pageWidth; }
+    int PageHeight() const { return m_pageHeight; }
+
+    // Starts the stage and the producers. Throws CRunError.
+    void Start();
+
+    // The next board band, or null: none came within 100 ms, or there are no more.
+    std::unique_ptr<CBandData> Band_Next();
+
+    // True once the stage has ended and all its bands were taken.
+    bool IsCompleted();
+
+    // Throws why the job cannot go on, if it cannot: a producer's error, or a CRunError for a stage that stopped early.
+    void Error_Check();
+
+    SConversionStall Stall_Get() const;
+
+private:
+    void Producers_Make();
+
+    const SJob& m_job;
+    int m_pageWidth = 0;
+    int m_pageHeight = 0;
+    CFailureRecords m_failures;
+    std::vector<std::unique_ptr<CSeparationReader>> m_readers; // until their producers have them
+    std::vector<std::unique_ptr<CBandDataFIFO>> m_fifos;
+    std::vector<std::unique_ptr<CSeparationProducer>> m_producers;
+    CUnitData2BoardData_Base m_stage;
+    CBandDataFIFO_S* m_pOutput = nullptr; // the stage's
+};

@@ -1,0 +1,143 @@
+// The convert command: job, conversion, writer, and what the user is told.
+#include "Host/Command/Convert.h"
+
+#include "Host/Command/Conversion.h"
+#include "Host/Command/Interrupt.h"
+#include "Host/HostError.h"
+#include "Host/Job/JobApply.h"
+#include "Host/Job/JobGeometry.h"
+#include "Host/Output/BoardRaw.h"
+#include "Host/Output/PathText.h"
+#include "Platform/Helper/ProcessHelper.h"
+#include "Platform/ThreadStatus/ThreadStatus.h"
+
+#include <chrono>
+#include <cstdint>
+#include <iostream>
+#include <memory>
+#include <ostream>
+
+namespace
+{
+
+using Seconds = std::chrono::duration<double>;
+
+struct SResult
+{
+    std::int64_t bands = 0;
+    std::int64_t lines = 0;
+    std::int64_t bytes = 0;
+    Seconds elapsed{0};
+};
+
+bool IsStandardOutput(const std::filesystem::path& path)
+{
+    return path == "-";
+}
+
+// What the options leave open, and what they must not combine.
+SConvertOptions Options_Complete(SConvertOptions options)
+{
+    if (options.m_output.empty())
+    {
+        options.m_output = options.m_job.stem();
+        options.m_output += options.m_format == EBoardFormat::Tiff ? ".boards.tif" : ".boards.raw";
+    }
+    if (options.m_format == EBoardFormat::Tiff && IsStandardOutput(options.m_output))
+    {
+        throw CInputError("--output -: a TIFF cannot be written to standard output; use --format raw or name a file");
+    }
+    if (options.m_format == EBoardFormat::Raw && options.m_compression != EBoardCompression::None)
+    {
+        throw CInputError("--compress: only TIFF pages are compressed; leave it out with --format raw");
+    }
+    return options;
+}
+
+std::unique_ptr<CBoardWriter> Writer_Make(const SConvertOptions& options, const SJob& job, const SJobGeometry& geometry)
+{
+    if (options.m_format == EBoardFormat::Raw)
+    {
+        return std::make_unique<CBoardRawWriter>(options.m_output, Job_BoardInfo(job));
+    }
+    SBoardTiffSize size;
+    size.m_bandCount = geometry.m_swathCount;
+    size.m_bBandCountExact = !job.m_bSkipBlank;
+    size.m_bandLineCount = geometry.m_lineCount;
+    size.m_bandBytesPerLine = geometry.m_boardBytesPerLine;
+    return std::make_unique<CBoardTiffWriter>(options.m_output, Job_BoardInfo(job), size, options.m_compression);
+}
+
+// Takes the board bands from the stage to the writer. False if the user interrupted it.
+bool Bands_Write(CConversion& conversion, CBoardWriter& writer, CProgress& progress, SResult& result)
+{
+    const auto begin = std::chrono::steady_clock::now();
+    while (!conversion.IsCompleted())
+    {
+        if (CInterrupt::IsRequested())
+        {
+            return false;
+        }
+        const std::unique_ptr<CBandData> band = conversion.Band_Next();
+        if (band == nullptr)
+        {
+            conversion.Error_Check();
+            continue;
+        }
+        writer.Band_Write(*band);
+        ++result.bands;
+        result.lines += band->m_height;
+        result.bytes += band->m_dataSize;
+        progress.Update(result.bands, result.bytes);
+    }
+    conversion.Error_Check();
+    writer.Finish();
+    result.elapsed = std::chrono::steady_clock::now() - begin;
+    return true;
+}
+
+void Stall_Print(std::ostream& stream, const char* side, const SStallStatistic& stall)
+{
+    stream << stall.m_count << " on " << side << " (" << Seconds(stall.m_duration).count() << " s)";
+}
+
+void Summary_Print(std::ostream& stream, const SConvertOptions& options, const SResult& result,
+                   const SConversionStall& stall)
+{
+    const Seconds mapping = CThreadStatusMonitor::BusyTime_Get(ECustomThreadId::UnitData2BoardData);
+    const double seconds = result.elapsed.count();
+    stream.precision(3);
+    stream << (IsStandardOutput(options.m_output) ? "standard output" : Path_Text(options.m_output)) << ": "
+           << result.bands << " bands, " << result.lines << " lines, " << result.bytes << " bytes of board data\n"
+           << "  " << seconds << " s, " << ByteText_Make(static_cast<double>(result.bytes) / seconds)
+           << "/s; the stage was mapping for " << mapping.count() << " s\n  stalls: ";
+    Stall_Print(stream, "input", stall.m_input);
+    stream << ", ";
+    Stall_Print(stream, "output", stall.m_output);
+    stream << "; peak memory " << ByteText_Make(static_cast<double>(CProcessHelper::PeakMemoryBytes())) << '\n'
+           << std::flush;
+}
+
+} // namespace
+
+bool Convert_Run(const SConvertOptions& wanted)
+{
+    const CInterrupt interrupt;
+    const SConvertOptions options = Options_Complete(wanted);
+    const SJob job = Job_Load(options.m_job);
+    CConversion conversion(job);
+    const SJobGeometry geometry = Job_Geometry(job, conversion.PageWidth(), conversion.PageHeight());
+    const std::unique_ptr<CBoardWriter> writer = Writer_Make(options, job, geometry);
+    SResult result;
+    {
+        CProgress progress(options.m_progress, geometry.m_swathCount);
+        conversion.Start();
+        if (!Bands_Write(conversion, *writer, progress, result))
+        {
+            return false;
+        }
+        progress.Finish(result.bands, result.bytes);
+    }
+    Summary_Print(IsStandardOutput(options.m_output) ? std::cerr : std::cout, options, result, conversion.Stall_Get());
+    return true;
+}

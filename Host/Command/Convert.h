@@ -1,0 +1,27 @@
+// boardmap convert: a job file's separations in, board data out.
+#pragma once
+
+#include "Host/Command/Progress.h"
+#include "Host/Output/BoardTiffWriter.h"
+
+#include <filesystem>
+
+enum class EBoardFormat
+{
+    Tiff,
+    Raw,
+};
+
+struct SConvertOptions
+{
+    std::filesystem::path m_job;
+    std::filesystem::path m_output; // "-" is standard output; empty: named after the job, in the current folder
+    EBoardFormat m_format = EBoardFormat::Tiff;
+    EBoardCompression m_compression = EBoardCompression::None;
+    EProgress m_progress = EProgress::Auto;
+};
+
+// Runs the whole command on the calling thread, the library's and the producers' threads beside it. True when the board
+// data is complete and in its place; false when the user interrupted it, with nothing left behind. Throws CInputError
+// or CRunError, with nothing left behind either.
+bool Convert_Run(const SConvertOptions& options);
