@@ -1,8 +1,9 @@
 // The swath turn; see the header.
 //
 // A block is as many rows as one 64-bit word has pixels of a row: 64 words of 64 pixels, or 32 of 32. It is transposed
-// in place by swapping ever smaller quarters (log2 steps over the whole block), which compilers turn into vector code.
-// An 8x8 transpose per word needs as many byte stores as it has bytes, and was slower by a factor of two to three.
+// in place by swapping ever smaller quarters, which compilers turn into vector code. What lost: 8x8 blocks, one word
+// each, which are stored byte by byte (0.7 to 0.9 GB/s where this reaches 2.1, optimised for speed on a server
+// processor).
 #include "Host/Input/SwathTurn.h"
 
 #include <algorithm>

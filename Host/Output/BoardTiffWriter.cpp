@@ -87,20 +87,24 @@ std::uint16_t Compression_Tag(EBoardCompression compression)
     return COMPRESSION_NONE;
 }
 
-// The most that the compression may make of this many bytes.
-std::int64_t Compressed_Most(std::int64_t size, EBoardCompression compression)
+// The most that the compression may make of a page's rows.
+std::int64_t Compressed_Most(std::int64_t bytesPerRow, std::int64_t rowCount, EBoardCompression compression)
 {
+    constexpr std::int64_t packBitsRun = 128;   // bytes behind one count byte
+    constexpr std::int64_t deflateShare = 1000; // bytes stored as they are, to one byte that says so
+    const std::int64_t size = bytesPerRow * rowCount;
     switch (compression)
     {
     case EBoardCompression::None:
-        return size;
+        break;
+    case EBoardCompression::PackBits:
+        return size + (bytesPerRow / packBitsRun + 1) * rowCount;
     case EBoardCompression::Lzw:
         return size + size / 2; // codes of up to 12 bits for single bytes
-    case EBoardCompression::PackBits:
     case EBoardCompression::Deflate:
-        break;
+        return size + size / deflateShare;
     }
-    return size + size / 64; // a count byte per 128 bytes of a row; blocks stored as they are
+    return size;
 }
 
 std::int64_t Strip_RowCount(std::int64_t bytesPerRow, std::int64_t rowCount)
@@ -123,9 +127,8 @@ bool BoardTiff_NeedsBigTiff(const SBoardTiffSize& size, EBoardCompression compre
     constexpr std::int64_t bytesPerStrip = 64;    // two words in the directory, and a small strip's overhead
     const std::int64_t rowsPerStrip = Strip_RowCount(size.m_bandBytesPerLine, size.m_bandLineCount);
     const std::int64_t stripCount = (size.m_bandLineCount + rowsPerStrip - 1) / rowsPerStrip;
-    const std::int64_t pageBytes =
-        Compressed_Most(size.m_bandBytesPerLine * size.m_bandLineCount + size.m_bandLineCount, compression) +
-        directoryBytes + descriptionSize + stripCount * bytesPerStrip;
+    const std::int64_t pageBytes = Compressed_Most(size.m_bandBytesPerLine, size.m_bandLineCount, compression) +
+                                   directoryBytes + descriptionSize + stripCount * bytesPerStrip;
     // Divided, since the product may pass 64 bits.
     return size.m_bandCount > 0 && pageBytes > (classicLimit - directoryBytes) / size.m_bandCount;
 }

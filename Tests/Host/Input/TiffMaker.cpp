@@ -207,6 +207,10 @@ std::vector<STiffLayout> TiffLayouts_All(int bitsPerPixel, int height)
 
 void Tiff_Write(const std::filesystem::path& path, const SInk& ink, const STiffLayout& layout)
 {
+    if (layout.mode[0] == 'w')
+    {
+        std::filesystem::remove(path);
+    }
     const CTiffPointer tiff(TIFFOpen(path.string().c_str(), layout.mode), &TIFFClose);
     Require(tiff != nullptr, path.string());
     TIFFSetField(tiff.get(), TIFFTAG_IMAGEWIDTH, ink.width);
@@ -326,6 +330,8 @@ std::string File_Load(const std::filesystem::path& path)
 
 void File_Save(const std::filesystem::path& path, const std::string& bytes)
 {
+    // A new file each time: some file systems write a truncated and refilled one through to the disk.
+    std::filesystem::remove(path);
     std::ofstream file(path, std::ios::binary);
     file << bytes;
     Require(file.flush().good(), path.string());

@@ -181,18 +181,22 @@ TEST(BoardTiffWriter, BigTiffDecisionStandsOnTheSafeSideOfTheLimit)
     };
     EXPECT_FALSE(needsBigTiff(0, 0, 0));
     EXPECT_FALSE(needsBigTiff(1, 5000, 800));
-    // 4095 MiB leave room for the tags, 4096 MiB do not.
-    EXPECT_FALSE(needsBigTiff(4095, 1024, 1024));
-    EXPECT_TRUE(needsBigTiff(4096, 1024, 1024));
-    EXPECT_FALSE(needsBigTiff(1, 2147483647, 1));
+    // 4087 pages of 1 MiB leave room for their tags and descriptions, one more does not.
+    EXPECT_FALSE(needsBigTiff(4087, 1024, 1024));
+    EXPECT_TRUE(needsBigTiff(4088, 1024, 1024));
+    EXPECT_FALSE(needsBigTiff(1, 1024, 2097152));
+    EXPECT_TRUE(needsBigTiff(2, 1024, 2097152));
     // Pages so small that their tags are what counts.
-    EXPECT_FALSE(needsBigTiff(1000000, 1, 1));
-    EXPECT_TRUE(needsBigTiff(3000000, 1, 1));
-    // What a compression may add in the worst case.
-    EXPECT_TRUE(needsBigTiff(4090, 1024, 1024, EBoardCompression::PackBits));
-    EXPECT_FALSE(needsBigTiff(4000, 1024, 1024, EBoardCompression::Deflate));
-    EXPECT_TRUE(needsBigTiff(2800, 1024, 1024, EBoardCompression::Lzw));
-    EXPECT_FALSE(needsBigTiff(2700, 1024, 1024, EBoardCompression::Lzw));
+    EXPECT_FALSE(needsBigTiff(2000000, 1, 1));
+    EXPECT_TRUE(needsBigTiff(2100000, 1, 1));
+    // What a compression may add in the worst case: a byte per 128, a half, a thousandth.
+    EXPECT_TRUE(needsBigTiff(4087, 1024, 1024, EBoardCompression::PackBits));
+    EXPECT_FALSE(needsBigTiff(4050, 1024, 1024, EBoardCompression::PackBits));
+    EXPECT_TRUE(needsBigTiff(30, 104857600, 1, EBoardCompression::PackBits));
+    EXPECT_TRUE(needsBigTiff(2730, 1024, 1024, EBoardCompression::Lzw));
+    EXPECT_FALSE(needsBigTiff(2720, 1024, 1024, EBoardCompression::Lzw));
+    EXPECT_TRUE(needsBigTiff(4087, 1024, 1024, EBoardCompression::Deflate));
+    EXPECT_FALSE(needsBigTiff(4080, 1024, 1024, EBoardCompression::Deflate));
     constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
     EXPECT_TRUE(needsBigTiff(most, most, 1));
 }

@@ -1,0 +1,347 @@
+// boardmap convert from outside: what it prints, what it exits with, and what is on the disk afterwards.
+#include "Tests/Host/Command/CommandSupport.h"
+
+#include "Host/Output/BoardRaw.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+namespace
+{
+
+using Convert = CCommandTest;
+
+bool Pattern(int x, int y)
+{
+    return (x * 7 + y * 13) % 5 == 0;
+}
+
+// The bands of a raw stream, data only.
+std::vector<std::vector<unsigned char>> RawBands_Read(const std::filesystem::path& file)
+{
+    CBoardRawReader reader(file);
+    std::vector<std::vector<unsigned char>> bands;
+    CBandData band;
+    while (reader.Band_Read(band))
+    {
+        bands.emplace_back(band.m_pData, band.m_pData + band.m_dataSize);
+    }
+    return bands;
+}
+
+std::vector<std::vector<unsigned char>> TiffBands_Read(const std::filesystem::path& file)
+{
+    const std::unique_ptr<TIFF, decltype(&TIFFClose)> tiff(TIFFOpen(file.string().c_str(), "r"), &TIFFClose);
+    std::vector<std::vector<unsigned char>> bands;
+    if (tiff == nullptr)
+    {
+        return bands;
+    }
+    do
+    {
+        std::uint32_t rows = 0;
+        TIFFGetField(tiff.get(), TIFFTAG_IMAGELENGTH, &rows);
+        const auto rowBytes = static_cast<std::size_t>(TIFFScanlineSize(tiff.get()));
+        auto& band = bands.emplace_back(rows * rowBytes);
+        for (std::uint32_t row = 0; row < rows; ++row)
+        {
+            EXPECT_EQ(TIFFReadScanline(tiff.get(), band.data() + row * rowBytes, row, 0), 1);
+        }
+    } while (TIFFReadDirectory(tiff.get()) == 1);
+    return bands;
+}
+
+} // namespace
+
+TEST_F(Convert, WritesOneTiffPagePerSwathWithEveryBitInItsPlace)
+{
+    constexpr int width = 37;
+    constexpr int height = 50;
+    constexpr int nozzles = 20;
+    Separation_Write("a.tif", width, height, &Pattern);
+    Separation_Write("b.tif", width, height, [](int x, int y) { return !Pattern(x, y); });
+    Job_Write("job.toml", {"a.tif", "b.tif"}, nozzles);
+    const auto result = Boardmap_Run("convert job.toml");
+    EXPECT_EQ(result.status, 0) << result.error;
+    EXPECT_THAT(result.error, IsEmpty());
+    EXPECT_THAT(result.out, StartsWith("job.boards.tif: 3 bands, 111 lines, 2220 bytes of board data\n"));
+    const auto bands = TiffBands_Read(In("job.boards.tif"));
+    ASSERT_EQ(bands.size(), 3U);
+    for (int swath = 0; swath < 3; ++swath)
+    {
+        for (int line = 0; line < width; ++line)
+        {
+            const int x = swath == 1 ? width - 1 - line : line; // the middle swath runs right to left
+            for (int nozzle = 0; nozzle < nozzles; ++nozzle)
+            {
+                const int y = swath * nozzles + nozzle;
+                int expected = 0;
+                if (y < height)
+                {
+                    expected = Pattern(x, y) ? 0x80 : 0x40; // unit 0 is a frame's first bit, unit 1 its second
+                }
+                const auto at = static_cast<std::size_t>(line * nozzles + nozzle); // 8-bit frames: a byte each
+                ASSERT_EQ(bands[static_cast<std::size_t>(swath)][at], expected)
+                    << "swath " << swath << " line " << line << " nozzle " << nozzle;
+            }
+        }
+    }
+    EXPECT_THAT(Files(), ElementsAre("a.tif", "b.tif", "job.boards.tif", "job.toml"));
+}
+
+TEST_F(Convert, TheRawStreamHoldsTheSameBandsInAFileAndOnStandardOutput)
+{
+    Separation_Write("a.tif", 40, 30, &Pattern);
+    Job_Write("job.toml", {"a.tif"}, 8);
+    ASSERT_EQ(Boardmap_Run("convert job.toml").status, 0);
+    ASSERT_EQ(Boardmap_Run("convert job.toml --format raw").status, 0);
+    const auto piped = Shell_Run("\"$boardmap\" convert job.toml --format raw -o - | cat >piped.raw");
+    EXPECT_EQ(piped.status, 0);
+    EXPECT_THAT(piped.error, StartsWith("standard output: 4 bands")); // the summary stays out of the data
+    EXPECT_EQ(File_Text(In("job.boards.raw")), File_Text(In("piped.raw")));
+    EXPECT_EQ(RawBands_Read(In("piped.raw")), TiffBands_Read(In("job.boards.tif")));
+}
+
+TEST_F(Convert, EveryCompressionGivesTheSamePixels)
+{
+    Separation_Write("a.tif", 40, 30, &Pattern);
+    Job_Write("job.toml", {"a.tif"}, 16);
+    ASSERT_EQ(Boardmap_Run("convert job.toml -o none.tif").status, 0);
+    for (const std::string name : {"packbits", "lzw", "deflate"})
+    {
+        ASSERT_EQ(Boardmap_Run("convert job.toml --compress " + name + " -o " + name + ".tif").status, 0);
+        EXPECT_EQ(TiffBands_Read(In(name + ".tif")), TiffBands_Read(In("none.tif"))) << name;
+    }
+}
+
+TEST_F(Convert, SkipBlankLeavesTheSwathsWithoutInkOut)
+{
+    Separation_Write("a.tif", 40, 40, [](int x, int y) { return y == 25 && x == 3; });
+    Separation_Write("b.tif", 40, 40, [](int x, int y) { return y == 26 && x == 3; });
+    Job_Write("job.toml", {"a.tif", "b.tif"}, 10, "[Stage]\nSkipBlank = true\n");
+    const auto result = Boardmap_Run("convert job.toml --format raw");
+    EXPECT_EQ(result.status, 0) << result.error;
+    CBoardRawReader reader(In("job.boards.raw"));
+    CBandData band;
+    ASSERT_TRUE(reader.Band_Read(band));
+    EXPECT_EQ(band.m_bandNo, 0);
+    EXPECT_EQ(band.m_swathIndex, 2);
+    EXPECT_FALSE(reader.Band_Read(band));
+}
+
+TEST_F(Convert, HelpAndVersionAreNoErrors)
+{
+    for (const std::string arguments : {"--help", "convert --help", "--version"})
+    {
+        const auto result = Boardmap_Run(arguments);
+        EXPECT_EQ(result.status, 0) << arguments;
+        EXPECT_THAT(result.out, HasSubstr("boardmap")) << arguments;
+        EXPECT_THAT(result.error, IsEmpty()) << arguments;
+    }
+}
+
+TEST_F(Convert, BadUsageExitsWithTwoAndSaysWhy)
+{
+    Separation_Write("a.tif", 8, 8, &Pattern);
+    Job_Write("job.toml", {"a.tif"}, 8);
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"", "subcommand is required"},
+        {"convert", "JOB is required"},
+        {"convert job.toml --format png", "--format"},
+        {"convert job.toml --progress maybe", "--progress"},
+        {"convert job.toml --unknown", "--unknown"},
+        {"convert job.toml -o -", "--output -: a TIFF cannot be written to standard output"},
+        {"convert job.toml --format raw --compress lzw", "--compress: only TIFF pages are compressed"},
+        {"convert job.toml --log missing/log.txt", "missing/log.txt: cannot be opened for writing"},
+    };
+    for (const auto& [arguments, message] : cases)
+    {
+        const auto result = Boardmap_Run(arguments);
+        EXPECT_EQ(result.status, 2) << arguments;
+        EXPECT_THAT(result.error, HasSubstr(message)) << arguments;
+    }
+    EXPECT_THAT(Files(), ElementsAre("a.tif", "job.toml"));
+}
+
+TEST_F(Convert, ABrokenJobFileIsOneLineWithItsPlace)
+{
+    Job_Write("job.toml", {"a.tif"}, 8);
+    std::string text = File_Text(In("job.toml"));
+    text.replace(text.find("PrinterDataWidth = 8"), 20, "PrinterDataWidth = 17");
+    File_Write(In("job.toml"), text);
+    const auto result = Boardmap_Run("convert job.toml");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.error, "job.toml:6:20: PrinterDataWidth is 17; style 5 needs a multiple of 8\n");
+    EXPECT_THAT(result.out, IsEmpty());
+}
+
+TEST_F(Convert, AMissingSeparationIsOneLineThatNamesIt)
+{
+    Job_Write("job.toml", {"nowhere.tif"}, 8);
+    const auto result = Boardmap_Run("convert job.toml");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(result.error, HasSubstr("nowhere.tif"));
+    EXPECT_EQ(std::count(result.error.begin(), result.error.end(), '\n'), 1);
+    EXPECT_THAT(Files(), ElementsAre("job.toml"));
+}
+
+TEST_F(Convert, ASeparationThatBreaksHalfWayLeavesNothingAndKeepsAnOlderResult)
+{
+    Separation_Write("a.tif", 400, 600, &Pattern);
+    Job_Write("job.toml", {"a.tif"}, 50);
+    File_Write(In("job.boards.tif"), "an older result");
+    // Spoil the data of a late strip, and keep the file's structure: PackBits data that never ends its rows.
+    std::string bytes = File_Text(In("a.tif"));
+    TIFF* tiff = TIFFOpen(In("a.tif").string().c_str(), "r");
+    ASSERT_NE(tiff, nullptr);
+    const std::uint64_t offset = TIFFGetStrileOffset(tiff, 7);
+    const std::uint64_t size = TIFFGetStrileByteCount(tiff, 7);
+    TIFFClose(tiff);
+    bytes.replace(offset, size, std::string(size, '\x80')); // 0x80 is PackBits' "nothing"
+    File_Write(In("a.tif"), bytes);
+    const auto result = Boardmap_Run("convert job.toml");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(result.error, HasSubstr("a.tif"));
+    EXPECT_THAT(result.error, HasSubstr("row 448")); // the first row of strip 7
+    EXPECT_EQ(std::count(result.error.begin(), result.error.end(), '\n'), 1) << result.error;
+    EXPECT_EQ(File_Text(In("job.boards.tif")), "an older result");
+    EXPECT_THAT(Files(), ElementsAre("a.tif", "job.boards.tif", "job.toml"));
+}
+
+TEST_F(Convert, AFullDiskFailsTheRunAndAClosedPipeToo)
+{
+    Separation_Write("a.tif", 4000, 100, &Pattern);
+    Job_Write("job.toml", {"a.tif"}, 50);
+    const auto full = Boardmap_Run("convert job.toml --format raw -o /dev/full");
+    EXPECT_EQ(full.status, 1);
+    EXPECT_THAT(full.error, HasSubstr("/dev/full"));
+    EXPECT_EQ(std::count(full.error.begin(), full.error.end(), '\n'), 1) << full.error;
+    const auto closed =
+        Shell_Run("{ \"$boardmap\" convert job.toml --format raw -o -; echo $? >status; } | true; cat status");
+    EXPECT_EQ(closed.out, "1\n");
+    EXPECT_THAT(closed.error, HasSubstr("standard output"));
+}
+
+TEST_F(Convert, LibraryRecordsGoToStandardErrorAndToAFileOnRequest)
+{
+    Separation_Write("a.tif", 16, 16, &Pattern);
+    Job_Write("job.toml", {"a.tif"}, 16);
+    const auto quiet = Boardmap_Run("convert job.toml");
+    EXPECT_THAT(quiet.error, IsEmpty());
+    const auto verbose = Boardmap_Run("convert job.toml -v");
+    EXPECT_THAT(verbose.error, HasSubstr("Complete : CUnitData2BoardData_Base"));
+    ASSERT_EQ(Boardmap_Run("convert job.toml --log run.log").status, 0);
+    ASSERT_EQ(Boardmap_Run("convert job.toml --log run.log").status, 0);
+    const std::string log = File_Text(In("run.log"));
+    EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 2); // the second run appends
+    EXPECT_THAT(log, HasSubstr("Complete : CUnitData2BoardData_Base"));
+}
+
+TEST_F(Convert, ProgressIsPlainLinesABarOrNothing)
+{
+    Separation_Write("a.tif", 16, 16, &Pattern);
+    Job_Write("job.toml", {"a.tif"}, 8);
+    EXPECT_THAT(Boardmap_Run("convert job.toml --progress plain").error, HasSubstr("2/2 bands"));
+    const auto bar = Boardmap_Run("convert job.toml --progress bar");
+    EXPECT_THAT(bar.error, HasSubstr("[############################] 2/2 bands"));
+    EXPECT_THAT(bar.error, HasSubstr("\r"));
+    EXPECT_THAT(Boardmap_Run("convert job.toml --progress none").error, IsEmpty());
+    EXPECT_THAT(Boardmap_Run("convert job.toml --progress auto").error, IsEmpty()); // not a terminal
+}
+
+TEST_F(Convert, AnInterruptEndsTheRunInOrderWithStatus130AndLeavesNoFile)
+{
+    // A page that takes a while: it is still running when its first progress line is out.
+    Separation_Write("a.tif", 4000, 64, &Pattern);
+    std::vector<std::string> units(8, "big.tif");
+    TIFF* tiff = TIFFOpen(In("big.tif").string().c_str(), "w");
+    ASSERT_NE(tiff, nullptr);
+    constexpr int width = 20000;
+    constexpr int height = 60000;
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, width);
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, height);
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 1);
+    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE);
+    TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_PACKBITS);
+    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, 1000);
+    std::vector<unsigned char> row(width / 8, 0x00);
+    for (std::uint32_t y = 0; y < height; ++y)
+    {
+        TIFFWriteScanline(tiff, row.data(), y, 0);
+    }
+    TIFFClose(tiff);
+    Job_Write("job.toml", units, 400);
+    for (const std::string signal : {"INT", "TERM"})
+    {
+        const auto result = Shell_Run("mkdir -p ../$(basename \"$PWD\").log; log=../$(basename \"$PWD\").log/err\n"
+                                      "\"$boardmap\" convert job.toml --progress plain 2>$log &\n"
+                                      "pid=$!\n"
+                                      "while ! grep -q bands $log; do sleep 0.02; done\n"
+                                      "kill -" +
+                                      signal +
+                                      " $pid; wait $pid; status=$?\n"
+                                      "tail -n 1 $log; rm -r ../$(basename \"$PWD\").log; exit $status");
+        EXPECT_EQ(result.status, 130) << result.out << result.error;
+        EXPECT_EQ(result.out, "interrupted; nothing was written\n");
+        EXPECT_THAT(Files(), ElementsAre("a.tif", "big.tif", "job.toml"));
+    }
+}
+
+#if !defined(BOARDMAP_SANITIZED) // the sanitizers' own address space is larger than any limit
+
+TEST_F(Convert, APageLargerThanTheMemoryLimitIsNoHardship)
+{
+    // 8,000 columns x 600,000 rows, uncompressed in one strip: 600 MB of pixels, on disk a hole with ink in its last
+    // row.
+    constexpr std::uint32_t width = 8000;
+    constexpr std::uint32_t height = 600000;
+    constexpr std::uint32_t dataSize = width / 8 * height;
+    const auto Word = [](std::uint32_t value, int bytes)
+    {
+        std::string text;
+        for (int i = 0; i < bytes; ++i)
+        {
+            text += static_cast<char>(value >> (8 * i) & 0xFF);
+        }
+        return text;
+    };
+    constexpr std::uint32_t headerSize = 8 + 2 + 9 * 12 + 4;
+    const std::vector<std::array<std::uint32_t, 2>> tags = {{256, width}, {257, height}, {258, 1},
+                                                            {259, 1},     {262, 0},      {273, headerSize},
+                                                            {277, 1},     {278, height}, {279, dataSize}};
+    std::string header = "II" + Word(42, 2) + Word(8, 4) + Word(static_cast<std::uint32_t>(tags.size()), 2);
+    for (const auto& [tag, value] : tags)
+    {
+        header += Word(tag, 2) + Word(4, 2) + Word(1, 4) + Word(value, 4);
+    }
+    header += Word(0, 4);
+    ASSERT_EQ(header.size(), headerSize);
+    File_Write(In("tall.tif"), header);
+    std::filesystem::resize_file(In("tall.tif"), headerSize + std::uint64_t{dataSize});
+    {
+        std::fstream stream(In("tall.tif"), std::ios::in | std::ios::out | std::ios::binary);
+        stream.seekp(headerSize + std::streamoff{dataSize} - 1);
+        stream.put('\x01'); // the last pixel of the last row
+    }
+    Job_Write("job.toml", {"tall.tif"}, 1000, "[Stage]\nSkipBlank = true\n");
+    const auto result = Shell_Run("ulimit -v 400000 && MALLOC_ARENA_MAX=2 \"$boardmap\" convert job.toml");
+    EXPECT_EQ(result.status, 0) << result.error;
+    EXPECT_THAT(result.out, StartsWith("job.boards.tif: 1 bands, 8000 lines"));
+    const auto bands = TiffBands_Read(In("job.boards.tif"));
+    ASSERT_EQ(bands.size(), 1U);
+    EXPECT_EQ(std::count(bands[0].begin(), bands[0].end(), 0), static_cast<long>(bands[0].size()) - 1);
+    EXPECT_EQ(bands[0][999], 0x80); // swath 599 runs right to left: the last column comes first, nozzle 999
+}
+
+#endif

@@ -1,0 +1,95 @@
+// The configuration that a job leaves behind.
+#include "Host/Job/JobApply.h"
+
+#include "Platform/GlobalConfig/CartInfo.h"
+#include "Platform/GlobalConfig/ColorGroup.h"
+#include "Platform/GlobalConfig/DPConfig.h"
+#include "Platform/PrintParam/PrintParamGlobal.h"
+#include "Tests/Host/Job/TestJob.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+// A configuration in which nothing is as a job would have it, and the defaults again afterwards.
+class JobApply : public testing::Test
+{
+protected:
+    JobApply()
+    {
+        SPrintParam param;
+        param.m_curPrint_JobWidth = -1;
+        param.m_inkStripeParam.m_leftStripeWidth = 7;
+        DPD_PrintParam()->Set(param);
+        GC_ColorGroup()->Set({{"other", CColorGroupInfo{}}});
+        GC_DPConfig()->Set({17});
+    }
+    ~JobApply() override
+    {
+        GC_DPOption()->Set(SDPOption{});
+        DPD_PrintParam()->Set(SPrintParam{});
+        GC_CartInfo()->Set(SCartInfo{});
+        GC_ColorGroup()->Set({});
+        GC_DPConfig()->Set(SDPConfig{});
+    }
+};
+
+} // namespace
+
+TEST_F(JobApply, EveryAccessorReturnsWhatTheJobSays)
+{
+    Job_Apply(Job_Of(std::string(g_fullJob)), 5000, 7000);
+
+    EXPECT_EQ(GC_DPOption()->DataMapStyle_Get(), EDataMapStyle::FramePerPixel);
+    EXPECT_EQ(GC_DPOption()->DataPushStyle_Get(), EDataPushStyle::ByPixel);
+    EXPECT_EQ(GC_DPOption()->PrinterSupportBits_Get(), EPrinterSupportBits::TwoBit);
+    EXPECT_EQ(GC_DPOption()->PrinterDataWidth_Get(), 32);
+
+    for (const SRipJobInfo& info : {DPD_PrintParam()->JobInfo_Get(), DPD_PrintParam()->JobInfo_CurPrint_Get()})
+    {
+        EXPECT_EQ(info.m_width, 5000);
+        EXPECT_EQ(info.m_height, 7000);
+        EXPECT_EQ(info.m_bitsPerPixel, 1);
+    }
+    EXPECT_EQ(DPD_PrintParam()->CurPrint_JobWidth_Get(), 5000);
+    EXPECT_EQ(DPD_PrintParam()->DotSizeMode_Get(), EDotSizeMode::Big);
+    EXPECT_EQ(DPD_PrintParam()->AlignByteCountPerLine(), 4);
+    EXPECT_EQ(DPD_PrintParam()->InkStripeParam_Get().m_leftStripeWidth, 0);
+
+    const std::vector<SCartUnitInfo> units = GC_CartInfo()->CartUnitInfo_GetAll();
+    ASSERT_EQ(units.size(), 2U);
+    EXPECT_EQ(units[0].m_unitId, 5);
+    EXPECT_EQ(units[0].m_direction, 2);
+    EXPECT_EQ(units[0].m_colorIndex, 0);
+    EXPECT_EQ(units[1].m_unitId, 15);
+    EXPECT_EQ(units[1].m_direction, 1);
+    EXPECT_EQ(units[1].m_headIndex, 1);
+    EXPECT_EQ(GC_CartInfo()->CartHeadBaseInfo_Get().m_headCount, 2);
+    EXPECT_EQ(GC_CartInfo()->CartHeadBaseInfo_Get().m_bandWidth, 400);
+
+    const CColorGroupInfo* pGroup = GC_ColorGroup()->ColorGroupInfo_By_Key(CColorGroupInfo::Key_Pattern_Layout());
+    ASSERT_NE(pGroup, nullptr);
+    EXPECT_EQ(pGroup->m_units.size(), 2U);
+    EXPECT_EQ(pGroup->UnitInfo_Get(5).m_unitPosition, 0);
+    EXPECT_EQ(pGroup->UnitInfo_Get(15).m_unitPosition, 1);
+    EXPECT_EQ(GC_ColorGroup()->ColorGroupInfo_By_Key("other"), nullptr);
+
+    EXPECT_EQ(GC_DPConfig()->LineGeneratorCount_Of_DataMap_Get(), 1);
+}
+
+TEST_F(JobApply, TwoBitJobKeepsItsDepthWhenItIsPushedByUnit)
+{
+    std::string text = Replaced(g_smallJob, "BitsPerPixel = 1", "BitsPerPixel = 2");
+    text = Replaced(text, "PrinterDataWidth", "DataPushStyle = \"ByUnit\"\nPrinterDataWidth");
+    Job_Apply(Job_Of(text), 10, 20);
+    EXPECT_EQ(DPD_PrintParam()->JobInfo_Get().m_bitsPerPixel, 2);
+    EXPECT_EQ(DPD_PrintParam()->CurPrint_JobWidth_Get(), 10);
+}
+
+TEST_F(JobApply, BoardInfoNamesTheOptionsAndTheMap)
+{
+    const SBoardInfo expected = {
+        "FramePerPixel", "ByPixel", "TwoBit", "2", 32, 2, 400, 1, {{5, 2, "Cyan"}, {15, 1, ""}}};
+    EXPECT_EQ(Job_BoardInfo(Job_Of(std::string(g_fullJob))), expected);
+}
