@@ -138,7 +138,9 @@ std::string Node_Text(const toml::node& node)
     }
     else if (const auto* pFraction = node.as_floating_point())
     {
+        // With its point, without which it would look like the whole number that is asked for.
         text << pFraction->get();
+        text << (text.str().find_first_of(".en") == std::string::npos ? ".0" : "");
     }
     else if (const auto* pFlag = node.as_boolean())
     {
@@ -172,7 +174,19 @@ private:
         std::string m_key; // "DPOption", the beginning of its values' names in SJob::m_places; empty for a unit
     };
 
-    void Problem_Add(const SJobPlace& place, std::string text) { m_problems.emplace_back(place, std::move(text)); }
+    // What is wrong goes before what is missing: a mistyped key is both.
+    struct SProblem
+    {
+        bool m_bMissing = false;
+        SJobPlace m_place;
+        std::string m_text;
+    };
+
+    void Problem_Add(const SJobPlace& place, std::string text)
+    {
+        m_problems.push_back({false, place, std::move(text)});
+    }
+    void Missing_Add(const SJobPlace& place, std::string text) { m_problems.push_back({true, place, std::move(text)}); }
     void Problem_ThrowFirst() const;
 
     SOpenTable Table_Open(const STable& table, const std::string& key);
@@ -196,6 +210,7 @@ private:
     void StageKind_Read(const SOpenTable& table);
     void DPOption_Read();
     void PrintParam_Read();
+    void Alignment_Read(const SOpenTable& table);
     void CartInfo_Read();
     void Units_Read(const SOpenTable& table);
     void Unit_Read(const toml::table& node);
@@ -203,7 +218,7 @@ private:
     std::filesystem::path m_folder;
     const toml::table& m_root;
     SJob m_job;
-    std::vector<std::pair<SJobPlace, std::string>> m_problems;
+    std::vector<SProblem> m_problems;
 };
 
 SJob CJobReader::Read()
@@ -220,14 +235,14 @@ SJob CJobReader::Read()
 
 void CJobReader::Problem_ThrowFirst() const
 {
-    const auto first = std::min_element(m_problems.begin(), m_problems.end(),
-                                        [](const auto& left, const auto& right) {
-                                            return std::tie(left.first.m_line, left.first.m_column) <
-                                                   std::tie(right.first.m_line, right.first.m_column);
-                                        });
+    const auto rank = [](const SProblem& problem)
+    { return std::tuple(problem.m_bMissing, problem.m_place.m_line, problem.m_place.m_column); };
+    const auto first =
+        std::min_element(m_problems.begin(), m_problems.end(),
+                         [&](const SProblem& left, const SProblem& right) { return rank(left) < rank(right); });
     if (first != m_problems.end())
     {
-        throw CInputError(Job_PlaceText(m_job, first->first) + first->second);
+        throw CInputError(Job_PlaceText(m_job, first->m_place) + first->m_text);
     }
 }
 
@@ -302,7 +317,7 @@ const toml::node* CJobReader::Value_Find(const SOpenTable& table, const std::str
         const auto& keys = table.m_table.m_keys;
         const auto found =
             std::find_if(keys.begin(), keys.end(), [&](const SKey& known) { return known.m_name == key; });
-        Problem_Add(table.m_place,
+        Missing_Add(table.m_place,
                     key + " is missing from " + table.m_table.m_name + "; for example: " + found->m_example);
     }
     return nullptr;
@@ -466,18 +481,30 @@ void CJobReader::DPOption_Read()
 
 void CJobReader::PrintParam_Read()
 {
-    constexpr int widestAlignment = 64;
     const SOpenTable table = Table_Open(Table_PrintParam(), "PrintParam");
     Enum_Read(table, "DotSizeMode", false, EnumNames_DotSizeMode(), m_job.m_dotSizeMode);
     Integer_Read(table, "BitsPerPixel", true, 1, 2, m_job.m_bitsPerPixel);
-    Integer_Read(table, "AlignByteCountPerLine", false, 1, widestAlignment, m_job.m_alignByteCountPerLine);
-    if (!std::has_single_bit(static_cast<unsigned int>(m_job.m_alignByteCountPerLine)))
-    {
-        Problem_Add(m_job.m_places.at("PrintParam.AlignByteCountPerLine"),
-                    "AlignByteCountPerLine is " + std::to_string(m_job.m_alignByteCountPerLine) +
-                        "; it takes 1, 2, 4, 8, 16, 32 or 64");
-    }
+    Alignment_Read(table);
     Flag_Read(table, "Bidirectional", m_job.m_bBidirectional);
+}
+
+void CJobReader::Alignment_Read(const SOpenTable& table)
+{
+    // The widest is that of a band's first byte.
+    constexpr int widestAlignment = CBandData::dataAlignment;
+    const std::string key = "AlignByteCountPerLine";
+    const toml::node* pNode = Value_Find(table, key, false);
+    if (pNode == nullptr)
+    {
+        return;
+    }
+    const std::int64_t value = pNode->as_integer() == nullptr ? 0 : pNode->as_integer()->get();
+    if (value < 1 || value > widestAlignment || !std::has_single_bit(static_cast<std::uint64_t>(value)))
+    {
+        Value_WrongType(*pNode, key, "1, 2, 4, 8, 16, 32 or 64");
+        return;
+    }
+    m_job.m_alignByteCountPerLine = static_cast<int>(value);
 }
 
 void CJobReader::CartInfo_Read()
@@ -494,7 +521,7 @@ void CJobReader::Units_Read(const SOpenTable& table)
     {
         if (table.m_pNode != nullptr || !m_job.m_places.contains("CartInfo"))
         {
-            Problem_Add(table.m_place, "[[CartInfo.Unit]] is missing; a job needs one for each print unit");
+            Missing_Add(table.m_place, "[[CartInfo.Unit]] is missing; a job needs one for each print unit");
         }
         return;
     }

@@ -12,7 +12,11 @@ set(classes
     CPrintUnitDataMap_6
     CPrintUnitDataMap_7
     CPrintUnitDataMap_8
+    CUnit2Board
     CUnitData2BoardData_Base
+    CUnitData2BoardData_S_AllUnit
+    CUnitData2BoardData_AllUnit_2
+    "CKelBaseThread<CUnit2Board>"
     "CKelBaseThread<CUnitData2BoardData_Base>")
 
 execute_process(COMMAND ${NM} -DC --defined-only ${LIBRARY} OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)

@@ -132,7 +132,7 @@ TEST(JobReader, WrongTypesSayWhatWasFound)
             {"InputBands = 8", "InputBands = 2024-02-29",
              "job.toml:6:14: InputBands is a date or time; it takes a whole number"},
             {"PrinterDataWidth = 32", "PrinterDataWidth = 32.0",
-             "job.toml:12:20: PrinterDataWidth is 32; it takes a whole number"},
+             "job.toml:12:20: PrinterDataWidth is 32.0; it takes a whole number"},
             {"Kind = \"base\"", "Kind = 1", "job.toml:4:8: Kind is 1; it takes a text in quotes"},
             {"Name = \"Cyan\"", "Name = 1", "job.toml:27:8: Name is 1; it takes a text in quotes"},
             {"[Stage]\nKind = \"base\"\nSkipBlank = true\nInputBands = 8", "Stage = 3",
@@ -154,32 +154,37 @@ TEST(JobReader, WrongTypesSayWhatWasFound)
 
 TEST(JobReader, ValuesOutsideTheirRangeAreRefused)
 {
-    Errors_Check(g_fullJob,
-                 {
-                     {"InputBands = 8", "InputBands = 1", "job.toml:6:14: InputBands is 1; it takes 2 to 64"},
-                     {"InputBands = 8", "InputBands = 65", "job.toml:6:14: InputBands is 65; it takes 2 to 64"},
-                     {"PrinterDataWidth = 32", "PrinterDataWidth = 0",
-                      "job.toml:12:20: PrinterDataWidth is 0; it takes 1 to 512"},
-                     {"PrinterDataWidth = 32", "PrinterDataWidth = 520",
-                      "job.toml:12:20: PrinterDataWidth is 520; it takes 1 to 512"},
-                     {"PrinterDataWidth = 32", "PrinterDataWidth = -9223372036854775808",
-                      "job.toml:12:20: PrinterDataWidth is -9223372036854775808; it takes 1 to 512"},
-                     {"BitsPerPixel = 1", "BitsPerPixel = 0", "job.toml:16:16: BitsPerPixel is 0; it takes 1 or 2"},
-                     {"BitsPerPixel = 1", "BitsPerPixel = 3", "job.toml:16:16: BitsPerPixel is 3; it takes 1 or 2"},
-                     {"BitsPerPixel = 1", "BitsPerPixel = 4294967297",
-                      "job.toml:16:16: BitsPerPixel is 4294967297; it takes 1 or 2"},
-                     {"AlignByteCountPerLine = 4", "AlignByteCountPerLine = 0",
-                      "job.toml:17:25: AlignByteCountPerLine is 0; it takes 1, 2, 4, 8, 16, 32 or 64"},
-                     {"AlignByteCountPerLine = 4", "AlignByteCountPerLine = 3",
-                      "job.toml:17:25: AlignByteCountPerLine is 3; it takes 1, 2, 4, 8, 16, 32 or 64"},
-                     {"AlignByteCountPerLine = 4", "AlignByteCountPerLine = 128",
-                      "job.toml:17:25: AlignByteCountPerLine is 128; it takes 1, 2, 4, 8, 16, 32 or 64"},
-                     {"Nozzles = 400", "Nozzles = 0", "job.toml:21:11: Nozzles is 0; it takes 1 to 2147483647"},
-                     {"Nozzles = 400", "Nozzles = 2147483648",
-                      "job.toml:21:11: Nozzles is 2147483648; it takes 1 to 2147483647"},
-                     {"UnitId = 5", "UnitId = -1", "job.toml:24:10: UnitId is -1; it takes 0 to 511"},
-                     {"UnitId = 5", "UnitId = 512", "job.toml:24:10: UnitId is 512; it takes 0 to 511"},
-                 });
+    Errors_Check(
+        g_fullJob,
+        {
+            {"InputBands = 8", "InputBands = 1", "job.toml:6:14: InputBands is 1; it takes 2 to 64"},
+            {"InputBands = 8", "InputBands = inf", "job.toml:6:14: InputBands is inf; it takes a whole number"},
+            {"InputBands = 8", "InputBands = 1e30", "job.toml:6:14: InputBands is 1e+30; it takes a whole number"},
+            {"AlignByteCountPerLine = 4", "AlignByteCountPerLine = 4.0",
+             "job.toml:17:25: AlignByteCountPerLine is 4.0; it takes 1, 2, 4, 8, 16, 32 or 64"},
+            {"InputBands = 8", "InputBands = 65", "job.toml:6:14: InputBands is 65; it takes 2 to 64"},
+            {"PrinterDataWidth = 32", "PrinterDataWidth = 0",
+             "job.toml:12:20: PrinterDataWidth is 0; it takes 1 to 512"},
+            {"PrinterDataWidth = 32", "PrinterDataWidth = 520",
+             "job.toml:12:20: PrinterDataWidth is 520; it takes 1 to 512"},
+            {"PrinterDataWidth = 32", "PrinterDataWidth = -9223372036854775808",
+             "job.toml:12:20: PrinterDataWidth is -9223372036854775808; it takes 1 to 512"},
+            {"BitsPerPixel = 1", "BitsPerPixel = 0", "job.toml:16:16: BitsPerPixel is 0; it takes 1 or 2"},
+            {"BitsPerPixel = 1", "BitsPerPixel = 3", "job.toml:16:16: BitsPerPixel is 3; it takes 1 or 2"},
+            {"BitsPerPixel = 1", "BitsPerPixel = 4294967297",
+             "job.toml:16:16: BitsPerPixel is 4294967297; it takes 1 or 2"},
+            {"AlignByteCountPerLine = 4", "AlignByteCountPerLine = 0",
+             "job.toml:17:25: AlignByteCountPerLine is 0; it takes 1, 2, 4, 8, 16, 32 or 64"},
+            {"AlignByteCountPerLine = 4", "AlignByteCountPerLine = 3",
+             "job.toml:17:25: AlignByteCountPerLine is 3; it takes 1, 2, 4, 8, 16, 32 or 64"},
+            {"AlignByteCountPerLine = 4", "AlignByteCountPerLine = 128",
+             "job.toml:17:25: AlignByteCountPerLine is 128; it takes 1, 2, 4, 8, 16, 32 or 64"},
+            {"Nozzles = 400", "Nozzles = 0", "job.toml:21:11: Nozzles is 0; it takes 1 to 2147483647"},
+            {"Nozzles = 400", "Nozzles = 2147483648",
+             "job.toml:21:11: Nozzles is 2147483648; it takes 1 to 2147483647"},
+            {"UnitId = 5", "UnitId = -1", "job.toml:24:10: UnitId is -1; it takes 0 to 511"},
+            {"UnitId = 5", "UnitId = 512", "job.toml:24:10: UnitId is 512; it takes 0 to 511"},
+        });
     Errors_Check(g_smallJob,
                  {
                      {"\"page.tif\"", "\"\"", "job.toml:12:14: Separation is \"\"; it takes the name of a TIFF file"},
@@ -206,14 +211,14 @@ TEST(JobReader, UnknownKeysAreRefusedWithTheNearestKnownOne)
             {"SkipBlank", "SkipBlanks", "job.toml:5:1: unknown key SkipBlanks in [Stage]; did you mean SkipBlank?"},
             {"InputBands", "Colour",
              "job.toml:6:1: unknown key Colour in [Stage]; known are Kind, SkipBlank and InputBands"},
-            {"Name = ", "UnitName = ", "job.toml:27:1: unknown key UnitName in [[CartInfo.Unit]]; did you mean Name?"},
+            {"Name = ", "Nmae = ", "job.toml:27:1: unknown key Nmae in [[CartInfo.Unit]]; did you mean Name?"},
             {"[Stage]", "[Stag]", "job.toml:3:2: unknown table [Stag]; did you mean [Stage]?"},
             {"[PrintParam]", "[Printer.Options]", "job.toml:14:2: unknown table [Printer]; did you mean [PrintParam]?"},
             {"[Stage]", "[X]",
              "job.toml:3:2: unknown table [X]; known here are Version, Stage, DPOption, PrintParam and CartInfo"},
             {"Version = 1", "Version = 1\nVersoin = 1", "job.toml:2:1: unknown key Versoin; did you mean Version?"},
             {"Version = 1", "Version = 1\n\"a\\nb\" = 1",
-             "job.toml:2:2: unknown key a\\x0ab; known here are Version, Stage, DPOption, PrintParam and CartInfo"},
+             "job.toml:2:1: unknown key a\\x0ab; known here are Version, Stage, DPOption, PrintParam and CartInfo"},
             {"SkipBlank = true", "SkipBlank = true\nNozzles = 400",
              "job.toml:6:1: unknown key Nozzles in [Stage]; it belongs in [CartInfo]"},
             {"Nozzles = 400", "Nozzles = 400\nDirection = 1",
@@ -293,6 +298,9 @@ TEST(JobReader, FirstProblemOfTheFileIsTheOneThatIsReported)
     const std::string both = Replaced(late, "InputBands = 8", "InputBands = 1");
     EXPECT_EQ(JobError_Of(late), "job.toml:24:10: UnitId is the text \"five\"; it takes a whole number");
     EXPECT_EQ(JobError_Of(both), "job.toml:6:14: InputBands is 1; it takes 2 to 64");
+    // A missing key counts from its table, but comes after everything that is there and wrong.
+    EXPECT_EQ(JobError_Of(Replaced(late, "Nozzles = 400", "")),
+              "job.toml:24:10: UnitId is the text \"five\"; it takes a whole number");
 }
 
 TEST(JobReader, AnotherVersionIsRefusedBeforeItsKeysAreLookedAt)
@@ -312,7 +320,7 @@ TEST(JobReader, TextThatIsNoTomlIsRefusedAtItsPlace)
               "job.toml:1:11: Error while parsing key-value pair: expected value, saw '\\n'");
     EXPECT_EQ(JobError_Of("Version = 1\nVersion = 1\n").substr(0, 11), "job.toml:2:");
     EXPECT_EQ(JobError_Of("Version = 1\nName = \"\xFF\"\n"),
-              "job.toml:2:9: a job file is UTF-8 text; here are bytes that are not");
+              "job.toml:2:8: a job file is UTF-8 text; here are bytes that are not");
     EXPECT_EQ(JobError_Of(std::string("II*\0\x08\0\0\0\xFF\xFE", 10)).substr(0, 11), "job.toml:1:");
     EXPECT_EQ(JobError_Of("Version = 1\nNozzles = 99999999999999999999\n").substr(0, 11), "job.toml:2:");
 }

@@ -1,0 +1,254 @@
+// The converter's state machine and its pool of generators.
+#include "Unit2Board/Unit2Board.h"
+
+#include "KelCommon/KelLog.h"
+#include "KelCommon/SBufferData.h"
+#include "Platform/BandData/BandData.h"
+#include "Unit2Board/Unit2Board_Line.h"
+
+#include <algorithm>
+#include <memory>
+#include <string>
+
+template class CKelBaseThread<CUnit2Board>;
+
+namespace
+{
+
+constexpr unsigned long waitMs = 100;
+constexpr unsigned withoutLimit = 4294967295U;
+
+} // namespace
+
+CUnit2Board::~CUnit2Board()
+{
+    // Always of this very type: the buffer's destructor is not virtual by design, which a plain delete warns about.
+    std::default_delete<CKelThreadBuffer_T<int>>()(m_pLineBuffer);
+    m_pLineBuffer = nullptr;
+    delete[] m_pSrcBands;
+    m_pSrcBands = nullptr;
+    Release_LineGenerator();
+}
+
+bool CUnit2Board::Create(int lineGeneratorCount, CBandData** srcBands, int srcBandCount, CBandData& dstBand,
+                         const CPrintUnitDataMap_Base& dataMap)
+{
+    m_lineGeneratorCount = lineGeneratorCount;
+    m_srcBandCount = srcBandCount;
+    m_pSrcBands = new CBandData*[static_cast<std::size_t>(srcBandCount)];
+    std::copy_n(srcBands, srcBandCount, m_pSrcBands);
+    m_pDstBand = &dstBand;
+    m_pDataMap = &dataMap;
+    if (!Create_LineGenerator())
+    {
+        KEL_LOG_AT(ESeverityLevel::Error, 50, "failure");
+        Stop_LineGenerator(); // no generator may outlive a converter that its owner now destroys
+        return false;
+    }
+    if (!Start("CUnit2Board"))
+    {
+        KEL_LOG_AT(ESeverityLevel::Error, 52, "failure");
+        Stop_LineGenerator();
+        return false;
+    }
+    return true;
+}
+
+bool CUnit2Board::Create_LineGenerator()
+{
+    m_pLineBuffer = new CKelThreadBuffer_T<int>("Unit2Board_Buffer");
+    SBufferData<int*> elements;
+    if (!elements.AllocateBuffer(elementCount, true))
+    {
+        KEL_LOG_AT(ESeverityLevel::Error, 162, "failure");
+        return false;
+    }
+    std::generate_n(elements.m_pBuffer, elementCount, [] { return new int; });
+    if (!m_pLineBuffer->Create(elements.m_pBuffer, elementCount))
+    {
+        KEL_LOG_AT(ESeverityLevel::Error, 167, "failure");
+        return false;
+    }
+    // Null where no generator came into being.
+    m_pLineGenerators = new CUnit2Board_Line* [static_cast<std::size_t>(m_lineGeneratorCount)] {};
+    for (int i = 0; i < m_lineGeneratorCount; ++i)
+    {
+        auto generator = std::make_unique<CUnit2Board_Line>();
+        if (!generator->Create(*m_pLineBuffer, *m_pDataMap, m_pSrcBands, m_srcBandCount, *m_pDstBand))
+        {
+            KEL_LOG_AT(ESeverityLevel::Error, 174, "failure");
+            return false;
+        }
+        m_pLineGenerators[i] = generator.release();
+    }
+    return true;
+}
+
+bool CUnit2Board::Release_LineGenerator()
+{
+    if (m_pLineGenerators == nullptr)
+    {
+        return true;
+    }
+    for (int i = 0; i < m_lineGeneratorCount; ++i)
+    {
+        delete m_pLineGenerators[i];
+        m_pLineGenerators[i] = nullptr;
+    }
+    m_lineGeneratorCount = 0;
+    delete[] m_pLineGenerators;
+    m_pLineGenerators = nullptr;
+    return true;
+}
+
+// Requests all to stop before it waits for any, so that they end side by side.
+bool CUnit2Board::Stop_LineGenerator()
+{
+    if (m_pLineGenerators == nullptr)
+    {
+        return true;
+    }
+    for (int i = 0; i < m_lineGeneratorCount; ++i)
+    {
+        if (m_pLineGenerators[i] != nullptr)
+        {
+            m_pLineGenerators[i]->Stop();
+        }
+    }
+    for (int i = 0; i < m_lineGeneratorCount; ++i)
+    {
+        if (m_pLineGenerators[i] != nullptr)
+        {
+            m_pLineGenerators[i]->WaitExit(withoutLimit);
+        }
+    }
+    return true;
+}
+
+void CUnit2Board::Stop()
+{
+    Stop_LineGenerator();
+    TamBaseThread::Stop();
+}
+
+bool CUnit2Board::WaitExit(unsigned int timeoutMs)
+{
+    if (!TamBaseThread::WaitExit(timeoutMs))
+    {
+        KEL_LOG_AT(ESeverityLevel::Error, 227, "failure");
+        return false;
+    }
+    return true;
+}
+
+bool CUnit2Board::Prepare()
+{
+    if (!TamBaseThread::Prepare())
+    {
+        KEL_LOG_AT(ESeverityLevel::Error, 83, "failure");
+        return false;
+    }
+    m_processState = State_Initialize;
+    return true;
+}
+
+bool CUnit2Board::OneLoop()
+{
+    const std::int32_t state = m_processState;
+    if (ProcessState_Run())
+    {
+        return true;
+    }
+    KEL_LOG_AT(ESeverityLevel::Error, 75, "m_processState = " + std::to_string(state));
+    Stop();
+    return false;
+}
+
+bool CUnit2Board::ProcessState_Run()
+{
+    switch (m_processState)
+    {
+    case State_Initialize:
+        return Initialize();
+    case State_AddSourceLine:
+        return AddSourceLine();
+    case State_Process:
+        return Process();
+    default:
+        return false;
+    }
+}
+
+bool CUnit2Board::Initialize()
+{
+    m_processState = State_AddSourceLine;
+    m_addedLineCount = 0;
+    m_finishedLineCount = 0;
+    return true;
+}
+
+// Hands out lines for as long as there are free elements.
+bool CUnit2Board::AddSourceLine()
+{
+    while (m_addedLineCount < m_pDstBand->m_height && m_pLineBuffer->EmptyFIFO()->HasDataEvent().Wait(0, 0))
+    {
+        int* element = nullptr;
+        if (!m_pLineBuffer->Empty_Out(element, waitMs))
+        {
+            KEL_LOG_AT(ESeverityLevel::Error, 114, "failure");
+            return false;
+        }
+        *element = m_addedLineCount;
+        if (!m_pLineBuffer->Wait_In(element, waitMs))
+        {
+            delete element; // in no FIFO any more
+            KEL_LOG_AT(ESeverityLevel::Error, 118, "failure");
+            return false;
+        }
+        ++m_addedLineCount;
+    }
+    m_processState = State_Process;
+    return true;
+}
+
+bool CUnit2Board::Process()
+{
+    if (!Lines_Collect())
+    {
+        return false;
+    }
+    if (m_finishedLineCount >= m_pDstBand->m_height)
+    {
+        Stop();
+        return true;
+    }
+    // More lines can be handed out, or nothing came back for as long as one waits: both go back to handing out.
+    if (m_pLineBuffer->EmptyFIFO()->HasDataEvent().Wait(0, 0) ||
+        !m_pLineBuffer->FullFIFO()->HasDataEvent().Wait(waitMs, 0))
+    {
+        m_processState = State_AddSourceLine;
+    }
+    return true;
+}
+
+// Recycles the elements of all lines that have come back. Which lines they were does not matter, only how many.
+bool CUnit2Board::Lines_Collect()
+{
+    while (m_pLineBuffer->FullFIFO()->HasDataEvent().Wait(0, 0))
+    {
+        int* element = nullptr;
+        if (!m_pLineBuffer->Full_Out(element, waitMs))
+        {
+            KEL_LOG_AT(ESeverityLevel::Error, 131, "failure");
+            return false;
+        }
+        if (!m_pLineBuffer->Empty_In(element, waitMs))
+        {
+            delete element; // in no FIFO any more
+            KEL_LOG_AT(ESeverityLevel::Error, 135, "failure");
+            return false;
+        }
+        ++m_finishedLineCount;
+    }
+    return true;
+}

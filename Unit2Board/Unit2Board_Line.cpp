@@ -1,0 +1,160 @@
+// The line generator's state machine and the mapping of one line.
+#include "Unit2Board/Unit2Board_Line.h"
+
+#include "DataMap/PrintUnitDataMap_Base.h"
+#include "DataMap/SrcBandDataParam.h"
+#include "KelCommon/KelLog.h"
+#include "Platform/BandData/BandData.h"
+
+#include <string>
+
+namespace
+{
+
+constexpr unsigned long waitMs = 100;
+
+} // namespace
+
+CUnit2Board_Line::~CUnit2Board_Line()
+{
+    delete m_pLineIndex;
+    m_pLineIndex = nullptr;
+}
+
+bool CUnit2Board_Line::Create(CKelThreadBuffer_T<int>& buffer, const CPrintUnitDataMap_Base& dataMap,
+                              CBandData** srcBands, int srcBandCount, CBandData& dstBand)
+{
+    m_pLineBuffer = &buffer;
+    m_pDataMap = &dataMap;
+    m_pSrcBands = srcBands;
+    m_srcBandCount = srcBandCount;
+    m_pDstBand = &dstBand;
+    if (!Start("CUnit2Board_Line"))
+    {
+        KEL_LOG_AT(ESeverityLevel::Error, 42, "failure");
+        return false;
+    }
+    return true;
+}
+
+bool CUnit2Board_Line::Prepare()
+{
+    if (!TamBaseThread::Prepare())
+    {
+        KEL_LOG_AT(ESeverityLevel::Error, 76, "failure");
+        return false;
+    }
+    m_processState = State_CreateParam;
+    return true;
+}
+
+void CUnit2Board_Line::Finally()
+{
+    m_pDataMap->CustomParam_Release(m_pCustomParam);
+    m_pCustomParam = nullptr;
+    TamBaseThread::Finally();
+}
+
+bool CUnit2Board_Line::OneLoop()
+{
+    const std::int32_t state = m_processState;
+    if (ProcessState_Run())
+    {
+        return true;
+    }
+    KEL_LOG_AT(ESeverityLevel::Error, 68, "m_processState = " + std::to_string(state));
+    Stop();
+    return false;
+}
+
+bool CUnit2Board_Line::ProcessState_Run()
+{
+    switch (m_processState)
+    {
+    case State_CreateParam:
+        return CustomParam_Make();
+    case State_TakeLine:
+        return Line_Take();
+    case State_Process:
+        return Process();
+    case State_AddDstData:
+        return AddDstData();
+    default:
+        return false;
+    }
+}
+
+bool CUnit2Board_Line::CustomParam_Make()
+{
+    m_pCustomParam = m_pDataMap->CustomParam_Create();
+    m_processState = State_TakeLine;
+    return true;
+}
+
+// True also when no line came: the same state runs again.
+bool CUnit2Board_Line::Line_Take()
+{
+    if (m_pLineBuffer->Wait_Out(m_pLineIndex, waitMs))
+    {
+        m_processState = State_Process;
+    }
+    return true;
+}
+
+bool CUnit2Board_Line::Process()
+{
+    if (!MapBandData_Line_AllInput(*m_pLineIndex))
+    {
+        KEL_LOG_AT(ESeverityLevel::Error, 114, "failure");
+        return false;
+    }
+    m_processState = State_AddDstData;
+    return true;
+}
+
+bool CUnit2Board_Line::AddDstData()
+{
+    if (!m_pLineBuffer->Full_In(m_pLineIndex, waitMs))
+    {
+        KEL_LOG_AT(ESeverityLevel::Error, 124, "failure");
+        return false;
+    }
+    m_pLineIndex = nullptr; // the buffer's
+    m_processState = State_TakeLine;
+    return true;
+}
+
+bool CUnit2Board_Line::MapBandData_Line_AllInput(int lineIndex)
+{
+    for (int i = 0; i < m_srcBandCount; ++i)
+    {
+        if (!MapBandData_Line_OneInput(lineIndex, *m_pSrcBands[i]))
+        {
+            KEL_LOG_AT(ESeverityLevel::Error, 135, "failure");
+            return false;
+        }
+    }
+    return true;
+}
+
+bool CUnit2Board_Line::MapBandData_Line_OneInput(int lineIndex, const CBandData& srcBand)
+{
+    if (lineIndex >= srcBand.m_height)
+    {
+        KEL_LOG_AT(ESeverityLevel::Error, 144, "failure");
+        return true; // a shorter band adds nothing; the line is finished all the same
+    }
+    SSrcBandDataParam param;
+    param.m_unitIndex = srcBand.m_unitIndex;
+    param.m_unitDirection = srcBand.m_unitDirection;
+    param.m_lineBitCount = srcBand.m_width * srcBand.m_bitsPerPixel;
+    param.m_customParam = m_pCustomParam;
+    const unsigned char* src = srcBand.m_pData + lineIndex * srcBand.m_bytesPerLine;
+    unsigned char* dst = m_pDstBand->m_pData + lineIndex * m_pDstBand->m_bytesPerLine;
+    if (!m_pDataMap->MapData_Line(param, src, dst, m_pDstBand->m_bytesPerLine))
+    {
+        KEL_LOG_AT(ESeverityLevel::Error, 158, "failure");
+        return false;
+    }
+    return true;
+}

@@ -1,0 +1,75 @@
+// The one-FIFO stage: setup, taking a band set, and deleting it.
+#include "UnitData2BoardData/UnitData2BoardData_AllUnit_2.h"
+
+#include "DataMap/PrintUnitMap_Factory.h"
+#include "KelCommon/KelLog.h"
+#include "Platform/BandData/BandData.h"
+#include "Platform/DataProcess/BandDataFIFO_S.h"
+#include "Platform/PrintParam/PrintParamGlobal.h"
+
+bool CUnitData2BoardData_AllUnit_2::Create(CBandSetFIFO& inputFIFO)
+{
+    m_pInputBufferFIFO = &inputFIFO;
+    m_pOutputFIFO = new CBandDataFIFO_S(1);
+    m_outputBandNo = 0;
+    m_pDataMap = CPrintUnitMap_Factory::Init_DataMap(DPD_PrintParam()->JobInfo_Get().m_bitsPerPixel,
+                                                     DPD_PrintParam()->DotSizeMode_Get());
+    if (!Start("CUnitData2BoardData_AllUnit_2"))
+    {
+        KEL_LOG(ESeverityLevel::Error, "failure");
+        return false;
+    }
+    return true;
+}
+
+bool CUnitData2BoardData_AllUnit_2::GetInputData()
+{
+    SBufferData<CBandData*>* bandSet = nullptr;
+    if (!m_pOutputFIFO->WaitForIn(waitMs) || !BandSet_Take(bandSet))
+    {
+        return true;
+    }
+    if (bandSet == nullptr) // the end of the input
+    {
+        m_pOutputFIFO->SetCompletedFlag();
+        Stop();
+        return true;
+    }
+    if (bandSet->m_count <= 0)
+    {
+        KEL_LOG(ESeverityLevel::Error, "failure");
+        return false; // the element is abandoned, not freed: part of this operation's behaviour
+    }
+    for (int i = 0; i < bandSet->m_count; ++i)
+    {
+        m_pInputElements->push_back({bandSet->m_pBuffer[i], nullptr});
+    }
+    delete bandSet; // with its array; the bands are the stage's
+    SetState_AllocateOutputBuffer();
+    return true;
+}
+
+// Tries, waits once, tries again. False: nothing came; true with null: the end marker came.
+bool CUnitData2BoardData_AllUnit_2::BandSet_Take(SBufferData<CBandData*>*& bandSet)
+{
+    if (m_pInputBufferFIFO->Out(bandSet))
+    {
+        return true;
+    }
+    m_pInputBufferFIFO->HasDataEvent().Wait(waitMs, 0);
+    return m_pInputBufferFIFO->Out(bandSet);
+}
+
+bool CUnitData2BoardData_AllUnit_2::Release_InputElement_Internal()
+{
+    if (m_pInputElements == nullptr)
+    {
+        return true;
+    }
+    for (const SInputElement& element : *m_pInputElements)
+    {
+        delete element.band;
+    }
+    m_pInputElements->clear();
+    return true;
+}
