@@ -30,9 +30,9 @@ logging::string_literal Literal_Make(const char* text)
 }
 
 template<std::size_t... lengths>
-constexpr auto Makers_Get(std::index_sequence<lengths...>)
+constexpr auto Makers_Get(std::index_sequence<lengths...> /*lengths*/)
 {
-    return std::array{&Literal_Make<lengths>...};
+    return std::array<logging::string_literal (*)(const char*), sizeof...(lengths)>{&Literal_Make<lengths>...};
 }
 
 logging::string_literal Literal(std::string_view text)

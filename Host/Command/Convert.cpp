@@ -118,12 +118,8 @@ void Summary_Print(std::ostream& stream, const SConvertOptions& options, const S
            << std::flush;
 }
 
-} // namespace
-
-bool Convert_Run(const SConvertOptions& wanted)
+bool Job_Convert(const SConvertOptions& options)
 {
-    const CInterrupt interrupt;
-    const SConvertOptions options = Options_Complete(wanted);
     const SJob job = Job_Load(options.m_job);
     CConversion conversion(job);
     const SJobGeometry geometry = Job_Geometry(job, conversion.PageWidth(), conversion.PageHeight());
@@ -140,4 +136,12 @@ bool Convert_Run(const SConvertOptions& wanted)
     }
     Summary_Print(IsStandardOutput(options.m_output) ? std::cerr : std::cout, options, result, conversion.Stall_Get());
     return true;
+}
+
+} // namespace
+
+bool Convert_Run(const SConvertOptions& options)
+{
+    const CInterrupt interrupt;
+    return Job_Convert(Options_Complete(options));
 }

@@ -560,7 +560,7 @@ void CJobReader::Unit_Read(const toml::table& node)
     unit.m_place_Separation = table.m_place;
     Integer_Read(table, "UnitId", true, 0, highestUnitId, unit.m_unitId);
     Enum_Read(table, "Direction", false, EnumNames_Direction(), unit.m_direction);
-    unit.m_separation = Text_Read(table, "Separation", true).value_or("");
+    const std::optional<std::string> separation = Text_Read(table, "Separation", true);
     unit.m_name = Text_Read(table, "Name", false).value_or("");
     if (const toml::node* pUnitId = node.get("UnitId"))
     {
@@ -570,11 +570,12 @@ void CJobReader::Unit_Read(const toml::table& node)
     {
         unit.m_place_Separation = Place_Of(pSeparation->source());
     }
-    if (unit.m_separation.empty() || unit.m_separation.find('\0') != std::string::npos)
+    if (separation && (separation->empty() || separation->find('\0') != std::string::npos))
     {
         Problem_Add(unit.m_place_Separation,
-                    "Separation is \"" + Text_Printable(unit.m_separation) + "\"; it takes the name of a TIFF file");
+                    "Separation is \"" + Text_Printable(*separation) + "\"; it takes the name of a TIFF file");
     }
+    unit.m_separation = separation.value_or("");
     unit.m_separationPath = m_folder / Path_FromText(unit.m_separation);
     m_job.m_units.push_back(std::move(unit));
 }

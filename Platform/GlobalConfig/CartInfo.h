@@ -5,7 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <shared_mutex>
+#include <mutex>
 #include <vector>
 
 // One print unit on the carriage; all words 32-bit, in this order.
@@ -45,7 +45,7 @@ public:
     SCartHeadBaseInfo CartHeadBaseInfo_Get() const;
 
 private:
-    mutable std::shared_mutex m_lock;
+    mutable std::mutex m_lock;
     SCartInfo m_info;
 };
 

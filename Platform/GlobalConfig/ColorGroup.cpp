@@ -1,7 +1,5 @@
-// Looks up and replaces the colour groups under one reader-writer lock.
+// Looks up and replaces the colour groups under one lock.
 #include "Platform/GlobalConfig/ColorGroup.h"
-
-#include <mutex>
 
 const std::string& CColorGroupInfo::Key_Pattern_Layout()
 {
@@ -17,13 +15,13 @@ SColorGroupUnitInfo CColorGroupInfo::UnitInfo_Get(int unitId) const
 
 void CSerialize_ColorGroupInfo::Set(const std::map<std::string, CColorGroupInfo>& groups)
 {
-    const std::unique_lock guard(m_lock);
+    const std::lock_guard guard(m_lock);
     m_groups = groups;
 }
 
 const CColorGroupInfo* CSerialize_ColorGroupInfo::ColorGroupInfo_By_Key(const std::string& key) const
 {
-    const std::shared_lock guard(m_lock);
+    const std::lock_guard guard(m_lock);
     const auto found = m_groups.find(key);
     return found == m_groups.end() ? nullptr : &found->second;
 }

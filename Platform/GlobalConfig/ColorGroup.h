@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
-#include <shared_mutex>
+#include <mutex>
 #include <string>
 
 // One unit's place in its group; all words 32-bit, in this order.
@@ -41,7 +41,7 @@ public:
     const CColorGroupInfo* ColorGroupInfo_By_Key(const std::string& key) const;
 
 private:
-    mutable std::shared_mutex m_lock;
+    mutable std::mutex m_lock;
     std::map<std::string, CColorGroupInfo> m_groups;
 };
 

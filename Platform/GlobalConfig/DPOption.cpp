@@ -1,35 +1,33 @@
-// Reads and replaces the data-path options under one reader-writer lock.
+// Reads and replaces the data-path options under one lock.
 #include "Platform/GlobalConfig/DPOption.h"
-
-#include <mutex>
 
 void CSerialize_DPOption::Set(const SDPOption& option)
 {
-    const std::unique_lock guard(m_lock);
+    const std::lock_guard guard(m_lock);
     m_option = option;
 }
 
 EDataMapStyle CSerialize_DPOption::DataMapStyle_Get() const
 {
-    const std::shared_lock guard(m_lock);
+    const std::lock_guard guard(m_lock);
     return m_option.m_dataMapStyle;
 }
 
 EDataPushStyle CSerialize_DPOption::DataPushStyle_Get() const
 {
-    const std::shared_lock guard(m_lock);
+    const std::lock_guard guard(m_lock);
     return m_option.m_dataPushStyle;
 }
 
 EPrinterSupportBits CSerialize_DPOption::PrinterSupportBits_Get() const
 {
-    const std::shared_lock guard(m_lock);
+    const std::lock_guard guard(m_lock);
     return m_option.m_printerSupportBits;
 }
 
 int CSerialize_DPOption::PrinterDataWidth_Get() const
 {
-    const std::shared_lock guard(m_lock);
+    const std::lock_guard guard(m_lock);
     return m_option.m_printerDataWidth;
 }
 

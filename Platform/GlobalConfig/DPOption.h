@@ -6,7 +6,7 @@
 #include "Platform/PlatformExport.h"
 
 #include <cstdint>
-#include <shared_mutex>
+#include <mutex>
 
 // The family of board layouts. The numbers are those of the configuration, not of the map classes.
 enum class EDataMapStyle : std::int32_t
@@ -54,7 +54,7 @@ public:
     int PrinterDataWidth_Get() const;
 
 private:
-    mutable std::shared_mutex m_lock;
+    mutable std::mutex m_lock;
     SDPOption m_option;
 };
 

@@ -1,41 +1,39 @@
-// Reads and replaces the print parameters under one reader-writer lock.
+// Reads and replaces the print parameters under one lock.
 #include "Platform/PrintParam/PrintParamGlobal.h"
-
-#include <mutex>
 
 void CPrintParamGlobal::Set(const SPrintParam& param)
 {
-    const std::unique_lock guard(m_lock);
+    const std::lock_guard guard(m_lock);
     m_param = param;
 }
 
 SRipJobInfo CPrintParamGlobal::JobInfo_Get() const
 {
-    const std::shared_lock guard(m_lock);
+    const std::lock_guard guard(m_lock);
     return m_param.m_jobInfo;
 }
 
 SRipJobInfo CPrintParamGlobal::JobInfo_CurPrint_Get() const
 {
-    const std::shared_lock guard(m_lock);
+    const std::lock_guard guard(m_lock);
     return m_param.m_jobInfo_CurPrint;
 }
 
 int CPrintParamGlobal::CurPrint_JobWidth_Get() const
 {
-    const std::shared_lock guard(m_lock);
+    const std::lock_guard guard(m_lock);
     return m_param.m_curPrint_JobWidth;
 }
 
 EDotSizeMode CPrintParamGlobal::DotSizeMode_Get() const
 {
-    const std::shared_lock guard(m_lock);
+    const std::lock_guard guard(m_lock);
     return m_param.m_dotSizeMode;
 }
 
 int CPrintParamGlobal::AlignByteCountPerLine() const
 {
-    const std::shared_lock guard(m_lock);
+    const std::lock_guard guard(m_lock);
     return m_param.m_alignByteCountPerLine;
 }
 
@@ -46,13 +44,13 @@ const SMaskData& CPrintParamGlobal::MaskData_Ref() const
 
 SInkStripeParam_Pixel CPrintParamGlobal::InkStripeParam_Get() const
 {
-    const std::shared_lock guard(m_lock);
+    const std::lock_guard guard(m_lock);
     return m_param.m_inkStripeParam;
 }
 
 const CBandData* CPrintParamGlobal::InkStripeColorData_Get(int unitId) const
 {
-    const std::shared_lock guard(m_lock);
+    const std::lock_guard guard(m_lock);
     const auto found = m_param.m_inkStripeColorData.find(unitId);
     return found == m_param.m_inkStripeColorData.end() ? nullptr : found->second.get();
 }

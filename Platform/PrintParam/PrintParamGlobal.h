@@ -7,7 +7,7 @@
 #include "Platform/PlatformExport.h"
 #include "Platform/PrintParam/PrintParamRecords.h"
 
-#include <shared_mutex>
+#include <mutex>
 
 class PLATFORM_API CPrintParamGlobal
 {
@@ -26,7 +26,7 @@ public:
     const CUnitInfo_Horizon& UnitInfo_Horizon() const;
 
 private:
-    mutable std::shared_mutex m_lock;
+    mutable std::mutex m_lock;
     SPrintParam m_param;
 };
 

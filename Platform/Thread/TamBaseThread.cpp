@@ -82,7 +82,10 @@ TamBaseThread::TamBaseThread(const TamBaseThread& other) : m_threadName(other.m_
 
 TamBaseThread& TamBaseThread::operator=(const TamBaseThread& other)
 {
-    m_threadName = other.m_threadName;
+    if (this != &other)
+    {
+        m_threadName = other.m_threadName;
+    }
     return *this;
 }
 

@@ -63,9 +63,9 @@ TEST(BitOperator, BitCopyIsExactForEveryPairOfPositionsInAByte)
         {
             for (int bitCount = 0; bitCount <= 32; ++bitCount)
             {
-                for (const unsigned char before : {0x00, 0xFF})
+                for (const bool bBefore : {false, true})
                 {
-                    Bytes dst(5, before);
+                    Bytes dst(5, bBefore ? 0xFF : 0x00);
                     const Bytes expected = BitCopy_Model(src, srcBitPos, dst, dstBitPos, bitCount);
                     ASSERT_TRUE(CBitOperator::BitCopy(src.data(), srcBitPos, dst.data(), dstBitPos, bitCount, 5));
                     ASSERT_EQ(dst, expected) << srcBitPos << ' ' << dstBitPos << ' ' << bitCount;

@@ -384,11 +384,12 @@ TEST_F(BrokenSeparation, EveryPrefixOfAFileIsRefusedOrReadExactly)
     }
 }
 
-// Whatever the damage: an error of the one kind, or pixels.
+// Whatever the damage: an error of the one kind, or pixels. With --gtest_shuffle --gtest_repeat=N the damage is another
+// one each time.
 TEST_F(BrokenSeparation, RandomDamageNeverCrashes)
 {
     const SInk ink = Ink_Random(101, 64, 1, 1);
-    std::mt19937 random(20240);
+    std::mt19937 random(20240U + static_cast<unsigned>(testing::UnitTest::GetInstance()->random_seed()));
     for (const auto& layout : Layouts_Selected())
     {
         SCOPED_TRACE(layout.name);

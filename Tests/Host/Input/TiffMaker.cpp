@@ -221,6 +221,10 @@ void Tiff_Write(const std::filesystem::path& path, const SInk& ink, const STiffL
     TIFFSetField(tiff.get(), TIFFTAG_COMPRESSION, layout.compression);
     TIFFSetField(tiff.get(), TIFFTAG_PHOTOMETRIC, layout.photometric);
     TIFFSetField(tiff.get(), TIFFTAG_FILLORDER, layout.fillOrder);
+    if (layout.compression == COMPRESSION_LZMA)
+    {
+        TIFFSetField(tiff.get(), TIFFTAG_LZMAPRESET, 0); // the others clear many megabytes for every strip
+    }
     if (layout.compression == COMPRESSION_CCITTFAX3)
     {
         TIFFSetField(tiff.get(), TIFFTAG_GROUP3OPTIONS, layout.group3Options);

@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 #include <tiffio.h>
 
+#include <cstddef>
 #include <cstring>
 #include <limits>
 #include <memory>
@@ -49,7 +50,7 @@ std::vector<unsigned char> Rows_Of(const CBandData& band)
     std::vector<unsigned char> rows;
     for (int line = 0; line < band.m_height; ++line)
     {
-        const unsigned char* pLine = band.m_pData + std::size_t{1} * line * band.m_bytesPerLine;
+        const unsigned char* pLine = band.m_pData + std::ptrdiff_t{line} * band.m_bytesPerLine;
         rows.insert(rows.end(), pLine, pLine + (band.m_width + 7) / 8);
     }
     return rows;
