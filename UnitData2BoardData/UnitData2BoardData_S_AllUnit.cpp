@@ -15,7 +15,6 @@
 #include "UnitData2BoardData/VectorAccess.h"
 
 #include <algorithm>
-#include <cstring>
 #include <iterator>
 #include <memory>
 #include <new>
@@ -32,7 +31,7 @@ constexpr unsigned withoutLimit = 4294967295U;
 // Copies the finished lines of a colour band to the start of line `line` of a stripe band.
 void Stripe_Copy(CBandData& band, int line, const CBandData& color)
 {
-    std::memcpy(band.m_pData + line * band.m_bytesPerLine, color.m_pData, static_cast<std::size_t>(color.m_dataSize));
+    std::copy_n(color.m_pData, color.m_dataSize, band.m_pData + line * band.m_bytesPerLine);
 }
 
 } // namespace
@@ -139,22 +138,30 @@ bool CUnitData2BoardData_S_AllUnit::InkStripeBands_Append()
 
 bool CUnitData2BoardData_S_AllUnit::AllocateOutputBuffer_ByUnit()
 {
-    return AllocateOutputBuffer_ByFrame();
+    if (!AllocateOutputBuffer_ByFrame())
+    {
+        KEL_LOG(ESeverityLevel::Error, "failure");
+        return false;
+    }
+    return true;
 }
 
 bool CUnitData2BoardData_S_AllUnit::AllocateOutputBuffer_ByPixel()
 {
-    return AllocateOutputBuffer_ByFrame();
+    if (!AllocateOutputBuffer_ByFrame())
+    {
+        KEL_LOG(ESeverityLevel::Error, "failure");
+        return false;
+    }
+    return true;
 }
 
-// A board band of one frame per pixel, whatever the map says.
 bool CUnitData2BoardData_S_AllUnit::AllocateOutputBuffer_ByFrame()
 {
     std::unique_ptr<CBandData> band(new (std::nothrow) CBandData());
     const CBandData& first = *Vector_At(*m_pInputElements, 0).band;
     if (band == nullptr || !band->Create(m_pDataMap->DataFrameWidth() * first.m_width, first.m_height, 1, 1))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
         return false;
     }
     m_pOutputBand = band.release();
@@ -273,22 +280,42 @@ bool CUnitData2BoardData_S_AllUnit::InkStripeBand_Make(CBandData*& band, int uni
 
 bool CUnitData2BoardData_S_AllUnit::AddInkStripe_Left_ByUnit(CBandData& band)
 {
-    return AddInkStripe_Left(band, m_pInkStripeParam->jobInfo_3);
+    if (!AddInkStripe_Left(band, m_pInkStripeParam->jobInfo_3))
+    {
+        KEL_LOG(ESeverityLevel::Error, "failure");
+        return false;
+    }
+    return true;
 }
 
 bool CUnitData2BoardData_S_AllUnit::AddInkStripe_Right_ByUnit(CBandData& band)
 {
-    return AddInkStripe_Right(band, m_pInkStripeParam->jobInfo_3);
+    if (!AddInkStripe_Right(band, m_pInkStripeParam->jobInfo_3))
+    {
+        KEL_LOG(ESeverityLevel::Error, "failure");
+        return false;
+    }
+    return true;
 }
 
 bool CUnitData2BoardData_S_AllUnit::AddInkStripe_Left_ByPixel(CBandData& band)
 {
-    return AddInkStripe_Left(band, 1);
+    if (!AddInkStripe_Left(band, 1))
+    {
+        KEL_LOG(ESeverityLevel::Error, "failure");
+        return false;
+    }
+    return true;
 }
 
 bool CUnitData2BoardData_S_AllUnit::AddInkStripe_Right_ByPixel(CBandData& band)
 {
-    return AddInkStripe_Right(band, 1);
+    if (!AddInkStripe_Right(band, 1))
+    {
+        KEL_LOG(ESeverityLevel::Error, "failure");
+        return false;
+    }
+    return true;
 }
 
 // In the left-to-right pass the colour band is used without a look whether there is one: a unit that gets a stripe must
@@ -310,7 +337,6 @@ bool CUnitData2BoardData_S_AllUnit::AddInkStripe_Left(CBandData& band, int lines
     }
     if (color == nullptr)
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
         return false;
     }
     const int fromEnd =
@@ -330,7 +356,6 @@ bool CUnitData2BoardData_S_AllUnit::AddInkStripe_Right(CBandData& band, int line
     const CBandData* color = DPD_PrintParam()->InkStripeColorData_Get(band.m_unitIndex);
     if (color == nullptr)
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
         return false;
     }
     const int positionsBehind = pixel.m_unitPositionCount - pixel.m_unitPosition;

@@ -51,6 +51,7 @@ protected:
 private:
     bool Init_Param();
     bool InkStripeBands_Append();
+    // Make a board band of one frame per pixel, whatever the map says. Nobody calls them.
     bool AllocateOutputBuffer_ByUnit();
     bool AllocateOutputBuffer_ByPixel();
     bool AllocateOutputBuffer_ByFrame();
@@ -69,7 +70,8 @@ private:
     bool AddInkStripe_Left_ByPixel(CBandData& band);
     bool AddInkStripe_Right_ByPixel(CBandData& band);
 
-    // What the two push styles share: they differ in the lines of a scan position and the bits of a line's pixels.
+    // What the two push styles share: they differ in the lines of a scan position and the bits of a line's pixels. The
+    // operations above write the log records.
     bool InkStripeBand_Make(CBandData*& band, int unitId, int linesPerPosition, int bitsPerPixel);
     bool AddInkStripe_Left(CBandData& band, int linesPerPosition);
     bool AddInkStripe_Right(CBandData& band, int linesPerPosition);
@@ -78,4 +80,6 @@ private:
     // true; `dstByteCount` is not looked at.
     bool MapBandData_Buffer(int unitIndex, const unsigned char* src, int srcBitOffset, int bitCount, unsigned char* dst,
                             int dstByteCount);
+
+    friend struct SStageTestAccess;
 };

@@ -168,33 +168,41 @@ void CSeparationReader::Data_Check(const STiffPage& page)
     {
         m_file->Fail_WithMessage("the strips' sizes are missing or wrong");
     }
-    TIFF* tiff = m_file->Handle();
-    const std::uint32_t count = page.bTiled ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff);
+    const std::uint32_t count =
+        page.bTiled ? TIFFNumberOfTiles(m_file->Handle()) : TIFFNumberOfStrips(m_file->Handle());
     for (std::uint32_t i = 0; i < count; ++i)
     {
-        const std::string name = (page.bTiled ? "tile " : "strip ") + std::to_string(i);
-        const std::uint64_t offset = TIFFGetStrileOffset(tiff, i);
-        const std::uint64_t size = TIFFGetStrileByteCount(tiff, i);
-        if (offset == 0 || size == 0)
+        Block_Check(page, i);
+    }
+}
+
+void CSeparationReader::Block_Check(const STiffPage& page, std::uint32_t index)
+{
+    const std::uint64_t offset = TIFFGetStrileOffset(m_file->Handle(), index);
+    const std::uint64_t size = TIFFGetStrileByteCount(m_file->Handle(), index);
+    const std::string name = (page.bTiled ? "tile " : "strip ") + std::to_string(index);
+    if (offset == 0 || size == 0)
+    {
+        m_file->Fail(name + " has no data");
+    }
+    if (offset > m_file->Size() || size > m_file->Size() - offset)
+    {
+        m_file->Fail(name + " lies beyond the end of the file (" + std::to_string(size) + " bytes from " +
+                     std::to_string(offset) + " on, the file has " + std::to_string(m_file->Size()) +
+                     "): the file is truncated or damaged");
+    }
+    if (page.compression == COMPRESSION_NONE)
+    {
+        const std::uint64_t needed = page.PlainBytes(index);
+        if (size < needed)
         {
-            m_file->Fail(name + " has no data");
+            m_file->Fail(name + " has " + std::to_string(size) + " bytes; its rows need " + std::to_string(needed));
         }
-        if (offset > m_file->Size() || size > m_file->Size() - offset)
-        {
-            m_file->Fail(name + " lies beyond the end of the file (" + std::to_string(size) + " bytes from " +
-                         std::to_string(offset) + " on, the file has " + std::to_string(m_file->Size()) +
-                         "): the file is truncated or damaged");
-        }
-        if (page.compression == COMPRESSION_NONE)
-        {
-            const std::uint64_t firstRow = std::uint64_t{i} * page.rowsPerStrip;
-            const std::uint64_t rows = std::min<std::uint64_t>(page.rowsPerStrip, page.height - firstRow);
-            const std::uint64_t needed = page.bTiled ? page.tileRowBytes * page.tileHeight : rows * page.rowBytes;
-            if (size < needed)
-            {
-                m_file->Fail(name + " has " + std::to_string(size) + " bytes; its rows need " + std::to_string(needed));
-            }
-        }
+    }
+    else if (size > static_cast<std::uint64_t>(m_limit.maxBlockBytes))
+    {
+        m_file->Fail(name + " has " + std::to_string(size) + " bytes of compressed data; at most " +
+                     std::to_string(m_limit.maxBlockBytes) + " can be decoded (write the file with smaller strips)");
     }
 }
 

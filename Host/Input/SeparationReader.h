@@ -1,9 +1,9 @@
 // Reads one separation: the 1-bit or 2-bit TIFF page that says where one print unit puts ink.
 //
 // The unit's producer owns a reader and takes the page from it as a stream of rows, from the top down, on its own
-// thread. Memory holds one row, or one row of tiles, or what the codec needs to get at a row; never the page.
-// Everything that can be known from the file's header is checked before the first row: who has a reader has a page
-// whose data lies inside the file. The reader never prints anything and never looks at a job.
+// thread. Memory holds a row, or a row of tiles, and of compressed pages one strip as it is in the file; never the
+// page. Everything that can be known from the file's header is checked before the first row: who has a reader has a
+// page whose data lies inside the file. The reader never prints anything and never looks at a job.
 #pragma once
 
 #include "Host/Input/SeparationInfo.h"
@@ -54,6 +54,7 @@ private:
     void Size_Check(STiffPage& page);
     void Layout_Check(STiffPage& page);
     void Data_Check(const STiffPage& page);
+    void Block_Check(const STiffPage& page, std::uint32_t index);
     void SinglePage_Check();
 
     SSeparationInfo m_info;

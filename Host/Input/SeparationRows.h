@@ -6,6 +6,7 @@
 
 #include "Host/Input/TiffFile.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 
@@ -23,7 +24,15 @@ struct STiffPage
     std::uint32_t tileHeight = 0;   // 0 for strips
     std::uint64_t rowBytes = 0;     // packed, without padding beyond the last byte
     std::uint64_t tileRowBytes = 0; // the same of one tile
+
     std::uint32_t TilesAcross() const { return (width - 1) / tileWidth + 1; }
+    // The bytes of the decoded strip or tile `index`.
+    std::uint64_t PlainBytes(std::uint32_t index) const
+    {
+        const std::uint64_t rowsBefore = std::uint64_t{index} * rowsPerStrip;
+        return bTiled ? tileRowBytes * tileHeight
+                      : std::min<std::uint64_t>(rowsPerStrip, height - rowsBefore) * rowBytes;
+    }
 };
 
 class CSeparationRows

@@ -26,7 +26,8 @@ CWord Word_Load(const unsigned char* bytes, std::size_t count)
     std::array<unsigned char, wordBytes> part = {};
     if (count < wordBytes)
     {
-        bytes = static_cast<const unsigned char*>(std::memcpy(part.data(), bytes, count));
+        std::memcpy(part.data(), bytes, count);
+        bytes = part.data();
     }
     CWord word = 0;
     for (int i = 0; i < wordBytes; ++i)
@@ -43,14 +44,12 @@ void Word_Store(CWord word, unsigned char* bytes, std::size_t count)
     {
         whole[i] = static_cast<unsigned char>(word >> (wordBits - 8 - 8 * i));
     }
-    if (count < wordBytes)
+    if (count >= wordBytes)
     {
-        std::memcpy(bytes, whole.data(), count);
+        std::memcpy(bytes, whole.data(), wordBytes); // a constant count: one store
+        return;
     }
-    else
-    {
-        std::memcpy(bytes, whole.data(), wordBytes);
-    }
+    std::memcpy(bytes, whole.data(), count);
 }
 
 // The odd-numbered bits (counted from the lowest), moved together into the low half.

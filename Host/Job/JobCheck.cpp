@@ -198,7 +198,7 @@ void Separation_Check(const SJob& job, const SJobUnit& unit, const SSeparationIn
 void Band_Check(const SJob& job, const std::string& key, const std::string& what, std::int64_t bytesPerLine,
                 std::int64_t lineCount, const std::string& advice)
 {
-    if (lineCount > bandLimit || bytesPerLine * lineCount > bandLimit)
+    if (bytesPerLine * lineCount > bandLimit)
     {
         Value_Refuse(job, key,
                      what + " of this page has " + Number(lineCount) + " lines of " + Number(bytesPerLine) +

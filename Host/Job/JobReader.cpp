@@ -1,5 +1,5 @@
 // Reads the job file's tables through toml++, which only this file includes. All problems of the tables are collected,
-// so that the one that is reported is the first of the file.
+// so that the one that is reported is the first of the file, and what is wrong comes before what is missing.
 #include "Host/Job/JobReader.h"
 
 #include "Host/HostError.h"

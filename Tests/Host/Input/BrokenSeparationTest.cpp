@@ -194,6 +194,16 @@ TEST_F(BrokenSeparation, SizesOfZeroOrAbsurdSizes)
     EXPECT_THAT(Refusal_Of(noWidth), HasSubstr("the TIFF header cannot be read"));
 }
 
+// The tables of so many strips would take 32 GB: the header's promise alone must not allocate them.
+TEST_F(BrokenSeparation, MoreStripsThanMemoryCouldList)
+{
+    CHandMadeTiff made = Good();
+    made.Short_Set(TIFFTAG_COMPRESSION, COMPRESSION_PACKBITS);
+    made.Long_Set(TIFFTAG_IMAGELENGTH, {2000000000});
+    made.Long_Set(TIFFTAG_ROWSPERSTRIP, {1});
+    EXPECT_THAT(Refusal_Of(made), HasSubstr("the TIFF header cannot be read"));
+}
+
 TEST_F(BrokenSeparation, ACompressionThatNobodyKnows)
 {
     EXPECT_EQ(Refusal_Of(GoodWith(TIFFTAG_COMPRESSION, 4711)), "compression 4711 is none that can be read here");
@@ -317,6 +327,18 @@ TEST_F(BrokenSeparation, ATileRowBeyondTheLimit)
     limit.maxBlockBytes = 640 * 64 / 8 - 1;
     EXPECT_EQ(Refusal_Get(m_path, limit),
               "a row of tiles (64 rows of 80 bytes) is too large to be decoded; at most 5119 bytes");
+}
+
+TEST_F(BrokenSeparation, ACompressedStripBeyondTheLimit)
+{
+    Tiff_Write(m_path, Ink_Random(640, 640, 1, 4),
+               {.name = "strip", .compression = COMPRESSION_ADOBE_DEFLATE, .rowsPerStrip = 640});
+    const std::size_t size = PixelData_Find(m_path, 0).second;
+    SSeparationLimit limit;
+    limit.maxBlockBytes = static_cast<std::int64_t>(size) - 1;
+    EXPECT_EQ(Refusal_Get(m_path, limit), "strip 0 has " + std::to_string(size) +
+                                              " bytes of compressed data; at most " + std::to_string(size - 1) +
+                                              " can be decoded (write the file with smaller strips)");
 }
 
 TEST_F(BrokenSeparation, DamagedPixelDataNamesItsRowAndPlace)

@@ -403,6 +403,28 @@ TEST(SeparationProducer, StoppedAndStartedAgainItLosesNoRow)
     }
 }
 
+TEST(SeparationProducer, StoppedAmidstASwathItGoesOnWithTheNextRow)
+{
+    const SInk ink = Ink_Random(300, 2000, 1, 1);
+    const SSwathPlan plan{.nozzles = 1000};
+    CProduction production(ink, plan, 2);
+    int runs = 0;
+    const auto end = std::chrono::steady_clock::now() + 60s;
+    while (!production.FIFO().Full_WaitForOut(0) && std::chrono::steady_clock::now() < end)
+    {
+        production.Start();
+        std::this_thread::sleep_for(std::chrono::microseconds(runs % 100));
+        Stop_Measure(production.Producer());
+        ++runs;
+    }
+    EXPECT_GT(runs, 1);
+    production.Start();
+    const auto bands = production.Bands_Take();
+    ASSERT_EQ(bands.size(), 2U);
+    Band_Expect(bands[0], ink, plan);
+    Band_Expect(bands[1], ink, plan);
+}
+
 TEST(SeparationProducer, DestroyedWhileItRunsItStopsFirst)
 {
     for (int i = 0; i < 20; ++i)
