@@ -18,12 +18,19 @@ namespace
 constexpr unsigned long waitMs = 100;
 constexpr unsigned withoutLimit = 4294967295U;
 
+// What m_pLineBuffer points to: the buffer's own class has a virtual operation but a plain destructor, so that only a
+// class without heirs can be deleted through a pointer.
+class CLineBuffer final : public CKelThreadBuffer_T<int>
+{
+public:
+    using CKelThreadBuffer_T::CKelThreadBuffer_T;
+};
+
 } // namespace
 
 CUnit2Board::~CUnit2Board()
 {
-    // Always of this very type: the buffer's destructor is not virtual by design, which a plain delete warns about.
-    std::default_delete<CKelThreadBuffer_T<int>>()(m_pLineBuffer);
+    delete static_cast<CLineBuffer*>(m_pLineBuffer);
     m_pLineBuffer = nullptr;
     delete[] m_pSrcBands;
     m_pSrcBands = nullptr;
@@ -42,13 +49,13 @@ bool CUnit2Board::Create(int lineGeneratorCount, CBandData** srcBands, int srcBa
     if (!Create_LineGenerator())
     {
         KEL_LOG_AT(ESeverityLevel::Error, 50, "failure");
-        Stop_LineGenerator(); // no generator may outlive a converter that its owner now destroys
+        Stop(); // no generator may outlive a converter that its owner now destroys
         return false;
     }
     if (!Start("CUnit2Board"))
     {
         KEL_LOG_AT(ESeverityLevel::Error, 52, "failure");
-        Stop_LineGenerator();
+        Stop();
         return false;
     }
     return true;
@@ -56,7 +63,7 @@ bool CUnit2Board::Create(int lineGeneratorCount, CBandData** srcBands, int srcBa
 
 bool CUnit2Board::Create_LineGenerator()
 {
-    m_pLineBuffer = new CKelThreadBuffer_T<int>("Unit2Board_Buffer");
+    m_pLineBuffer = new CLineBuffer("Unit2Board_Buffer");
     SBufferData<int*> elements;
     if (!elements.AllocateBuffer(elementCount, true))
     {
@@ -101,34 +108,30 @@ bool CUnit2Board::Release_LineGenerator()
     return true;
 }
 
-// Requests all to stop before it waits for any, so that they end side by side.
 bool CUnit2Board::Stop_LineGenerator()
 {
-    if (m_pLineGenerators == nullptr)
-    {
-        return true;
-    }
-    for (int i = 0; i < m_lineGeneratorCount; ++i)
-    {
-        if (m_pLineGenerators[i] != nullptr)
-        {
-            m_pLineGenerators[i]->Stop();
-        }
-    }
-    for (int i = 0; i < m_lineGeneratorCount; ++i)
-    {
-        if (m_pLineGenerators[i] != nullptr)
-        {
-            m_pLineGenerators[i]->WaitExit(withoutLimit);
-        }
-    }
+    LineGenerator_ForEach([](CUnit2Board_Line& generator) { generator.Stop(); });
     return true;
 }
 
+// All are told to stop before any is waited for, so that they end side by side.
 void CUnit2Board::Stop()
 {
     Stop_LineGenerator();
+    LineGenerator_ForEach([](CUnit2Board_Line& generator) { generator.WaitExit(withoutLimit); });
     TamBaseThread::Stop();
+}
+
+template<class Action>
+void CUnit2Board::LineGenerator_ForEach(Action action)
+{
+    for (int i = 0; m_pLineGenerators != nullptr && i < m_lineGeneratorCount; ++i)
+    {
+        if (m_pLineGenerators[i] != nullptr)
+        {
+            action(*m_pLineGenerators[i]);
+        }
+    }
 }
 
 bool CUnit2Board::WaitExit(unsigned int timeoutMs)
@@ -154,12 +157,11 @@ bool CUnit2Board::Prepare()
 
 bool CUnit2Board::OneLoop()
 {
-    const std::int32_t state = m_processState;
     if (ProcessState_Run())
     {
         return true;
     }
-    KEL_LOG_AT(ESeverityLevel::Error, 75, "m_processState = " + std::to_string(state));
+    KEL_LOG_AT(ESeverityLevel::Error, 75, "m_processState = " + std::to_string(m_processState));
     Stop();
     return false;
 }
@@ -211,28 +213,8 @@ bool CUnit2Board::AddSourceLine()
     return true;
 }
 
-bool CUnit2Board::Process()
-{
-    if (!Lines_Collect())
-    {
-        return false;
-    }
-    if (m_finishedLineCount >= m_pDstBand->m_height)
-    {
-        Stop();
-        return true;
-    }
-    // More lines can be handed out, or nothing came back for as long as one waits: both go back to handing out.
-    if (m_pLineBuffer->EmptyFIFO()->HasDataEvent().Wait(0, 0) ||
-        !m_pLineBuffer->FullFIFO()->HasDataEvent().Wait(waitMs, 0))
-    {
-        m_processState = State_AddSourceLine;
-    }
-    return true;
-}
-
 // Recycles the elements of all lines that have come back. Which lines they were does not matter, only how many.
-bool CUnit2Board::Lines_Collect()
+bool CUnit2Board::Process()
 {
     while (m_pLineBuffer->FullFIFO()->HasDataEvent().Wait(0, 0))
     {
@@ -249,6 +231,17 @@ bool CUnit2Board::Lines_Collect()
             return false;
         }
         ++m_finishedLineCount;
+    }
+    if (m_finishedLineCount >= m_pDstBand->m_height)
+    {
+        Stop();
+        return true;
+    }
+    // More lines can be handed out, or nothing came back for as long as one waits: both go back to handing out.
+    if (m_pLineBuffer->EmptyFIFO()->HasDataEvent().Wait(0, 0) ||
+        !m_pLineBuffer->FullFIFO()->HasDataEvent().Wait(waitMs, 0))
+    {
+        m_processState = State_AddSourceLine;
     }
     return true;
 }

@@ -65,7 +65,8 @@ private:
     bool Create_LineGenerator();
     bool Release_LineGenerator();
     bool Stop_LineGenerator();
-    bool Lines_Collect();
+    template<class Action>
+    void LineGenerator_ForEach(Action action);
 
     std::int32_t m_processState = 0;
     CUnit2Board_Line** m_pLineGenerators = nullptr; // owned array of owned generators
@@ -77,4 +78,6 @@ private:
     std::int32_t m_srcBandCount = 0;
     CBandData* m_pDstBand = nullptr;
     CKelThreadBuffer_T<int>* m_pLineBuffer = nullptr; // owned
+
+    friend struct SConverterTestAccess;
 };

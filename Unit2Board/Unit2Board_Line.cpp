@@ -57,12 +57,11 @@ void CUnit2Board_Line::Finally()
 
 bool CUnit2Board_Line::OneLoop()
 {
-    const std::int32_t state = m_processState;
     if (ProcessState_Run())
     {
         return true;
     }
-    KEL_LOG_AT(ESeverityLevel::Error, 68, "m_processState = " + std::to_string(state));
+    KEL_LOG_AT(ESeverityLevel::Error, 68, "m_processState = " + std::to_string(m_processState));
     Stop();
     return false;
 }

@@ -62,4 +62,6 @@ private:
     CBandData* m_pDstBand = nullptr;
     CKelThreadBuffer_T<int>* m_pLineBuffer = nullptr; // the converter's
     int* m_pLineIndex = nullptr;                      // the element held; owned while it is
+
+    friend struct SConverterTestAccess;
 };

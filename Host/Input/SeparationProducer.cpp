@@ -73,6 +73,7 @@ std::unique_ptr<CBandDataFIFO> UnitBandPool_Create(const std::string& name, cons
                                                    int alignBytes)
 {
     std::vector<std::unique_ptr<CBandData>> bands;
+    bands.reserve(static_cast<std::size_t>(std::max(count, 0)));
     for (int i = 0; i < count; ++i)
     {
         bands.push_back(Band_Create(size, alignBytes));
@@ -84,7 +85,7 @@ std::unique_ptr<CBandDataFIFO> UnitBandPool_Create(const std::string& name, cons
     {
         throw CRunError("the band FIFO " + name + " does not take its " + std::to_string(count) + " bands");
     }
-    std::ranges::for_each(bands, [](auto& band) { band.release(); }); // the FIFO's now
+    std::ranges::for_each(bands, [](auto& band) { static_cast<void>(band.release()); }); // the FIFO's now
     return fifo;
 }
 
@@ -145,7 +146,7 @@ bool CSeparationProducer::Swath_Produce()
         {
             throw CRunError("unit " + std::to_string(m_plan.unitIndex) + ": the band FIFO is full beyond its pool");
         }
-        band.release(); // the FIFO's now
+        static_cast<void>(band.release()); // the FIFO's now
         Swath_Next();
     }
     if (m_swathIndex == m_swathCount)

@@ -4,12 +4,13 @@
 #include "Host/HostError.h"
 
 #include <algorithm>
-#include <cstdarg>
+#include <array>
 #include <cstdio>
 #include <filesystem>
 #include <limits>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace
 {
@@ -18,8 +19,8 @@ namespace
 std::string Message_Format(const char* format, va_list arguments)
 {
     std::array<char, 512> text = {};
-    std::vsnprintf(text.data(), text.size(), format, arguments);
-    std::string message = text.data();
+    const int length = std::vsnprintf(text.data(), text.size(), format, arguments);
+    std::string message = length < 0 ? format : text.data();
     std::replace_if(
         message.begin(), message.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
     while (!message.empty() && (message.back() == '.' || message.back() == ' ' || message.back() == '?'))
@@ -44,7 +45,7 @@ struct SOptionsFree
 
 } // namespace
 
-CTiffFile::CTiffFile(const std::string& path, std::int64_t maxBlockBytes) : m_path(path)
+CTiffFile::CTiffFile(std::string path, std::int64_t maxBlockBytes) : m_path(std::move(path))
 {
     File_Open();
     Tiff_Open(maxBlockBytes);

@@ -8,7 +8,7 @@
 
 #include <tiffio.h>
 
-#include <array>
+#include <cstdarg>
 #include <cstddef>
 #include <cstdint>
 #include <fstream>
@@ -20,7 +20,7 @@ class CTiffFile
 public:
     // Opens the file at `path` (UTF-8) at its first page. No single piece of memory that libtiff asks for may be larger
     // than `maxBlockBytes`. Throws CInputError if there is no such file, it cannot be read, or it is no TIFF file.
-    CTiffFile(const std::string& path, std::int64_t maxBlockBytes);
+    CTiffFile(std::string path, std::int64_t maxBlockBytes);
     CTiffFile(const CTiffFile&) = delete;
     CTiffFile& operator=(const CTiffFile&) = delete;
     ~CTiffFile() = default;

@@ -7,13 +7,16 @@
 
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
 // The conversion stage that runs the job.
 enum class EStageKind
 {
-    Base,
+    InkStripe, // all units at once, with ink stripes for the units that print nothing
+    Base,      // one line after the other, table maps only
+    OneFIFO,   // the ink-stripe stage, fed with whole sets of bands
 };
 
 // A place in the job file, both counted from 1.
@@ -23,16 +26,55 @@ struct SJobPlace
     int m_column = 1;
 };
 
+// A solid ink stripe, by the drop that all its pixels print with.
+enum class EStripeFill
+{
+    None,
+    Small,
+    Middle,
+    Big,
+    Full, // the most that the job's depth has
+};
+
+// What the ink stripes of one unit hold: the same in both zones and both passes.
+struct SJobStripeColor
+{
+    std::string m_text;                 // as the job file gives it, UTF-8; empty: the unit has none
+    std::optional<EStripeFill> m_fill;  // a solid stripe
+    std::filesystem::path m_path;       // else a TIFF of nozzles x scan positions, found from the job file's folder
+    SJobPlace m_place;
+
+    bool IsGiven() const { return !m_text.empty(); }
+};
+
 // One print unit of the carriage and the separation that it prints.
 struct SJobUnit
 {
+    // False: the unit has no bands; it prints ink stripes only, or nothing if the job has none.
+    bool HasSeparation() const { return !m_separation.empty(); }
+
     int m_unitId = 0;
     int m_direction = 1;                    // 1 = descending, 2 = ascending block order
-    std::string m_separation;               // as the job file names it, UTF-8
+    std::string m_separation;               // as the job file names it, UTF-8; may be empty
     std::filesystem::path m_separationPath; // the same, found from the job file's folder
     std::string m_name;                     // a label, UTF-8; may be empty
+    int m_unitPosition = 0;                 // in the colour group, from 0
+    int m_horizon_1 = 0;                    // horizontal offset in the right-to-left pass, scan positions
+    int m_horizon_2 = 0;                    // horizontal offset in the left-to-right pass, scan positions
+    SJobStripeColor m_stripeColor;
     SJobPlace m_place_UnitId;
     SJobPlace m_place_Separation;
+    SJobPlace m_place_UnitPosition;
+};
+
+// The ink stripes of all units; all widths and lengths in scan positions.
+struct SJobInkStripe
+{
+    int m_leftStripeWidth = 0;   // of the zone left of the page; 0: no left stripes
+    int m_rightStripeWidth = 0;  // of the zone right of the page; 0: no right stripes
+    int m_unitPitch = 0;         // from the stripe of one unit position to the next
+    int m_unitPositionCount = 0; // above every unit's position
+    int m_stripeLength = 0;      // of a solid stripe, and the most that a TIFF's may have
 };
 
 struct SJob
@@ -40,18 +82,23 @@ struct SJob
     std::string m_file; // the job file as the command line gave it, UTF-8
     int m_version = 1;
 
-    EStageKind m_stageKind = EStageKind::Base;
+    EStageKind m_stageKind = EStageKind::InkStripe;
     bool m_bSkipBlank = false; // a swath without ink on any unit makes no board band
     int m_inputBands = 3;      // bands in each unit's pool
 
     SDPOption m_dpOption;
+    int m_lineGeneratorCount = 2; // threads that map the lines of a board band; not on the base stage
 
     EDotSizeMode m_dotSizeMode = EDotSizeMode::None;
     int m_bitsPerPixel = 1;          // of every separation: 1 or 2
     int m_alignByteCountPerLine = 1; // of unit bands
     bool m_bBidirectional = false;
+    int m_maskCount_1 = 1; // masks in the scan direction
+    int m_maskCount_2 = 1; // masks in the feed direction
 
-    int m_nozzles = 0; // pixels across a unit band
+    SJobInkStripe m_inkStripe;
+
+    int m_nozzles = 0; // of a head: rows of a swath
     std::vector<SJobUnit> m_units;
 
     SJobMap m_map; // follows from the options; never EMapClass::None

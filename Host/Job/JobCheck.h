@@ -11,6 +11,7 @@
 // Chooses the job's map (m_map) and checks the job against it. Throws CInputError for the first problem.
 void Job_Check(SJob& job);
 
-// Checks what the separations say of themselves, one entry per unit in the job's order: their depth, one page size for
-// all, and bands that fit CBandData's 32 bits. Throws CInputError.
+// Checks what the separations say of themselves, one entry per unit that has one, in the job's order: their depth, one
+// page size for all, bands that fit CBandData's 32 bits in every pass, and ink stripes that lie inside their bands.
+// Opens the stripe colours that are TIFF files. Throws CInputError.
 void Job_CheckSeparations(const SJob& job, const std::vector<SSeparationInfo>& separations);

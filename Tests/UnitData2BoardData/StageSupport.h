@@ -11,9 +11,11 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <deque>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 // The calls of all scripted FIFOs of a test, in order: "0.Full_Out", "out.WaitForIn".
@@ -126,50 +128,50 @@ private:
     Journal* m_pJournal;
 };
 
-// The stage with its inside open to the test. Not started by Setup: the test calls OneLoop itself.
-class CStageUnderTest : public CUnitData2BoardData_Base
+// A stage with its inside open to the test.
+template<class TStage>
+class CStageUnderTestOf : public TStage
 {
 public:
-    using CUnitData2BoardData_Base::AlignBytesPerLine;
-    using CUnitData2BoardData_Base::AllocateOutputBuffer;
-    using CUnitData2BoardData_Base::Check_InputData;
-    using CUnitData2BoardData_Base::GenerateBandData;
-    using CUnitData2BoardData_Base::GetInputData;
-    using CUnitData2BoardData_Base::Initialize;
-    using CUnitData2BoardData_Base::IsStopRequested;
-    using CUnitData2BoardData_Base::m_bCheckInput;
-    using CUnitData2BoardData_Base::m_outputBandNo;
-    using CUnitData2BoardData_Base::m_pDataMap;
-    using CUnitData2BoardData_Base::m_pInputElements;
-    using CUnitData2BoardData_Base::m_pInputFIFOs;
-    using CUnitData2BoardData_Base::m_pOutputBand;
-    using CUnitData2BoardData_Base::m_pOutputFIFO;
-    using CUnitData2BoardData_Base::m_processState;
-    using CUnitData2BoardData_Base::MapBandData_Line_AllInput;
-    using CUnitData2BoardData_Base::MapBandData_Line_OneInput;
-    using CUnitData2BoardData_Base::OneLoop;
-    using CUnitData2BoardData_Base::OutputBufferCount_Get;
-    using CUnitData2BoardData_Base::Prepare;
-    using CUnitData2BoardData_Base::Process;
-    using CUnitData2BoardData_Base::Release_InputElement_Internal;
-    using CUnitData2BoardData_Base::ReleaseInputElement;
-    using CUnitData2BoardData_Base::SetState_AllocateOutputBuffer;
-    using CUnitData2BoardData_Base::SetState_Process;
+    using TStage::AlignBytesPerLine;
+    using TStage::AllocateOutputBuffer;
+    using TStage::Check_InputData;
+    using TStage::GenerateBandData;
+    using TStage::GetInputData;
+    using TStage::Initialize;
+    using TStage::IsStopRequested;
+    using TStage::m_bCheckInput;
+    using TStage::m_outputBandNo;
+    using TStage::m_pDataMap;
+    using TStage::m_pInputElements;
+    using TStage::m_pInputFIFOs;
+    using TStage::m_pOutputBand;
+    using TStage::m_pOutputFIFO;
+    using TStage::m_processState;
+    using TStage::MapBandData_Line_AllInput;
+    using TStage::MapBandData_Line_OneInput;
+    using TStage::OneLoop;
+    using TStage::OutputBufferCount_Get;
+    using TStage::Prepare;
+    using TStage::Process;
+    using TStage::Release_InputElement_Internal;
+    using TStage::ReleaseInputElement;
+    using TStage::SetState_AllocateOutputBuffer;
+    using TStage::SetState_Process;
 
     void Stop() override
     {
         ++m_stopCount;
-        CUnitData2BoardData_Base::Stop();
+        TStage::Stop();
     }
 
-    bool CustomCreateThread() override
-    {
-        return m_bRefuseThread ? false : CUnitData2BoardData_Base::CustomCreateThread();
-    }
+    bool CustomCreateThread() override { return m_bRefuseThread ? false : TStage::CustomCreateThread(); }
 
     int m_stopCount = 0;
     bool m_bRefuseThread = false;
 };
+
+using CStageUnderTest = CStageUnderTestOf<CUnitData2BoardData_Base>;
 
 // A new band of `height` lines of `width` pixels for one unit, all zero.
 inline std::unique_ptr<CBandData> Band_Make(int unitIndex, int width, int height, int bitsPerPixel = 1)
@@ -178,6 +180,50 @@ inline std::unique_ptr<CBandData> Band_Make(int unitIndex, int width, int height
     band->Create(width, height, bitsPerPixel, 1);
     band->m_unitIndex = unitIndex;
     return band;
+}
+
+// For stages on their own threads.
+
+inline constexpr unsigned withoutLimit = 4294967295U;
+
+// An input FIFO with a pool of bands of one unit.
+inline std::unique_ptr<CBandDataFIFO> Pool_Make(int unitIndex, int bandCount, int width = 32, int height = 4)
+{
+    auto fifo = std::make_unique<CBandDataFIFO>("unit " + std::to_string(unitIndex));
+    std::vector<CBandData*> bands;
+    for (int i = 0; i < bandCount; ++i)
+    {
+        bands.push_back(Band_Make(unitIndex, width, height).release());
+    }
+    EXPECT_TRUE(fifo->Create(bands.data(), bandCount));
+    return fifo;
+}
+
+// Moves one band from the pool to the stage's side.
+inline bool Band_Push(CBandDataFIFO& fifo, int bandNo = 0, unsigned long timeoutMs = 1000)
+{
+    CBandData* band = nullptr;
+    if (!fifo.Empty_Out(band, timeoutMs))
+    {
+        return false;
+    }
+    band->m_bandNo = bandNo;
+    return fifo.Full_In(band, timeoutMs);
+}
+
+// Waits until `done()`; a test that waits in vain fails by this limit instead of hanging.
+template<class Done>
+bool Eventually(Done done)
+{
+    for (int i = 0; i < 20000; ++i)
+    {
+        if (done())
+        {
+            return true;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return false;
 }
 
 // A stage with a real map, scripted FIFOs and no thread: the test runs its operations.

@@ -16,48 +16,6 @@ using testing::IsEmpty;
 namespace
 {
 
-constexpr unsigned withoutLimit = 4294967295U;
-
-// An input FIFO with a pool of bands of one unit.
-std::unique_ptr<CBandDataFIFO> Pool_Make(int unitIndex, int bandCount, int width = 32, int height = 4)
-{
-    auto fifo = std::make_unique<CBandDataFIFO>("unit " + std::to_string(unitIndex));
-    std::vector<CBandData*> bands;
-    for (int i = 0; i < bandCount; ++i)
-    {
-        bands.push_back(Band_Make(unitIndex, width, height).release());
-    }
-    EXPECT_TRUE(fifo->Create(bands.data(), bandCount));
-    return fifo;
-}
-
-// Moves one band from the pool to the stage's side.
-bool Band_Push(CBandDataFIFO& fifo, int bandNo = 0, unsigned long timeoutMs = 1000)
-{
-    CBandData* band = nullptr;
-    if (!fifo.Empty_Out(band, timeoutMs))
-    {
-        return false;
-    }
-    band->m_bandNo = bandNo;
-    return fifo.Full_In(band, timeoutMs);
-}
-
-// Waits until `done()`; a test that waits in vain fails by this limit instead of hanging.
-template<class Done>
-bool Eventually(Done done)
-{
-    for (int i = 0; i < 20000; ++i)
-    {
-        if (done())
-        {
-            return true;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return false;
-}
-
 // A stage whose state the test may look at while its thread runs: it publishes each state as the thread enters it.
 class CWatchedStage : public CStageUnderTest
 {

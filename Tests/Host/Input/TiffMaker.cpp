@@ -307,7 +307,7 @@ std::string DirectoryFirst_Get(const std::filesystem::path& path, const SInk& in
     for (const auto tag : {TIFFTAG_COMPRESSION, TIFFTAG_PHOTOMETRIC, TIFFTAG_FILLORDER})
     {
         std::uint16_t value = 0;
-        Require(TIFFGetField(tiff.get(), tag, &value) == 1, "tag");
+        Require(TIFFGetField(tiff.get(), static_cast<std::uint32_t>(tag), &value) == 1, "tag");
         made.Short_Set(static_cast<std::uint16_t>(tag), value);
     }
     std::uint32_t rowsPerStrip = 0;

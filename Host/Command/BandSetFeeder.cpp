@@ -1,0 +1,131 @@
+// Gathering, copying and passing on of band sets.
+#include "Host/Command/BandSetFeeder.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+namespace
+{
+
+constexpr unsigned long waitMs = 100;
+
+// Null if there is no memory for it.
+std::unique_ptr<CBandData> Band_Copy(const CBandData& band)
+{
+    auto copy = std::make_unique<CBandData>();
+    if (!copy->Create(band.m_width, band.m_height, band.m_bitsPerPixel, std::max(band.m_bytesPerLine, 1)))
+    {
+        return nullptr;
+    }
+    static_cast<SBandHeader&>(*copy) = band;
+    std::memcpy(copy->m_pData, band.m_pData, static_cast<std::size_t>(band.m_dataSize));
+    return copy;
+}
+
+} // namespace
+
+CBandSetFeeder::CBandSetFeeder(std::vector<CBandDataFIFO*> inputs, CBandSetFIFO& output, bool bDropBlank)
+    : m_inputs(std::move(inputs)), m_pOutput(&output), m_bDropBlank(bDropBlank)
+{
+}
+
+CBandSetFeeder::~CBandSetFeeder()
+{
+    Stop();
+    WaitExit(std::numeric_limits<unsigned int>::max());
+}
+
+void CBandSetFeeder::Sets_Free(CBandSetFIFO& fifo)
+{
+    SBufferData<CBandData*>* bandSet = nullptr;
+    while (fifo.Out(bandSet))
+    {
+        if (bandSet != nullptr)
+        {
+            std::for_each_n(bandSet->m_pBuffer, bandSet->m_count, [](const CBandData* band) { delete band; });
+            delete bandSet;
+        }
+    }
+}
+
+bool CBandSetFeeder::OneLoop()
+{
+    if (!m_pOutput->HasSpaceEvent().Wait(waitMs, 0))
+    {
+        return true;
+    }
+    if (m_step.empty() && !m_inputs.front()->Full_WaitForOut(waitMs))
+    {
+        if (AreInputsCompleted())
+        {
+            m_pOutput->In(nullptr); // the end marker
+            Stop();
+        }
+        return true;
+    }
+    if (!Step_Gather())
+    {
+        return true;
+    }
+    if (m_step.back() == nullptr)
+    {
+        return false; // no memory; the records of the failed allocation are in the log
+    }
+    if (m_bDropBlank && IsStepBlank())
+    {
+        m_step.clear();
+        return true;
+    }
+    return Set_Push();
+}
+
+// Copies the bands that the step still lacks. False if one did not come in time.
+bool CBandSetFeeder::Step_Gather()
+{
+    while (m_step.size() < m_inputs.size())
+    {
+        CBandDataFIFO& fifo = *m_inputs[m_step.size()];
+        CBandData* band = nullptr;
+        if (!fifo.Full_Out(band, waitMs))
+        {
+            return false;
+        }
+        m_step.push_back(Band_Copy(*band));
+        fifo.Empty_In(band, waitMs);
+        if (m_step.back() == nullptr)
+        {
+            return true;
+        }
+    }
+    return true;
+}
+
+bool CBandSetFeeder::Set_Push()
+{
+    auto bandSet = std::make_unique<SBufferData<CBandData*>>();
+    if (!bandSet->AllocateBuffer(static_cast<int>(m_step.size()), true))
+    {
+        return false;
+    }
+    std::ranges::transform(m_step, bandSet->m_pBuffer, [](const auto& band) { return band.get(); });
+    if (!m_pOutput->In(bandSet.get()))
+    {
+        return false;
+    }
+    bandSet.release(); // the FIFO's, with the bands
+    std::ranges::for_each(m_step, [](auto& band) { band.release(); });
+    m_step.clear();
+    return true;
+}
+
+bool CBandSetFeeder::IsStepBlank() const
+{
+    return std::ranges::all_of(m_step, [](const auto& band) { return band->m_bSkip; });
+}
+
+bool CBandSetFeeder::AreInputsCompleted() const
+{
+    return std::ranges::all_of(m_inputs, [](CBandDataFIFO* fifo) { return fifo->IsCompleted(); });
+}
