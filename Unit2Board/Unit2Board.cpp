@@ -149,6 +149,7 @@ bool CUnit2Board::Prepare()
     if (!TamBaseThread::Prepare())
     {
         KEL_LOG_AT(ESeverityLevel::Error, 83, "failure");
+        Stop(); // the owner sees this thread end and may destroy the converter, so the generators end first
         return false;
     }
     m_processState = State_Initialize;

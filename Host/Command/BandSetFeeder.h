@@ -17,8 +17,8 @@ class CBandSetFeeder : public CKelBaseThread<CBandSetFeeder>
 public:
     using CBandSetFIFO = CUnitData2BoardData_AllUnit_2::CBandSetFIFO;
 
-    // `inputs` (at least one) and `output` stay the caller's and must outlive the thread. With `bDropBlank`, a set whose
-    // bands are all marked to be skipped is not passed on.
+    // `inputs` (at least one) and `output` stay the caller's and must outlive the thread. With `bDropBlank`, a set
+    // whose bands are all marked to be skipped is not passed on.
     CBandSetFeeder(std::vector<CBandDataFIFO*> inputs, CBandSetFIFO& output, bool bDropBlank);
     CBandSetFeeder(const CBandSetFeeder&) = delete;
     CBandSetFeeder& operator=(const CBandSetFeeder&) = delete;

@@ -4,11 +4,16 @@
 #include "Host/HostError.h"
 #include "Host/Job/JobApply.h"
 #include "Host/Job/JobCheck.h"
+#include "Host/Job/JobGeometry.h"
 #include "Host/Output/PathText.h"
 #include "Platform/DataProcess/BandDataFIFO_S.h"
+#include "UnitData2BoardData/UnitData2BoardData_AllUnit_2.h"
+#include "UnitData2BoardData/UnitData2BoardData_S_AllUnit.h"
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
+#include <utility>
 
 namespace
 {
@@ -16,6 +21,7 @@ namespace
 constexpr unsigned waitMs = 100;
 constexpr unsigned withoutLimit = 4294967295U;
 constexpr std::size_t keptRecords = 6;
+constexpr int bandSetCount = 2; // sets that the feeder may be ahead of the one-FIFO stage
 
 void Stall_Add(SStallStatistic& sum, const SStallStatistic& part)
 {
@@ -60,68 +66,108 @@ std::string CFailureRecords::Text_Get() const
     return text;
 }
 
-CConversion::CConversion(const SJob& job) : m_job(job)
+CConversion::CConversion(const SJob& job) : m_job(job), m_bandSets(bandSetCount)
 {
+    std::vector<const SJobUnit*> units; // those that have a separation, and in the same order:
+    std::vector<std::unique_ptr<CSeparationReader>> readers;
     std::vector<SSeparationInfo> separations;
     for (const SJobUnit& unit : job.m_units)
     {
-        m_readers.push_back(std::make_unique<CSeparationReader>(Path_Text(unit.m_separationPath)));
-        separations.push_back(m_readers.back()->Info_Get());
+        if (unit.HasSeparation())
+        {
+            units.push_back(&unit);
+            readers.push_back(std::make_unique<CSeparationReader>(Path_Text(unit.m_separationPath)));
+            separations.push_back(readers.back()->Info_Get());
+        }
     }
     Job_CheckSeparations(job, separations);
     m_pageWidth = separations.front().width;
     m_pageHeight = separations.front().height;
     Job_Apply(job, m_pageWidth, m_pageHeight);
-    Producers_Make();
+    for (std::size_t i = 0; i < units.size(); ++i)
+    {
+        Producer_Make(*units[i], std::move(readers[i]));
+    }
 }
 
-void CConversion::Producers_Make()
+SSwathPlan CConversion::SwathPlan_Make(const SJobUnit& unit) const
 {
-    for (std::size_t i = 0; i < m_job.m_units.size(); ++i)
-    {
-        const SJobUnit& unit = m_job.m_units[i];
-        SSwathPlan plan;
-        plan.nozzles = m_job.m_nozzles;
-        plan.bBidirectional = m_job.m_bBidirectional;
-        plan.bByUnitPlanes = m_job.m_dpOption.m_dataPushStyle == EDataPushStyle::ByUnit;
-        plan.bMarkBlank = m_job.m_bSkipBlank;
-        plan.unitIndex = unit.m_unitId;
-        plan.unitDirection = unit.m_direction;
-        const SUnitBandSize size = UnitBandSize_Get(m_readers[i]->Info_Get(), plan);
-        m_fifos.push_back(
-            UnitBandPool_Create(Unit_Name(unit), size, m_job.m_inputBands, m_job.m_alignByteCountPerLine));
-        m_producers.push_back(
-            std::make_unique<CSeparationProducer>(std::move(m_readers[i]), plan, m_fifos.back().get()));
-    }
-    m_readers.clear();
+    SSwathPlan plan;
+    plan.nozzles = m_job.m_nozzles;
+    plan.bBidirectional = m_job.m_bBidirectional;
+    plan.bByUnitPlanes = Job_LinesPerScanPosition(m_job) > 1;
+    plan.bBitsAsPixels = Job_UnitWidth(m_job) > m_job.m_nozzles;
+    plan.leftToRight = {Job_PassPositions(m_job, m_pageWidth, true), Job_ImagePosition(m_job, unit, true)};
+    plan.rightToLeft = {Job_PassPositions(m_job, m_pageWidth, false), Job_ImagePosition(m_job, unit, false)};
+    plan.bMarkBlank = m_job.m_bSkipBlank;
+    plan.unitIndex = unit.m_unitId;
+    plan.unitDirection = unit.m_direction;
+    return plan;
+}
+
+void CConversion::Producer_Make(const SJobUnit& unit, std::unique_ptr<CSeparationReader> reader)
+{
+    const SSwathPlan plan = SwathPlan_Make(unit);
+    const SUnitBandSize size = UnitBandSize_Get(reader->Info_Get(), plan);
+    m_fifos.push_back(UnitBandPool_Create(Unit_Name(unit), size, m_job.m_inputBands, m_job.m_alignByteCountPerLine));
+    m_producers.push_back(std::make_unique<CSeparationProducer>(std::move(reader), plan, m_fifos.back().get()));
 }
 
 CConversion::~CConversion()
 {
-    m_stage.Stop();
+    // All are told before any is waited for; what they hold and what is queued goes with them.
+    if (m_stage != nullptr)
+    {
+        m_stage->Stop();
+    }
+    if (m_feeder != nullptr)
+    {
+        m_feeder->Stop();
+    }
     for (const auto& producer : m_producers)
     {
         producer->Stop();
     }
-    m_stage.WaitExit(withoutLimit);
-    for (const auto& producer : m_producers)
+    if (m_stage != nullptr)
     {
-        producer->WaitExit(withoutLimit);
+        m_stage->WaitExit(withoutLimit);
     }
+    m_feeder.reset();
+    m_producers.clear();
+    CBandSetFeeder::Sets_Free(m_bandSets);
+}
+
+// Makes the stage that the job asks for and starts it.
+bool CConversion::Stage_Create()
+{
+    std::vector<CBandDataFIFO*> inputs;
+    std::ranges::transform(m_fifos, std::back_inserter(inputs), [](const auto& fifo) { return fifo.get(); });
+    if (m_job.m_stageKind == EStageKind::OneFIFO)
+    {
+        auto stage = std::make_unique<CUnitData2BoardData_AllUnit_2>();
+        auto* pStage = stage.get();
+        m_stage = std::move(stage);
+        m_feeder = std::make_unique<CBandSetFeeder>(inputs, m_bandSets, m_job.m_bSkipBlank);
+        return pStage->Create(m_bandSets) && m_feeder->Start("CBandSetFeeder");
+    }
+    if (m_job.m_stageKind == EStageKind::InkStripe)
+    {
+        m_stage = std::make_unique<CUnitData2BoardData_S_AllUnit>();
+    }
+    else
+    {
+        m_stage = std::make_unique<CUnitData2BoardData_Base>();
+    }
+    return m_stage->Create(m_job.m_bSkipBlank, inputs);
 }
 
 void CConversion::Start()
 {
-    std::vector<CBandDataFIFO*> inputs;
-    for (const auto& fifo : m_fifos)
-    {
-        inputs.push_back(fifo.get());
-    }
-    if (!m_stage.Create(m_job.m_bSkipBlank, inputs))
+    if (!Stage_Create())
     {
         throw CRunError("the conversion stage could not be started: " + m_failures.Text_Get());
     }
-    m_pOutput = m_stage.OutputProcessor_Get();
+    m_pOutput = m_stage->OutputProcessor_Get();
     for (const auto& producer : m_producers)
     {
         if (!producer->Start("CSeparationProducer"))
@@ -152,7 +198,8 @@ void CConversion::Error_Check()
             std::rethrow_exception(error);
         }
     }
-    if (m_stage.WaitExit(0) && !m_stage.IsThreadSuccess())
+    const bool bFeederFailed = m_feeder != nullptr && m_feeder->WaitExit(0) && !m_feeder->IsThreadSuccess();
+    if (bFeederFailed || (m_stage->WaitExit(0) && !m_stage->IsThreadSuccess()))
     {
         throw CRunError("the conversion stage stopped before the end of the page: " + m_failures.Text_Get());
     }

@@ -1,7 +1,9 @@
-// One job on its way through the library: a producer and a FIFO for every print unit, and the stage behind them. Made,
-// read and destroyed by the command's main thread; the producers and the stage run on threads of their own.
+// One job on its way through the library: a producer and a FIFO for every print unit that has a separation, and the
+// stage behind them. Made, read and destroyed by the command's main thread; the producers and the stage run on threads
+// of their own.
 #pragma once
 
+#include "Host/Command/BandSetFeeder.h"
 #include "Host/Input/SeparationProducer.h"
 #include "Host/Job/Job.h"
 #include "Platform/Log/CustomBoostLog.h"
@@ -68,15 +70,18 @@ public:
     SConversionStall Stall_Get() const;
 
 private:
-    void Producers_Make();
+    void Producer_Make(const SJobUnit& unit, std::unique_ptr<CSeparationReader> reader);
+    SSwathPlan SwathPlan_Make(const SJobUnit& unit) const;
+    bool Stage_Create();
 
     const SJob& m_job;
     int m_pageWidth = 0;
     int m_pageHeight = 0;
     CFailureRecords m_failures;
-    std::vector<std::unique_ptr<CSeparationReader>> m_readers; // until their producers have them
     std::vector<std::unique_ptr<CBandDataFIFO>> m_fifos;
     std::vector<std::unique_ptr<CSeparationProducer>> m_producers;
-    CUnitData2BoardData_Base m_stage;
+    CBandSetFeeder::CBandSetFIFO m_bandSets;  // between the feeder and the one-FIFO stage
+    std::unique_ptr<CBandSetFeeder> m_feeder; // only with the one-FIFO stage
+    std::unique_ptr<CUnitData2BoardData_Base> m_stage;
     CBandDataFIFO_S* m_pOutput = nullptr; // the stage's
 };

@@ -19,6 +19,11 @@ namespace
 
 constexpr unsigned long waitMs = 100;
 
+int Positions_Get(const SPassPlan& pass, int pageColumns)
+{
+    return pass.positions > 0 ? pass.positions : pageColumns;
+}
+
 std::string Size_Text(const SUnitBandSize& size)
 {
     return "a unit band of " + std::to_string(size.width) + " nozzles x " + std::to_string(size.height) + " lines at " +
@@ -60,13 +65,17 @@ int SwathCount_Get(int pageRows, int nozzles)
 SUnitBandSize UnitBandSize_Get(const SSeparationInfo& separation, const SSwathPlan& plan)
 {
     const int linesPerPosition = SwathLinesPerPosition_Get(separation.bitsPerPixel, plan.bByUnitPlanes);
-    const std::int64_t lines = std::int64_t{separation.width} * linesPerPosition;
+    const int positions = std::max(Positions_Get(plan.leftToRight, separation.width),
+                                   plan.bBidirectional ? Positions_Get(plan.rightToLeft, separation.width) : 0);
+    const std::int64_t lines = std::int64_t{positions} * linesPerPosition;
     if (lines > std::numeric_limits<std::int32_t>::max())
     {
         throw CRunError("a unit band of " + std::to_string(lines) + " lines; a band can hold " +
                         std::to_string(std::numeric_limits<std::int32_t>::max()));
     }
-    return {plan.nozzles, static_cast<int>(lines), separation.bitsPerPixel / linesPerPosition};
+    const int bitsPerPixel = separation.bitsPerPixel / linesPerPosition;
+    const int pixelsPerNozzle = plan.bBitsAsPixels ? bitsPerPixel : 1;
+    return {plan.nozzles * pixelsPerNozzle, static_cast<int>(lines), bitsPerPixel / pixelsPerNozzle};
 }
 
 std::unique_ptr<CBandDataFIFO> UnitBandPool_Create(const std::string& name, const SUnitBandSize& size, int count,
@@ -95,6 +104,7 @@ CSeparationProducer::CSeparationProducer(std::unique_ptr<CSeparationReader> read
       m_plan(plan),
       m_pFIFO(fifo),
       m_bandSize(UnitBandSize_Get(m_reader->Info_Get(), plan)),
+      m_linesPerPosition(SwathLinesPerPosition_Get(m_reader->BitsPerPixel(), plan.bByUnitPlanes)),
       m_swathCount(SwathCount_Get(m_reader->Height(), plan.nozzles)),
       m_rowStride(SwathRowStride_Get(static_cast<std::size_t>(m_reader->RowBytes()))),
       m_rows(static_cast<std::size_t>(std::min(plan.nozzles, m_reader->Height())) * m_rowStride)
@@ -175,10 +185,17 @@ bool CSeparationProducer::Rows_Read()
 
 void CSeparationProducer::Band_Fill(CBandData& band) const
 {
-    if (SUnitBandSize{band.m_width, band.m_height, band.m_bitsPerPixel} != m_bandSize)
+    const SPassPlan& pass = Pass();
+    const int positions = Positions_Get(pass, m_reader->Width());
+    if (band.m_width != m_bandSize.width || band.m_bitsPerPixel != m_bandSize.bitsPerPixel ||
+        !band.Height_Set(positions * m_linesPerPosition))
     {
         throw CRunError("unit " + std::to_string(m_plan.unitIndex) + ": the pool has a band of the wrong size");
     }
+    const int imageEnd = pass.imagePosition + m_reader->Width();
+    Margin_Clear(band, 0, pass.imagePosition);
+    Margin_Clear(band, imageEnd, positions - imageEnd);
+
     SSwathShape shape;
     shape.rowCount = m_rowsRead;
     shape.columnCount = m_reader->Width();
@@ -188,8 +205,17 @@ void CSeparationProducer::Band_Fill(CBandData& band) const
     shape.bUnitPlanes = m_plan.bByUnitPlanes;
     shape.rowStride = m_rowStride;
     shape.lineStride = static_cast<std::size_t>(band.m_bytesPerLine);
-    Swath_Turn(m_rows.data(), band.m_pData, shape);
+    const std::size_t firstLine = static_cast<std::size_t>(pass.imagePosition * m_linesPerPosition);
+    Swath_Turn(m_rows.data(), band.m_pData + firstLine * shape.lineStride, shape);
     Header_Fill(band);
+}
+
+void CSeparationProducer::Margin_Clear(CBandData& band, int firstPosition, int positionCount) const
+{
+    const auto lineBytes = static_cast<std::size_t>(band.m_bytesPerLine);
+    const auto firstLine = static_cast<std::size_t>(firstPosition * m_linesPerPosition);
+    std::memset(band.m_pData + firstLine * lineBytes, 0,
+                static_cast<std::size_t>(positionCount * m_linesPerPosition) * lineBytes);
 }
 
 void CSeparationProducer::Header_Fill(SBandHeader& header) const

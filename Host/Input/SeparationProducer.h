@@ -17,13 +17,23 @@
 #include <string>
 #include <vector>
 
+// Where the page's columns lie in the bands of one pass, in scan positions from the first that the carriage meets.
+struct SPassPlan
+{
+    int positions = 0;     // of a band; 0: as many as the page has columns
+    int imagePosition = 0; // where the first column stands that the carriage meets; the positions around have no ink
+};
+
 // How a page is cut into swaths and what the bands say of it.
 struct SSwathPlan
 {
     int nozzles = 0;             // rows per swath, at least 1
     bool bBidirectional = false; // every other swath runs right to left, its positions in reverse
     bool bByUnitPlanes = false;  // 2-bit pixels as two 1-bit lines per position: the high bits, then the low bits
-    bool bMarkBlank = false;     // a swath without any ink is marked to be skipped
+    bool bBitsAsPixels = false;  // 2-bit pixels are described as pairs of 1-bit pixels: twice as wide, the same bytes
+    SPassPlan leftToRight = {};
+    SPassPlan rightToLeft = {}; // bidirectional pages only
+    bool bMarkBlank = false;    // a swath without any ink is marked to be skipped
     int unitIndex = 0;
     int unitDirection = 0;
     int pageIndex = 0;
@@ -32,9 +42,9 @@ struct SSwathPlan
 // The size of a unit band.
 struct SUnitBandSize
 {
-    int width = 0;        // pixels per line: the nozzles
+    int width = 0;        // pixels per line: the nozzles, or twice as many when bits are described as pixels
     int height = 0;       // lines: scan positions, times two when pushed as planes
-    int bitsPerPixel = 0; // 1 when pushed as planes
+    int bitsPerPixel = 0; // 1 when pushed as planes or described as bits
 
     bool operator==(const SUnitBandSize&) const = default;
 };
@@ -42,7 +52,8 @@ struct SUnitBandSize
 // How many swaths of `nozzles` rows cover `pageRows` rows.
 int SwathCount_Get(int pageRows, int nozzles);
 
-// The size of the bands that a separation becomes under `plan`. Throws CRunError if their lines cannot be counted.
+// The size of the bands that a separation becomes under `plan`, those of the longer pass. Throws CRunError if their
+// lines cannot be counted.
 SUnitBandSize UnitBandSize_Get(const SSeparationInfo& separation, const SSwathPlan& plan);
 
 // Makes a FIFO with a pool of `count` (at least 1) free bands of this size, their lines aligned to `alignBytes`. `name`
@@ -73,6 +84,8 @@ private:
     void Band_Fill(CBandData& band) const;
     void Header_Fill(SBandHeader& header) const;
     void Swath_Next();
+    void Margin_Clear(CBandData& band, int firstPosition, int positionCount) const;
+    const SPassPlan& Pass() const { return IsReverse() ? m_plan.rightToLeft : m_plan.leftToRight; }
     bool IsReverse() const { return m_plan.bBidirectional && m_swathIndex % 2 == 1; }
     int SwathRows() const;
     unsigned char* Row_At(int row) { return m_rows.data() + static_cast<std::size_t>(row) * m_rowStride; }
@@ -81,6 +94,7 @@ private:
     SSwathPlan m_plan;
     CBandDataFIFO* m_pFIFO; // the caller's
     SUnitBandSize m_bandSize;
+    int m_linesPerPosition;
     int m_swathCount;
     std::size_t m_rowStride;
     std::vector<unsigned char> m_rows; // the swath being gathered

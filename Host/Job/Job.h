@@ -39,9 +39,9 @@ enum class EStripeFill
 // What the ink stripes of one unit hold: the same in both zones and both passes.
 struct SJobStripeColor
 {
-    std::string m_text;                 // as the job file gives it, UTF-8; empty: the unit has none
-    std::optional<EStripeFill> m_fill;  // a solid stripe
-    std::filesystem::path m_path;       // else a TIFF of nozzles x scan positions, found from the job file's folder
+    std::string m_text;                // as the job file gives it, UTF-8; empty: the unit has none
+    std::optional<EStripeFill> m_fill; // a solid stripe
+    std::filesystem::path m_path;      // else a TIFF of nozzles x scan positions, found from the job file's folder
     SJobPlace m_place;
 
     bool IsGiven() const { return !m_text.empty(); }

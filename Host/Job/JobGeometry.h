@@ -11,7 +11,7 @@ struct SJobGeometry
 {
     std::int64_t m_swathCount = 0;        // steps that the page takes
     int m_linesPerScanPosition = 1;       // 2 when the two bits of a pixel are pushed as two lines
-    std::int64_t m_unitWidth = 0;         // pixels per line of a unit band
+    int m_unitWidth = 0;                  // pixels per line of a unit band
     int m_unitBitsPerPixel = 1;           // of a unit band
     std::int64_t m_unitBytesPerLine = 0;  // with its alignment
     std::int64_t m_boardWidth = 0;        // bits per line of a board band
@@ -30,8 +30,11 @@ SJobGeometry Job_Geometry(const SJob& job, int pageWidth, int pageHeight);
 // Lines of a band for each scan position of the job, the pixels of such a line, and the bits of a pixel. The bands of
 // style 8 are described bit by bit: two pixels of 1 bit for each nozzle.
 int Job_LinesPerScanPosition(const SJob& job);
-std::int64_t Job_UnitWidth(const SJob& job);
+int Job_UnitWidth(const SJob& job);
 int Job_UnitBitsPerPixel(const SJob& job);
+
+// Bits per line of a board band, as the map counts them for a unit band's pixels.
+std::int64_t Job_BoardWidth(const SJob& job);
 
 // Scan positions of a band: the largest offset of the pass, the page's columns, and both stripe zones.
 int Job_PassPositions(const SJob& job, int pageWidth, bool bLeftToRight);

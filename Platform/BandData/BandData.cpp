@@ -35,9 +35,21 @@ bool CBandData::Create(int width, int height, int bitsPerPixel, int alignBytes)
     m_pData = static_cast<unsigned char*>(m_pAllocation) + (aligned - address);
     m_width = width;
     m_height = height;
+    m_lineCapacity = height;
     m_bitsPerPixel = bitsPerPixel;
     m_bytesPerLine = static_cast<std::int32_t>(lineBytes);
     m_dataSize = static_cast<std::int32_t>(dataSize);
+    return true;
+}
+
+bool CBandData::Height_Set(int height)
+{
+    if (height < 0 || height > m_lineCapacity)
+    {
+        return false;
+    }
+    m_height = height;
+    m_dataSize = height * m_bytesPerLine;
     return true;
 }
 
@@ -48,6 +60,7 @@ void CBandData::Release()
     m_pData = nullptr;
     m_width = 0;
     m_height = 0;
+    m_lineCapacity = 0;
     m_bitsPerPixel = 0;
     m_bytesPerLine = 0;
     m_dataSize = 0;

@@ -51,6 +51,10 @@ public:
     // A band of no lines or no pixels is valid.
     bool Create(int width, int height, int bitsPerPixel, int alignBytes);
 
+    // Makes the band `height` lines high without touching its memory: for a pool of bands whose steps differ in length.
+    // False, with the band as it was, for more lines than Create made room for, or fewer than none.
+    bool Height_Set(int height);
+
     unsigned char* m_pData = nullptr; // owned; line after line
     std::int32_t m_width = 0;         // pixels per line
     std::int32_t m_height = 0;        // lines
@@ -61,5 +65,6 @@ public:
 private:
     void Release();
 
+    std::int32_t m_lineCapacity = 0; // lines that the memory has room for
     void* m_pAllocation = nullptr; // owned; the block that m_pData points into
 };

@@ -511,3 +511,65 @@ TEST(UnitBandPool, ABandThatCannotHoldItsLinesIsRefusedWithTheSizes)
     }
     EXPECT_THROW(UnitBandPool_Create("unit", {400, 25000000, 2}, 2, 1), CRunError);
 }
+
+TEST(SeparationProducer, EachPassHasItsOwnMarginsAroundTheImageWhateverTheBandHeldBefore)
+{
+    for (const int bits : {1, 2})
+    {
+        const SInk ink = Ink_Random(37, 32, bits, 3);
+        SSwathPlan plan{.nozzles = 8, .bBidirectional = true, .bByUnitPlanes = true};
+        plan.leftToRight = {.positions = 50, .imagePosition = 6};
+        plan.rightToLeft = {.positions = 45, .imagePosition = 3};
+        SSwathPlan bare = plan;
+        bare.leftToRight = {};
+        bare.rightToLeft = {};
+        CProduction production(ink, plan, 1); // one band, used for every swath
+        CProduction reference(ink, bare, 1);
+        production.Start();
+        reference.Start();
+        const auto bands = production.Bands_Take();
+        const auto images = reference.Bands_Take();
+        ASSERT_EQ(bands.size(), 4U);
+        for (std::size_t i = 0; i < bands.size(); ++i)
+        {
+            const SPassPlan& pass = i % 2 == 0 ? plan.leftToRight : plan.rightToLeft;
+            const auto bytesPerPosition = static_cast<std::size_t>(bits * bands[i].bytesPerLine);
+            std::vector<unsigned char> expected(static_cast<std::size_t>(pass.positions) * bytesPerPosition, 0);
+            std::copy(images[i].data.begin(), images[i].data.end(),
+                      expected.begin() +
+                          static_cast<std::ptrdiff_t>(static_cast<std::size_t>(pass.imagePosition) * bytesPerPosition));
+            EXPECT_EQ(bands[i].data, expected) << "swath " << i << ", " << bits << " bits";
+            EXPECT_EQ(bands[i].header.m_columnCount, 37);
+        }
+    }
+}
+
+TEST(SeparationProducer, ThePoolHasRoomForTheLongerPassThatThePageUses)
+{
+    SSwathPlan plan{.nozzles = 8, .bBidirectional = true};
+    plan.leftToRight = {.positions = 50, .imagePosition = 6};
+    plan.rightToLeft = {.positions = 60, .imagePosition = 3};
+    const SSeparationInfo page{"page.tif", 37, 20, 1};
+    EXPECT_EQ(UnitBandSize_Get(page, plan), (SUnitBandSize{8, 60, 1}));
+    plan.bBidirectional = false;
+    EXPECT_EQ(UnitBandSize_Get(page, plan), (SUnitBandSize{8, 50, 1}));
+}
+
+TEST(SeparationProducer, TwoBitPixelsDescribedAsBitsAreTwiceAsWideWithTheSameBytes)
+{
+    const SInk ink = Ink_Random(21, 16, 2, 4);
+    const SSwathPlan pixels{.nozzles = 8};
+    const SSwathPlan bits{.nozzles = 8, .bBitsAsPixels = true};
+    EXPECT_EQ(UnitBandSize_Get({"page.tif", 21, 16, 2}, bits), (SUnitBandSize{16, 21, 1}));
+    CProduction asPixels(ink, pixels, 1);
+    CProduction asBits(ink, bits, 1);
+    asPixels.Start();
+    asBits.Start();
+    const auto expected = asPixels.Bands_Take();
+    const auto bands = asBits.Bands_Take();
+    ASSERT_EQ(bands.size(), expected.size());
+    for (std::size_t i = 0; i < bands.size(); ++i)
+    {
+        EXPECT_EQ(bands[i].data, expected[i].data);
+    }
+}
