@@ -137,5 +137,9 @@ int main(int argumentCount, char** arguments)
     {
         std::cerr << error.what() << '\n';
     }
+    catch (...)
+    {
+        std::cerr << "failed for an unknown reason; -v shows the library's records\n";
+    }
     return Exit_Failed;
 }

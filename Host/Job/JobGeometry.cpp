@@ -132,16 +132,18 @@ std::optional<SJobStripe> Job_Stripe(const SJob& job, const SJobUnit& unit, int 
     {
         return std::nullopt;
     }
-    // The zone that the carriage meets first is counted from the band's first position, the other one from its end.
-    const bool bFirstZone = bLeftStripe == bLeftToRight;
+    // Counted from the band's first position in the zone that the carriage meets first, else from its end.
     const std::int64_t pitch = stripe.m_unitPitch;
     const std::int64_t before = unit.m_unitPosition;
     const std::int64_t behind = std::int64_t{stripe.m_unitPositionCount} - unit.m_unitPosition - 1;
-    const std::int64_t met = bLeftToRight ? before : behind;
-    const std::int64_t left = bLeftToRight ? behind : before;
     const std::int64_t offset = Offset_Of(unit, bLeftToRight);
-    const std::int64_t begin = bFirstZone ? met * pitch + offset
-                                          : PassPositions(job, pageWidth, bLeftToRight) - (left + 1) * pitch + offset -
-                                                Job_MaxOffset(job, bLeftToRight);
+    if (bLeftStripe == bLeftToRight)
+    {
+        const std::int64_t begin = (bLeftToRight ? before : behind) * pitch + offset;
+        return SJobStripe{begin, begin + length};
+    }
+    const std::int64_t fromEnd =
+        ((bLeftToRight ? behind : before) + 1) * pitch - offset + Job_MaxOffset(job, bLeftToRight);
+    const std::int64_t begin = PassPositions(job, pageWidth, bLeftToRight) - fromEnd;
     return SJobStripe{begin, begin + length};
 }

@@ -1,11 +1,12 @@
 // Enumerator tables and the comparison of names.
 #include "Host/Job/JobNames.h"
 
+#include "Host/Job/Job.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <numeric>
-#include <vector>
 
 namespace
 {
@@ -46,6 +47,18 @@ constexpr std::array dotSizeModes = {
 constexpr std::array directions = {
     Enumerator("Descending", 1),
     Enumerator("Ascending", 2),
+};
+
+constexpr std::array stageKinds = {
+    Enumerator("ink-stripe", EStageKind::InkStripe),
+    Enumerator("base", EStageKind::Base),
+    Enumerator("one-fifo", EStageKind::OneFIFO),
+};
+
+constexpr std::array stripeFills = {
+    Enumerator("None", EStripeFill::None),     Enumerator("Small", EStripeFill::Small),
+    Enumerator("Middle", EStripeFill::Middle), Enumerator("Big", EStripeFill::Big),
+    Enumerator("Full", EStripeFill::Full),
 };
 
 char Letter_Lower(char letter)
@@ -94,6 +107,14 @@ std::span<const SEnumName> EnumNames_Direction()
 {
     return directions;
 }
+std::span<const SEnumName> EnumNames_StageKind()
+{
+    return stageKinds;
+}
+std::span<const SEnumName> EnumNames_StripeFill()
+{
+    return stripeFills;
+}
 
 std::string EnumName_Get(std::span<const SEnumName> names, int value)
 {
@@ -110,6 +131,16 @@ std::string EnumNames_Text(std::span<const SEnumName> names)
         texts.push_back(std::string(name.m_name) + " (" + std::to_string(name.m_value) + ")");
     }
     return Names_List(texts, "or");
+}
+
+std::vector<std::string> EnumNames_List(std::span<const SEnumName> names)
+{
+    std::vector<std::string> list;
+    for (const SEnumName& name : names)
+    {
+        list.emplace_back(name.m_name);
+    }
+    return list;
 }
 
 std::string Names_List(std::span<const std::string> names, std::string_view lastWord)

@@ -9,6 +9,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // One enumerator: its name in the job file and its number in the configuration.
 struct SEnumName
@@ -24,11 +25,18 @@ std::span<const SEnumName> EnumNames_PrinterSupportBits();
 std::span<const SEnumName> EnumNames_DotSizeMode();
 std::span<const SEnumName> EnumNames_Direction();
 
+// The job file's own words, which are no numbers of the configuration: EStageKind and EStripeFill.
+std::span<const SEnumName> EnumNames_StageKind();
+std::span<const SEnumName> EnumNames_StripeFill();
+
 // The name of an enumerator; it must be one of them.
 std::string EnumName_Get(std::span<const SEnumName> names, int value);
 
 // "Small (1), Middle (2) or Big (3)".
 std::string EnumNames_Text(std::span<const SEnumName> names);
+
+// Just the names.
+std::vector<std::string> EnumNames_List(std::span<const SEnumName> names);
 
 // "a, b or c", with another last word if wanted.
 std::string Names_List(std::span<const std::string> names, std::string_view lastWord);

@@ -27,6 +27,10 @@ namespace
 
 constexpr int supportedVersion = 1;
 constexpr std::size_t longestFile = std::size_t{4} << 20U;
+constexpr int highestUnitId = 511;
+constexpr int mostUnitPositions = highestUnitId + 1;
+// As many as the widest page has columns, so that no sum of a job's widths and offsets leaves 32 bits.
+constexpr int mostScanPositions = 1 << 24;
 
 // A key of a table, and a line that would be right where the key is missing.
 struct SKey
@@ -44,15 +48,22 @@ struct STable
 
 const STable& Table_Root()
 {
-    static const STable table = {
-        "", {{"Version", "Version = 1"}, {"Stage", ""}, {"DPOption", ""}, {"PrintParam", ""}, {"CartInfo", ""}}};
+    static const STable table = {"",
+                                 {{"Version", "Version = 1"},
+                                  {"Stage", ""},
+                                  {"DPOption", ""},
+                                  {"DPConfig", ""},
+                                  {"PrintParam", ""},
+                                  {"InkStripe", ""},
+                                  {"CartInfo", ""}}};
     return table;
 }
 
 const STable& Table_Stage()
 {
     static const STable table = {
-        "[Stage]", {{"Kind", "Kind = \"base\""}, {"SkipBlank", "SkipBlank = true"}, {"InputBands", "InputBands = 3"}}};
+        "[Stage]",
+        {{"Kind", "Kind = \"ink-stripe\""}, {"SkipBlank", "SkipBlank = true"}, {"InputBands", "InputBands = 3"}}};
     return table;
 }
 
@@ -66,13 +77,33 @@ const STable& Table_DPOption()
     return table;
 }
 
+const STable& Table_DPConfig()
+{
+    static const STable table = {"[DPConfig]",
+                                 {{"LineGeneratorCount_Of_DataMap", "LineGeneratorCount_Of_DataMap = 2"}}};
+    return table;
+}
+
 const STable& Table_PrintParam()
 {
     static const STable table = {"[PrintParam]",
                                  {{"DotSizeMode", "DotSizeMode = \"Small\""},
                                   {"BitsPerPixel", "BitsPerPixel = 1"},
                                   {"AlignByteCountPerLine", "AlignByteCountPerLine = 1"},
-                                  {"Bidirectional", "Bidirectional = true"}}};
+                                  {"Bidirectional", "Bidirectional = true"},
+                                  {"MaskCount_1", "MaskCount_1 = 1"},
+                                  {"MaskCount_2", "MaskCount_2 = 1"}}};
+    return table;
+}
+
+const STable& Table_InkStripe()
+{
+    static const STable table = {"[InkStripe]",
+                                 {{"LeftStripeWidth", "LeftStripeWidth = 64"},
+                                  {"RightStripeWidth", "RightStripeWidth = 64"},
+                                  {"UnitPitch", "UnitPitch = 8"},
+                                  {"UnitPositionCount", "UnitPositionCount = 8"},
+                                  {"StripeLength", "StripeLength = 8"}}};
     return table;
 }
 
@@ -88,14 +119,19 @@ const STable& Table_Unit()
                                  {{"UnitId", "UnitId = 0"},
                                   {"Direction", "Direction = 1"},
                                   {"Separation", "Separation = \"page.Cyan.tif\""},
-                                  {"Name", "Name = \"Cyan\""}}};
+                                  {"Name", "Name = \"Cyan\""},
+                                  {"UnitPosition", "UnitPosition = 0"},
+                                  {"Horizon_1", "Horizon_1 = 0"},
+                                  {"Horizon_2", "Horizon_2 = 0"},
+                                  {"StripeColor", "StripeColor = \"Full\""}}};
     return table;
 }
 
-const std::array<const STable*, 6>& Tables()
+const std::array<const STable*, 8>& Tables()
 {
-    static const std::array<const STable*, 6> tables = {&Table_Root(),       &Table_Stage(),    &Table_DPOption(),
-                                                        &Table_PrintParam(), &Table_CartInfo(), &Table_Unit()};
+    static const std::array<const STable*, 8> tables = {&Table_Root(),     &Table_Stage(),      &Table_DPOption(),
+                                                        &Table_DPConfig(), &Table_PrintParam(), &Table_InkStripe(),
+                                                        &Table_CartInfo(), &Table_Unit()};
     return tables;
 }
 
@@ -209,11 +245,16 @@ private:
     void Stage_Read();
     void StageKind_Read(const SOpenTable& table);
     void DPOption_Read();
+    void DPConfig_Read();
     void PrintParam_Read();
     void Alignment_Read(const SOpenTable& table);
+    void InkStripe_Read();
     void CartInfo_Read();
     void Units_Read(const SOpenTable& table);
     void Unit_Read(const toml::table& node);
+    void Separation_Read(const SOpenTable& table, SJobUnit& unit);
+    void StripeColor_Read(const SOpenTable& table, SJobUnit& unit);
+    void Defaults_Fill();
 
     std::filesystem::path m_folder;
     const toml::table& m_root;
@@ -227,9 +268,12 @@ SJob CJobReader::Read()
     Table_CheckKeys(Table_Root(), m_root);
     Stage_Read();
     DPOption_Read();
+    DPConfig_Read();
     PrintParam_Read();
+    InkStripe_Read();
     CartInfo_Read();
     Problem_ThrowFirst();
+    Defaults_Fill();
     return std::move(m_job);
 }
 
@@ -413,11 +457,7 @@ std::optional<int> CJobReader::Enum_Value(const toml::node& node, const std::str
     {
         return found->m_value;
     }
-    std::vector<std::string> known;
-    for (const SEnumName& name : names)
-    {
-        known.emplace_back(name.m_name);
-    }
+    const std::vector<std::string> known = EnumNames_List(names);
     const std::optional<std::string> nearest = pText == nullptr ? std::nullopt : Name_Nearest(pText->get(), known);
     const std::string what = pText == nullptr ? Node_Text(node) : '"' + Text_Printable(pText->get()) + '"';
     Problem_Add(Place_Of(node.source()), key + " is " + what + "; " +
@@ -457,14 +497,24 @@ void CJobReader::Stage_Read()
 void CJobReader::StageKind_Read(const SOpenTable& table)
 {
     const std::optional<std::string> kind = Text_Read(table, "Kind", false);
-    if (!kind || *kind == "base")
+    if (!kind)
     {
         return;
     }
-    const bool bLater = *kind == "ink-stripe" || *kind == "one-fifo";
+    for (const SEnumName& name : EnumNames_StageKind())
+    {
+        if (*kind == name.m_name)
+        {
+            m_job.m_stageKind = static_cast<EStageKind>(name.m_value);
+            return;
+        }
+    }
+    const std::vector<std::string> known = EnumNames_List(EnumNames_StageKind());
+    const std::optional<std::string> nearest = Name_Nearest(*kind, known);
     Problem_Add(m_job.m_places.at("Stage.Kind"),
                 "Kind is \"" + Text_Printable(*kind) + "\"; " +
-                    (bLater ? "this stage is not available yet, only \"base\" is" : "the stage is \"base\""));
+                    (nearest ? "did you mean \"" + *nearest + "\"? It" : std::string("it")) + " takes " +
+                    Names_List(known, "or"));
 }
 
 void CJobReader::DPOption_Read()
@@ -479,13 +529,34 @@ void CJobReader::DPOption_Read()
     Integer_Read(table, "PrinterDataWidth", true, 1, widestFrame, option.m_printerDataWidth);
 }
 
+void CJobReader::DPConfig_Read()
+{
+    constexpr int mostLineGenerators = 64;
+    const SOpenTable table = Table_Open(Table_DPConfig(), "DPConfig");
+    Integer_Read(table, "LineGeneratorCount_Of_DataMap", false, 1, mostLineGenerators, m_job.m_lineGeneratorCount);
+}
+
 void CJobReader::PrintParam_Read()
 {
+    constexpr int mostMasks = 16;
     const SOpenTable table = Table_Open(Table_PrintParam(), "PrintParam");
     Enum_Read(table, "DotSizeMode", false, EnumNames_DotSizeMode(), m_job.m_dotSizeMode);
     Integer_Read(table, "BitsPerPixel", true, 1, 2, m_job.m_bitsPerPixel);
     Alignment_Read(table);
     Flag_Read(table, "Bidirectional", m_job.m_bBidirectional);
+    Integer_Read(table, "MaskCount_1", false, 1, mostMasks, m_job.m_maskCount_1);
+    Integer_Read(table, "MaskCount_2", false, 1, mostMasks, m_job.m_maskCount_2);
+}
+
+void CJobReader::InkStripe_Read()
+{
+    const SOpenTable table = Table_Open(Table_InkStripe(), "InkStripe");
+    SJobInkStripe& stripe = m_job.m_inkStripe;
+    Integer_Read(table, "LeftStripeWidth", false, 0, mostScanPositions, stripe.m_leftStripeWidth);
+    Integer_Read(table, "RightStripeWidth", false, 0, mostScanPositions, stripe.m_rightStripeWidth);
+    Integer_Read(table, "UnitPitch", false, 0, mostScanPositions, stripe.m_unitPitch);
+    Integer_Read(table, "UnitPositionCount", false, 1, mostUnitPositions, stripe.m_unitPositionCount);
+    Integer_Read(table, "StripeLength", false, 1, mostScanPositions, stripe.m_stripeLength);
 }
 
 void CJobReader::Alignment_Read(const SOpenTable& table)
@@ -552,32 +623,93 @@ void CJobReader::Units_Read(const SOpenTable& table)
 
 void CJobReader::Unit_Read(const toml::table& node)
 {
-    constexpr int highestUnitId = 511;
     Table_CheckKeys(Table_Unit(), node);
     const SOpenTable table = {Table_Unit(), &node, Place_Of(node.source()), ""};
+    const auto place_of = [&](const char* pKey)
+    {
+        const toml::node* pNode = node.get(pKey);
+        return pNode == nullptr ? table.m_place : Place_Of(pNode->source());
+    };
     SJobUnit unit;
-    unit.m_place_UnitId = table.m_place;
-    unit.m_place_Separation = table.m_place;
+    unit.m_place_UnitId = place_of("UnitId");
+    unit.m_place_Separation = place_of("Separation");
+    unit.m_place_UnitPosition = place_of("UnitPosition");
+    unit.m_stripeColor.m_place = place_of("StripeColor");
+    unit.m_unitPosition = static_cast<int>(m_job.m_units.size());
     Integer_Read(table, "UnitId", true, 0, highestUnitId, unit.m_unitId);
     Enum_Read(table, "Direction", false, EnumNames_Direction(), unit.m_direction);
-    const std::optional<std::string> separation = Text_Read(table, "Separation", true);
+    Separation_Read(table, unit);
     unit.m_name = Text_Read(table, "Name", false).value_or("");
-    if (const toml::node* pUnitId = node.get("UnitId"))
-    {
-        unit.m_place_UnitId = Place_Of(pUnitId->source());
-    }
-    if (const toml::node* pSeparation = node.get("Separation"))
-    {
-        unit.m_place_Separation = Place_Of(pSeparation->source());
-    }
-    if (separation && (separation->empty() || separation->find('\0') != std::string::npos))
+    Integer_Read(table, "UnitPosition", false, 0, mostUnitPositions - 1, unit.m_unitPosition);
+    Integer_Read(table, "Horizon_1", false, 0, mostScanPositions, unit.m_horizon_1);
+    Integer_Read(table, "Horizon_2", false, 0, mostScanPositions, unit.m_horizon_2);
+    StripeColor_Read(table, unit);
+    m_job.m_units.push_back(std::move(unit));
+}
+
+bool IsFileName(const std::string& text)
+{
+    return !text.empty() && text.find('\0') == std::string::npos;
+}
+
+void CJobReader::Separation_Read(const SOpenTable& table, SJobUnit& unit)
+{
+    const std::optional<std::string> separation = Text_Read(table, "Separation", false);
+    if (separation && !IsFileName(*separation))
     {
         Problem_Add(unit.m_place_Separation,
                     "Separation is \"" + Text_Printable(*separation) + "\"; it takes the name of a TIFF file");
     }
     unit.m_separation = separation.value_or("");
     unit.m_separationPath = m_folder / Path_FromText(unit.m_separation);
-    m_job.m_units.push_back(std::move(unit));
+}
+
+// A word is a solid stripe, and must be one of the known ones; a file has a dot or a folder in its name.
+void CJobReader::StripeColor_Read(const SOpenTable& table, SJobUnit& unit)
+{
+    SJobStripeColor& color = unit.m_stripeColor;
+    const std::optional<std::string> text = Text_Read(table, "StripeColor", false);
+    if (!text)
+    {
+        return;
+    }
+    color.m_text = *text;
+    for (const SEnumName& name : EnumNames_StripeFill())
+    {
+        if (*text == name.m_name)
+        {
+            color.m_fill = static_cast<EStripeFill>(name.m_value);
+            return;
+        }
+    }
+    if (IsFileName(*text) && text->find_first_of("./\\") != std::string::npos)
+    {
+        color.m_path = m_folder / Path_FromText(*text);
+        return;
+    }
+    std::vector<std::string> known = EnumNames_List(EnumNames_StripeFill());
+    const std::optional<std::string> nearest = Name_Nearest(*text, known);
+    known.emplace_back("the name of a TIFF file, for example stripe.tif");
+    Problem_Add(color.m_place, "StripeColor is \"" + Text_Printable(*text) + "\"; " +
+                                   (nearest ? "did you mean \"" + *nearest + "\"? It" : std::string("it")) + " takes " +
+                                   Names_List(known, "or"));
+}
+
+// What follows from other values where the file leaves it out.
+void CJobReader::Defaults_Fill()
+{
+    SJobInkStripe& stripe = m_job.m_inkStripe;
+    if (stripe.m_unitPositionCount == 0)
+    {
+        for (const SJobUnit& unit : m_job.m_units)
+        {
+            stripe.m_unitPositionCount = std::max(stripe.m_unitPositionCount, unit.m_unitPosition + 1);
+        }
+    }
+    if (stripe.m_stripeLength == 0)
+    {
+        stripe.m_stripeLength = stripe.m_unitPitch;
+    }
 }
 
 [[noreturn]] void File_Refuse(const std::filesystem::path& file, const std::string& reason)

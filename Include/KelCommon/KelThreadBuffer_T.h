@@ -12,6 +12,7 @@
 #include "KelCommon/KelThreadPtrFIFO_T.h"
 #include "Platform/Thread/CustomCriticalSection.h"
 
+#include <cstddef>
 #include <string>
 
 template<class T>
@@ -47,7 +48,7 @@ public:
         m_pEmptyFIFO = new CFIFO(count);
         m_pFullFIFO = new CFIFO(count);
         m_pInFIFO = new CFIFO(count);
-        m_ppElements = new T* [count] {};
+        m_ppElements = new T* [static_cast<std::size_t>(count)] {};
         for (int i = 0; i < count; ++i)
         {
             m_ppElements[i] = elements[i];

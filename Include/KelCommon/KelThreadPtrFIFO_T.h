@@ -13,6 +13,7 @@
 #include "Platform/Thread/CustomManualResetEvent.h"
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -30,7 +31,7 @@ public:
         }
         m_pCompleted = new bool(false);
         m_bufferLen = bufferLen;
-        m_ppItems = new T* [bufferLen] {};
+        m_ppItems = new T* [static_cast<std::size_t>(bufferLen)] {};
         m_pCount = new std::int32_t(0);
         m_hasData.Reset();
         m_hasSpace.Set();

@@ -5,6 +5,7 @@
 #include "KelCommon/KelLog.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <new>
 #include <string>
 

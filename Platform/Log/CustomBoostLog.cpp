@@ -142,9 +142,9 @@ private:
             m_file.clear();  // the next record tries again
             bConsole = true; // and this one is not lost
         }
-        if (bConsole)
+        if (bConsole && !std::cerr.write(line.data(), static_cast<std::streamsize>(line.size())))
         {
-            std::cerr.write(line.data(), static_cast<std::streamsize>(line.size()));
+            std::cerr.clear();
         }
     }
 };

@@ -6,6 +6,12 @@
 
 #if defined(_WIN32)
 
+#if !defined(WIN32_LEAN_AND_MEAN)
+#define WIN32_LEAN_AND_MEAN
+#endif
+#if !defined(NOMINMAX)
+#define NOMINMAX // or std::min and std::max are macros wherever a worker is declared
+#endif
 #include <windows.h>
 
 #else

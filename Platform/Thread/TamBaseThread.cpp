@@ -169,10 +169,6 @@ void TamBaseThread::Stop()
 {
     {
         const std::lock_guard guard(m_stateLock);
-        if (!m_bLive)
-        {
-            return;
-        }
         m_bStopRequested = true;
         m_stateChanged.notify_all();
     }
@@ -182,7 +178,7 @@ void TamBaseThread::Stop()
 void TamBaseThread::Pause()
 {
     const std::lock_guard guard(m_stateLock);
-    m_bPauseRequested = m_bLive;
+    m_bPauseRequested = true;
 }
 
 void TamBaseThread::Resume()

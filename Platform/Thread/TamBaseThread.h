@@ -61,7 +61,7 @@ public:
     virtual bool WaitExit(unsigned int timeoutMs);
 
     // Requests the end of the loop and returns at once. No OneLoop begins after it; waits of this worker on events end
-    // early. Without a running thread it does nothing.
+    // early. Without a running thread it changes nothing.
     virtual void Stop();
 
     // Requests that the worker rests between two OneLoop calls, until Resume or Stop.

@@ -198,6 +198,29 @@ TEST(CustomManualResetEvent, AStopRequestNeverHidesASignal)
     EXPECT_EQ(results, (std::vector<bool>{true, true}));
 }
 
+TEST(CustomManualResetEvent, ASetFollowedByAStopBeforeTheWaiterWakesIsStillReportedAsSet)
+{
+    for (int round = 0; round < 500; ++round)
+    {
+        CCustomManualResetEvent event(false);
+        CTestSignal entered;
+        bool bResult = false;
+        CScriptedWorker worker;
+        worker.m_oneLoop = [&]
+        {
+            entered.Raise();
+            bResult = event.Wait(longWaitMs, 0);
+            return false;
+        };
+        ASSERT_TRUE(worker.Start("Worker"));
+        ASSERT_TRUE(entered.Wait());
+        event.Set();
+        worker.Stop();
+        ASSERT_TRUE(worker.WaitExit(testPatienceMs));
+        ASSERT_TRUE(bResult) << round;
+    }
+}
+
 TEST(CustomManualResetEvent, AStopRequestDoesNotTouchWaitsOfOtherThreads)
 {
     CCustomManualResetEvent event(false);

@@ -6,7 +6,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <csignal>
+#include <cstddef>
+#include <cstdlib>
 #include <limits>
 #include <memory>
 #include <thread>
@@ -38,7 +40,11 @@ TEST(ProcessHelper, ThePeakMemoryCoversWhatTheProcessHasTouched)
 {
     constexpr std::size_t size = std::size_t{64} << 20;
     const auto block = std::make_unique<unsigned char[]>(size);
-    std::memset(block.get(), 1, size);
+    volatile unsigned char* memory = block.get(); // volatile: the memory is really touched
+    for (std::size_t i = 0; i < size; i += 1024)
+    {
+        memory[i] = 1;
+    }
     const auto peak = CProcessHelper::PeakMemoryBytes();
     EXPECT_GE(peak, static_cast<std::int64_t>(size));
     EXPECT_LT(peak, std::int64_t{1} << 40);
@@ -61,6 +67,22 @@ TEST(ProcessHelper, ACapturedStandardErrorIsNoTerminalAndEightyColumnsWide)
     EXPECT_FALSE(bTerminal);
     EXPECT_EQ(width, 80);
 }
+
+#if defined(__linux__)
+
+TEST(ProcessHelperDeathTest, ABrokenPipeEndsTheProcessUnlessItIsIgnored)
+{
+    EXPECT_EXIT(std::raise(SIGPIPE), testing::KilledBySignal(SIGPIPE), "");
+    const auto ignore = []
+    {
+        CProcessHelper::BrokenPipe_Ignore();
+        std::raise(SIGPIPE);
+        std::_Exit(0);
+    };
+    EXPECT_EXIT(ignore(), testing::ExitedWithCode(0), "");
+}
+
+#endif
 
 TEST(ThreadStatus, AScopeIsBusyWhileItIsOpenAndCountsItsTimeWhenItCloses)
 {

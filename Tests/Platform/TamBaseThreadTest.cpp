@@ -427,6 +427,21 @@ TEST(TamBaseThread, StartingAgainWaitsForThoseWhoStillWaitForTheRunBefore)
     EXPECT_EQ(worker.m_finallyCount, 300);
 }
 
+TEST(TamBaseThread, AWorkerWhoseThreadIsNotCreatedIsNotStarted)
+{
+    class CThreadless : public CCopyableWorker
+    {
+    protected:
+        bool CustomCreateThread() override { return false; }
+    };
+    CThreadless worker;
+    EXPECT_FALSE(worker.Start("Threadless"));
+    EXPECT_EQ(worker.State(), TamBaseThread::NotStarted);
+    EXPECT_FALSE(worker.WaitReady());
+    EXPECT_TRUE(worker.WaitExit(0));
+    EXPECT_FALSE(worker.Start("Threadless"));
+}
+
 // Ready.
 
 TEST(TamBaseThread, WaitReadyReturnsWhenThePreparationIsOver)
@@ -660,6 +675,16 @@ TEST(TamBaseThread, APauseBeforeTheStartDoesNotCount)
     EXPECT_FALSE(worker.WaitPaused());
     ASSERT_TRUE(worker.Start("Worker"));
     EXPECT_TRUE(WaitForOneMoreStep(worker));
+}
+
+TEST(TamBaseThread, APauseThatTheLastRunDidNotReachDoesNotCountForTheNext)
+{
+    CScriptedWorker worker([] { return false; });
+    worker.m_finally = [&] { worker.Pause(); };
+    ASSERT_TRUE(worker.RunToItsEnd());
+    EXPECT_FALSE(worker.WaitPaused());
+    EXPECT_TRUE(worker.RunToItsEnd());
+    EXPECT_EQ(worker.m_loopCount, 2);
 }
 
 TEST(TamBaseThread, AResumeWithoutAPauseChangesNothing)

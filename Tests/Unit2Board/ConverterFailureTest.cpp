@@ -170,12 +170,17 @@ TEST(ConverterFailure, AConverterThatFailsJoinsItsGeneratorsBeforeItEnds)
     ASSERT_TRUE(turnstile.WaitEntered(2));
     ASSERT_TRUE(Eventually([&] { return !SAccess::LineBuffer(converter)->EmptyFIFO()->HasDataEvent().Wait(0); }));
     SAccess::LineBuffer(converter)->FullFIFO()->HasDataEvent().Set(); // a finished line that is not there
+    ASSERT_TRUE(Eventually([&] { return log.Records().size() == 2; }));
+    EXPECT_FALSE(converter.WaitExit(20)); // it waits for the two lines that are being mapped
     turnstile.Admit(40);
     EXPECT_TRUE(converter.WaitExit(testPatienceMs));
-    const bool bFailed = !converter.IsThreadSuccess();
-    EXPECT_EQ(log.Records().size(), bFailed ? 2U : 0U);
+    EXPECT_FALSE(converter.IsThreadSuccess());
     for (int i = 0; i < 2; ++i)
     {
         EXPECT_TRUE(SAccess::Generators(converter)[i]->WaitExit(0));
     }
+    EXPECT_EQ(job.map.CallCount(), 2U);
+    EXPECT_THAT(Records_Text(log),
+                ElementsAre("2 failure @Unit2Board:131 Process", "2 m_processState = 3 @Unit2Board:75 OneLoop",
+                            "2 failure @Unit2Board:227 WaitExit"));
 }

@@ -54,7 +54,7 @@ std::atomic<int> s_failingCall{-1}; // the call of CreateThread that fails, from
 std::atomic<int> s_callCount{0};
 std::atomic<int> s_startedCount{0};
 std::atomic<int> s_endedCount{0};
-std::atomic<const char*> s_failingName{""}; // the workers whose Prepare fails
+std::atomic<const char*> s_failingName{"nobody"}; // the workers whose Prepare fails
 
 struct SStart
 {
@@ -90,7 +90,7 @@ class CFailingPrepare
 {
 public:
     explicit CFailingPrepare(const char* threadName) { s_failingName = threadName; }
-    ~CFailingPrepare() { s_failingName = ""; }
+    ~CFailingPrepare() { s_failingName = "nobody"; }
     CFailingPrepare(const CFailingPrepare&) = delete;
     CFailingPrepare& operator=(const CFailingPrepare&) = delete;
 };

@@ -45,7 +45,7 @@ class InkStageLine : public testing::Test
 {
 protected:
     // A stage with a numbering map of `srcBitCount` and `frameWidth`, and board lines of `boardBytes`.
-    void Setup(int srcBitCount, int frameWidth, int boardBytes)
+    void Stage_Prepare(int srcBitCount, int frameWidth, int boardBytes)
     {
         auto map = std::make_unique<CNumberingMap>();
         ASSERT_TRUE(map->Init(srcBitCount, frameWidth));
@@ -86,7 +86,7 @@ protected:
 
 TEST_F(InkStageLine, UnitNineGoesToTheSecondGroupsSlotOneUpOrDown)
 {
-    Setup(1, 8, 200);
+    Stage_Prepare(1, 8, 200);
     Direction_Set(9, 2);
     EXPECT_THAT(BoardUnits(9), ElementsAre(33, 41, 49, 57));
     for (const int direction : {0, 1, 3, -2})
@@ -98,7 +98,7 @@ TEST_F(InkStageLine, UnitNineGoesToTheSecondGroupsSlotOneUpOrDown)
 
 TEST_F(InkStageLine, UnitZeroGoesToTheFirstSlotOfFourGroups)
 {
-    Setup(1, 8, 200);
+    Stage_Prepare(1, 8, 200);
     Direction_Set(0, 2);
     EXPECT_THAT(BoardUnits(0), ElementsAre(0, 8, 16, 24));
     Direction_Set(0, 1);
@@ -107,7 +107,7 @@ TEST_F(InkStageLine, UnitZeroGoesToTheFirstSlotOfFourGroups)
 
 TEST_F(InkStageLine, TheBandsOwnDirectionDoesNotMatter)
 {
-    Setup(1, 8, 200);
+    Stage_Prepare(1, 8, 200);
     Direction_Set(3, 2);
     const auto band = Band_Make(3, 400, 1);
     band->m_unitDirection = 1;
@@ -118,7 +118,7 @@ TEST_F(InkStageLine, TheBandsOwnDirectionDoesNotMatter)
 
 TEST_F(InkStageLine, ALineBehindTheBandsEndWritesNothing)
 {
-    Setup(1, 8, 100);
+    Stage_Prepare(1, 8, 100);
     const auto band = Band_Make(0, 400, 2);
     std::fill_n(band->m_pData, band->m_dataSize, static_cast<unsigned char>(0xFF));
     for (const int line : {2, 3})
@@ -135,7 +135,7 @@ TEST_F(InkStageLine, ALineBehindTheBandsEndWritesNothing)
 
 TEST_F(InkStageLine, EveryChunkLooksItsBytesUpFromHeadToTail)
 {
-    Setup(1, 8, 100);
+    Stage_Prepare(1, 8, 100);
     Direction_Set(0, 2);
     const auto band = Band_Make(0, 400, 1);
     for (int i = 0; i < 50; ++i)
@@ -162,7 +162,7 @@ TEST_F(InkStageLine, EveryChunkLooksItsBytesUpFromHeadToTail)
 
 TEST_F(InkStageLine, ChunkOneBeginsWithTheSecondHalfOfAnEntryAndGivesAHundredBytes)
 {
-    Setup(1, 8, 104);
+    Stage_Prepare(1, 8, 104);
     std::vector<unsigned char> src(50);
     src[12] = 0x5A;
     std::vector<unsigned char> dst(104);
@@ -187,7 +187,7 @@ TEST_F(InkStageLine, ChunkOneBeginsWithTheSecondHalfOfAnEntryAndGivesAHundredByt
 
 TEST_F(InkStageLine, ChunkZeroEndsWithTheFirstHalfOfAnEntry)
 {
-    Setup(1, 8, 104);
+    Stage_Prepare(1, 8, 104);
     const std::vector<unsigned char> src(50);
     std::vector<unsigned char> dst(104);
     EXPECT_TRUE(SAccess::MapBandData_Buffer(m_stage, 0, src.data(), 0, 100, dst.data(), 104));
@@ -198,7 +198,7 @@ TEST_F(InkStageLine, ChunkZeroEndsWithTheFirstHalfOfAnEntry)
 // 2-bit pixels: an entry of 8 bytes where the head still reckons a frame of two bytes per bit.
 TEST_F(InkStageLine, TheHeadCountsByTheFrameWidthBodyAndTailByTheEntry)
 {
-    Setup(2, 16, 200);
+    Stage_Prepare(2, 16, 200);
     ASSERT_EQ(m_pMap->MapDataSizeOfByte(), 8);
     const std::vector<unsigned char> src(8);
     std::vector<unsigned char> dst(40);
@@ -222,7 +222,7 @@ TEST_F(InkStageLine, TheHeadCountsByTheFrameWidthBodyAndTailByTheEntry)
 
 TEST_F(InkStageLine, TheDestinationsSizeIsNotLookedAt)
 {
-    Setup(1, 8, 100);
+    Stage_Prepare(1, 8, 100);
     const std::vector<unsigned char> src(50);
     std::vector<unsigned char> dst(100);
     EXPECT_TRUE(SAccess::MapBandData_Buffer(m_stage, 0, src.data(), 0, 100, dst.data(), 0));

@@ -7,10 +7,8 @@
 
 #include <stdexcept>
 
-using testing::AllOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Property;
 using testing::StrEq;
 using testing::ThrowsMessage;
 
@@ -61,7 +59,7 @@ TEST_F(InkStage, TheRecordTakesEveryWordFromItsSource)
 
 TEST_F(InkStage, ASecondJobStillUsesTheValuesOfTheFirst)
 {
-    Setup();
+    Stage_Prepare();
     Input_Hold(0, 1);
     ASSERT_TRUE(m_pStage->OneLoop());
     const std::vector<unsigned char> first = Data_Of(Element(1));
@@ -88,7 +86,7 @@ TEST_F(InkStage, ASecondJobStillUsesTheValuesOfTheFirst)
 
 TEST_F(InkStage, WhatBelongsToAUnitIsReadAnewInEveryStep)
 {
-    Setup();
+    Stage_Prepare();
     Input_Hold(0, 1);
     ASSERT_TRUE(m_pStage->OneLoop());
     ASSERT_TRUE(m_pStage->OneLoop());
@@ -117,7 +115,7 @@ TEST_F(InkStage, TheRecordKeepsThePassAndTheLastUnitsWords)
     m_job.units[3].position = 2;
     m_job.units[3].horizon_1 = 6;
     m_job.units[3].horizon_2 = 4;
-    Setup();
+    Stage_Prepare();
     Input_Hold(0, 2);
     ASSERT_TRUE(m_pStage->AllocateOutputBuffer());
     const SInkStripeParam_Run& run = *m_pStage->m_pInkStripeParam;
@@ -129,7 +127,7 @@ TEST_F(InkStage, TheRecordKeepsThePassAndTheLastUnitsWords)
 
 TEST_F(InkStage, TheColourGroupIsLookedUpWithTheRecordUnderThePatternLayout)
 {
-    Setup();
+    Stage_Prepare();
     m_config.m_colorGroups["another"] = {};
     m_config.Apply();
     EXPECT_EQ(m_pStage->m_pColorGroupInfo, nullptr);
@@ -142,7 +140,7 @@ TEST_F(InkStage, AMissingColourGroupIsStoredAsItIsAndNotLookedForAgain)
 {
     m_job.leftStripeWidth = 0;
     m_job.rightStripeWidth = 0;
-    Setup();
+    Stage_Prepare();
     const auto groups = m_config.m_colorGroups;
     m_config.m_colorGroups.clear();
     m_config.Apply();
@@ -157,12 +155,11 @@ TEST_F(InkStage, AMissingColourGroupIsStoredAsItIsAndNotLookedForAgain)
 
 TEST_F(InkStage, APassIsTakenAlsoWhenNoUnitRests)
 {
-    Setup();
+    Stage_Prepare();
     for (const int unit : {3, 2, 1, 0})
     {
         Input_Hold(unit, 5);
     }
-    Element(1);
     m_pStage->m_pInputElements->at(1).band->m_bandAttr = 6; // only the first one's counts
     ASSERT_TRUE(m_pStage->AllocateOutputBuffer());
     EXPECT_EQ(m_pStage->m_pInkStripeParam->bandAttr, 5);
@@ -173,7 +170,7 @@ TEST_F(InkStage, APassIsTakenAlsoWhenNoUnitRests)
 
 TEST_F(InkStage, AStepWithoutInputBandsFailsInThePassLookUpWhenStripesAreWanted)
 {
-    Setup();
+    Stage_Prepare();
     EXPECT_THAT([&] { m_pStage->AllocateOutputBuffer(); },
                 ThrowsMessage<std::out_of_range>(StrEq("invalid vector<T> subscript")));
 }
@@ -182,7 +179,7 @@ TEST_F(InkStage, AStepWithoutInputBandsFailsInTheSizeCheckWhenNoStripesAreWanted
 {
     m_job.leftStripeWidth = 0;
     m_job.rightStripeWidth = 0;
-    Setup();
+    Stage_Prepare();
     const CLogCapture log;
     EXPECT_FALSE(m_pStage->OneLoop());
     EXPECT_THAT(Record_Operations(log), ElementsAre("2 failure @UnitData2BoardData_Base Check_InputData",
@@ -195,7 +192,7 @@ TEST_F(InkStage, ARealBandThatIsNotAsLargeAsItsStripeBandsFailsTheSizeCheck)
 {
     for (const bool bHeight : {true, false})
     {
-        Setup();
+        Stage_Prepare();
         CBandData& input = Input_Hold(2, 1);
         input.Create(bHeight ? 16 : 15, bHeight ? 66 : 65, 1, 1);
         const CLogCapture log;
@@ -213,7 +210,7 @@ TEST_F(InkStage, ARealBandThatIsNotAsLargeAsItsStripeBandsFailsTheSizeCheck)
 TEST_F(InkStage, TheBoardBandFollowsTheMapsOwnWidth)
 {
     m_job.bandWidth = 400;
-    Setup();
+    Stage_Prepare();
     auto map = std::make_unique<CPrintUnitDataMap_03>();
     ASSERT_TRUE(map->Init(1, 32));
     m_pStage->Map_Replace(std::move(map));
@@ -229,7 +226,7 @@ TEST_F(InkStage, TheBoardBandFollowsTheMapsOwnWidth)
 TEST_F(InkStage, StripeBandsAppendedBeforeAFailureStayUntilTheInputsAreReleased)
 {
     m_job.units[2].bHasColor = false;
-    Setup();
+    Stage_Prepare();
     CScriptedFIFO fifo(0, m_journal);
     Input_Hold(1, 0, &fifo);
     EXPECT_FALSE(m_pStage->AllocateOutputBuffer());
@@ -242,7 +239,7 @@ TEST_F(InkStage, StripeBandsAppendedBeforeAFailureStayUntilTheInputsAreReleased)
 
 TEST_F(InkStage, AWholeStepGivesTheRealBandsBackAndDeletesTheStripeBands)
 {
-    Setup();
+    Stage_Prepare();
     CScriptedFIFO first(0, m_journal);
     CScriptedFIFO second(1, m_journal);
     Input_Hold(1, 1, &first);
@@ -262,7 +259,7 @@ TEST_F(InkStage, DestructionFreesStripeBandsWhicheverStateTheStageIsIn)
 {
     for (int loops = 0; loops <= 3; ++loops)
     {
-        Setup();
+        Stage_Prepare();
         Input_Hold(0, 0);
         for (int i = 0; i < loops; ++i)
         {
@@ -280,7 +277,7 @@ TEST_F(InkStage, TheUncalledAllocationsMakeOneFramePerPixelAndLeaveTheState)
     for (const auto allocate : {&SAccess::AllocateOutputBuffer_ByUnit, &SAccess::AllocateOutputBuffer_ByPixel})
     {
         m_job.bandWidth = 400;
-        Setup();
+        Stage_Prepare();
         auto map = std::make_unique<CPrintUnitDataMap_03>();
         ASSERT_TRUE(map->Init(1, 32)); // the map itself would say a quarter of it
         m_pStage->Map_Replace(std::move(map));
@@ -308,7 +305,7 @@ TEST_F(InkStage, TheUncalledAllocationsFailWithOneRecordAndNoBoardBand)
                        {&SAccess::AllocateOutputBuffer_ByPixel, "AllocateOutputBuffer_ByPixel"}};
     for (const auto& allocation : allocations)
     {
-        Setup();
+        Stage_Prepare();
         Input_Hold(0).m_height = 2000000000; // more than a band can hold
         const CLogCapture log;
         EXPECT_FALSE(allocation.allocate(*m_pStage));
@@ -335,7 +332,7 @@ TEST_F(InkStage, TheOutputHoldsThreeBandsForEveryMask)
 
 TEST_F(InkStage, TheOutputCountIsOfTheMasksThatAreSetNotOfTheRecord)
 {
-    Setup();
+    Stage_Prepare();
     ASSERT_TRUE(SAccess::Init_Param(*m_pStage));
     m_config.m_param.m_maskData.m_maskCount_1 = 4;
     m_config.Apply();
@@ -400,7 +397,7 @@ TEST_F(InkStage, ACreateWhoseThreadCannotStartIsRecordedByBothStages)
 
 TEST_F(InkStage, InitializeMovesToGetInputData)
 {
-    Setup();
+    Stage_Prepare();
     m_pStage->m_processState = 1;
     EXPECT_TRUE(m_pStage->OneLoop());
     EXPECT_EQ(m_pStage->m_processState, 2);
@@ -430,7 +427,7 @@ public:
 TEST_F(InkStage, TheStageMapsNoLineItself)
 {
     m_job.bandWidth = 16;
-    Setup();
+    Stage_Prepare();
     auto stage = std::make_unique<CCountingStage>();
     stage->m_pDataMap = m_pStage->m_pDataMap;
     m_pStage->m_pDataMap = nullptr;
@@ -447,7 +444,7 @@ TEST_F(InkStage, TheStageMapsNoLineItself)
 
 TEST_F(InkStage, ABoardBandWithoutLinesIsDoneAtOnceAlsoWithoutGenerators)
 {
-    Setup();
+    Stage_Prepare();
     for (const int generators : {0, 1, 4})
     {
         m_config.m_config.m_lineGeneratorCount_Of_DataMap = generators;
@@ -471,7 +468,7 @@ TEST_F(InkStage, TheConverterSeesTheInputsInElementOrder)
             return true;
         }
     };
-    Setup();
+    Stage_Prepare();
     m_pStage->Map_Replace(std::make_unique<CStoringMap>());
     for (const int unit : {2, 1, 3})
     {

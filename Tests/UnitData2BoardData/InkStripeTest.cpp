@@ -95,7 +95,7 @@ SModelJob Job_Draw()
 
 TEST_F(InkStripe, BandsForUnitsOneAndThreeOfFourLeaveUnitsZeroAndTwoInThatOrder)
 {
-    Setup();
+    Stage_Prepare();
     Input_Hold(3);
     Input_Hold(1);
     ASSERT_TRUE(m_pStage->AllocateOutputBuffer());
@@ -109,7 +109,7 @@ TEST_F(InkStripe, BandsForUnitsOneAndThreeOfFourLeaveUnitsZeroAndTwoInThatOrder)
 TEST_F(InkStripe, TheRestUnitsAreAscendingAndOnceEachHoweverTheCartListsThem)
 {
     m_job.units = {m_job.Unit_Get(3), m_job.Unit_Get(0), m_job.Unit_Get(3), m_job.Unit_Get(2), m_job.Unit_Get(0)};
-    Setup();
+    Stage_Prepare();
     Input_Hold(2);
     EXPECT_THAT(SAccess::RestUnits(*m_pStage), ElementsAre(0, 3));
 }
@@ -117,7 +117,7 @@ TEST_F(InkStripe, TheRestUnitsAreAscendingAndOnceEachHoweverTheCartListsThem)
 TEST_F(InkStripe, DuplicateCartUnitsCollapseBeforeTheCountsAreCompared)
 {
     m_job.units = {m_job.Unit_Get(0), m_job.Unit_Get(0), m_job.Unit_Get(1)};
-    Setup();
+    Stage_Prepare();
     Input_Hold(0);
     Input_Hold(0); // as many as different units on the cart
     EXPECT_THAT(SAccess::RestUnits(*m_pStage), IsEmpty());
@@ -131,7 +131,7 @@ TEST_F(InkStripe, EightBandsForEightUnitsMakeNoStripesThoughTwoCarryTheSameUnit)
     {
         m_job.units.push_back({id, 0, 0, 0, 0, true, {0xFF}});
     }
-    Setup();
+    Stage_Prepare();
     for (const int unit : {0, 1, 2, 3, 4, 5, 6, 6})
     {
         Input_Hold(unit);
@@ -142,7 +142,7 @@ TEST_F(InkStripe, EightBandsForEightUnitsMakeNoStripesThoughTwoCarryTheSameUnit)
 
 TEST_F(InkStripe, ABandOfAUnitThatIsNotOnTheCartTakesNoPlace)
 {
-    Setup();
+    Stage_Prepare();
     Input_Hold(9);
     Input_Hold(2);
     EXPECT_THAT(SAccess::RestUnits(*m_pStage), ElementsAre(0, 1, 3));
@@ -153,7 +153,7 @@ TEST_F(InkStripe, ABandOfAUnitThatIsNotOnTheCartTakesNoPlace)
 
 TEST_F(InkStripe, RestUnitsAreCartUnitsThoughTheColourGroupKnowsMore)
 {
-    Setup();
+    Stage_Prepare();
     m_config.m_colorGroups[CColorGroupInfo::Key_Pattern_Layout()].m_units[77] = {1, 77};
     m_config.m_colorGroups[CColorGroupInfo::Key_Pattern_Layout()].m_units.erase(3);
     m_config.Apply();
@@ -167,7 +167,7 @@ TEST_F(InkStripe, ZoneWidthsThatSumBelowOneMakeNoListAndNoBands)
     {
         m_job.leftStripeWidth = left;
         m_job.rightStripeWidth = right;
-        Setup();
+        Stage_Prepare();
         Input_Hold(1, 1);
         ASSERT_TRUE(m_pStage->AllocateOutputBuffer());
         EXPECT_THAT(Units(), ElementsAre(1));
@@ -181,7 +181,7 @@ TEST_F(InkStripe, ZoneWidthsThatSumToOneMakeBandsWithTheOnePositiveSide)
     m_job.leftStripeWidth = -7;
     m_job.rightStripeWidth = 8;
     m_job.unitPitch = 1;
-    Setup();
+    Stage_Prepare();
     Input_Hold(1, 1);
     ASSERT_TRUE(m_pStage->AllocateOutputBuffer());
     EXPECT_THAT(Units(), ElementsAre(1, 0, 2, 3));
@@ -203,7 +203,7 @@ TEST_F(InkStripe, TwoBitPixelsAreTwoLinesPerPositionByUnitAndOneLineByPixel)
     for (const bool bByUnit : {true, false})
     {
         m_job.bByUnit = bByUnit;
-        Setup();
+        Stage_Prepare();
         ASSERT_TRUE(SAccess::Init_Param(*m_pStage));
         m_pStage->m_pInkStripeParam->bandAttr = 1;
         CBandData* band = nullptr;
@@ -218,7 +218,7 @@ TEST_F(InkStripe, TwoBitPixelsAreTwoLinesPerPositionByUnitAndOneLineByPixel)
 
 TEST_F(InkStripe, OnlyBandAttributeOneIsTheLeftToRightPass)
 {
-    Setup();
+    Stage_Prepare();
     ASSERT_TRUE(SAccess::Init_Param(*m_pStage));
     for (const int bandAttr : {1, 0, 2, -1, 257})
     {
@@ -235,7 +235,7 @@ TEST_F(InkStripe, EveryMaskTakesItsWholeShareOfTheJob)
 {
     m_job.jobWidth = 101;
     m_job.maskCount = 3;
-    Setup();
+    Stage_Prepare();
     ASSERT_TRUE(SAccess::Init_Param(*m_pStage));
     CBandData* band = nullptr;
     ASSERT_TRUE(SAccess::InkStripeUnitData_Generate(*m_pStage, band, 1));
@@ -245,7 +245,7 @@ TEST_F(InkStripe, EveryMaskTakesItsWholeShareOfTheJob)
 
 TEST_F(InkStripe, AStripeBandNamesItsUnitItsPassAndTheCartsDirectionAndNothingElse)
 {
-    Setup();
+    Stage_Prepare();
     CBandData& input = Input_Hold(0, 6);
     input.m_bandNo = 12;
     input.m_unitDirection = 9;
@@ -265,9 +265,10 @@ TEST_F(InkStripe, AStripeBandNamesItsUnitItsPassAndTheCartsDirectionAndNothingEl
 
 TEST_F(InkStripe, WithoutOffsetTheFirstPositionsLeftStripeBeginsWithTheBand)
 {
+    m_job.units[0].position = 0;
     m_job.units[0].horizon_2 = 0;
     m_job.rightStripeWidth = 0;
-    Setup();
+    Stage_Prepare();
     Input_Hold(1, 1);
     ASSERT_TRUE(m_pStage->AllocateOutputBuffer());
     EXPECT_EQ(FirstMarkedLine(Element(1)), 0);
@@ -309,7 +310,7 @@ TEST_F(InkStripe, TheRowsOfBothStripesInBothPassesAndStylesAreThoseOfTheTable)
         m_job.bByUnit = row.bByUnit;
         m_job.leftStripeWidth = row.bLeft ? 40 : 0;
         m_job.rightStripeWidth = row.bLeft ? 0 : 40;
-        Setup();
+        Stage_Prepare();
         Input_Hold(0, row.bandAttr)
             .Create(16, (row.bandAttr == 1 ? heightL2R : heightR2L) * (row.bByUnit ? 2 : 1), 1, 1);
         ASSERT_TRUE(m_pStage->AllocateOutputBuffer());
@@ -325,7 +326,7 @@ TEST_F(InkStripe, OnlyARightZoneWritesTheRightStripeIntoABandOfFullLength)
     m_job.leftStripeWidth = 0;
     m_job.rightStripeWidth = 8;
     m_job.unitPitch = 2;
-    Setup();
+    Stage_Prepare();
     Input_Hold(0, 1);
     ASSERT_TRUE(m_pStage->AllocateOutputBuffer());
     const CBandData& stripe = Element(1); // unit 1: position 2, h2 = 2
@@ -338,7 +339,7 @@ TEST_F(InkStripe, OnlyALeftZoneWritesTheLeftStripe)
 {
     m_job.leftStripeWidth = 8;
     m_job.rightStripeWidth = -1;
-    Setup();
+    Stage_Prepare();
     Input_Hold(0, 0);
     ASSERT_TRUE(m_pStage->AllocateOutputBuffer());
     const CBandData& stripe = Element(1); // unit 1: position 2, h1 = 1
@@ -397,7 +398,7 @@ TEST_F(InkStripe, AColourBandOfExactlyTheFreeRoomFillsTheBandToItsLastByte)
     m_job.units[2].horizon_1 = 1;
     m_job.units[2].horizon_2 = 2;
     m_job.bitsPerPixel = 2;
-    Setup();
+    Stage_Prepare();
     // A colour band whose memory ends with its data, too.
     const auto color = std::make_shared<CBandData>();
     std::vector<unsigned char> bytes;
@@ -446,7 +447,7 @@ TEST_F(InkStripe, TheColourBandIsCopiedAsBytesWhateverItsOwnLines)
     m_job.rightStripeWidth = 0;
     m_job.unitPitch = 0;
     m_job.units[0].horizon_2 = 1;
-    Setup();
+    Stage_Prepare();
     auto color = std::make_shared<CBandData>();
     ASSERT_TRUE(color->Create(3, 5, 8, 3)); // lines of 3 bytes, into lines of 2
     for (int i = 0; i < color->m_dataSize; ++i)
@@ -468,12 +469,12 @@ TEST_F(InkStripe, TheColourBandIsCopiedAsBytesWhateverItsOwnLines)
 
 TEST_F(InkStripe, AnEmptyColourBandIsColourDataThatWritesNothing)
 {
-    Setup();
+    Stage_Prepare();
     m_config.m_param.m_inkStripeColorData[0] = std::make_shared<CBandData>(); // no memory at all
     m_config.Apply();
     for (const int bandAttr : {1, 0})
     {
-        Setup();
+        Stage_Prepare();
         m_config.m_param.m_inkStripeColorData[0] = std::make_shared<CBandData>();
         m_config.Apply();
         Input_Hold(1, bandAttr);
@@ -491,7 +492,7 @@ TEST_F(InkStripe, TheRightStripeIsWrittenOverTheLeftWhereTheyMeet)
     m_job.unitPositionCount = 1;
     m_job.unitPitch = 4; // of 5 lines: left at 0, right at 1
     m_job.units[0].color = {1, 2, 3, 4};
-    Setup();
+    Stage_Prepare();
     ASSERT_TRUE(SAccess::Init_Param(*m_pStage));
     m_pStage->m_pInkStripeParam->bandAttr = 1;
     CBandData* band = nullptr;
@@ -506,7 +507,7 @@ TEST_F(InkStripe, AnUnknownPushStyleFailsWithoutABand)
 {
     for (const int style : {0, 3, -1})
     {
-        Setup();
+        Stage_Prepare();
         m_config.m_option.m_dataPushStyle = static_cast<EDataPushStyle>(style);
         m_config.Apply();
         ASSERT_TRUE(SAccess::Init_Param(*m_pStage));
@@ -521,7 +522,7 @@ TEST_F(InkStripe, AnUnknownPushStyleFailsWithoutABand)
 
 TEST_F(InkStripe, AnUnknownPushStyleEndsTheStep)
 {
-    Setup();
+    Stage_Prepare();
     m_config.m_option.m_dataPushStyle = static_cast<EDataPushStyle>(3);
     m_config.Apply();
     Input_Hold(0);
@@ -540,7 +541,7 @@ TEST_F(InkStripe, AStripeBandThatCannotBeMadeStaysInTheCallersHands)
     for (const bool bByUnit : {true, false})
     {
         m_job.bByUnit = bByUnit;
-        Setup();
+        Stage_Prepare();
         m_config.m_cart.m_headBaseInfo.m_bandWidth = -1;
         m_config.Apply();
         ASSERT_TRUE(SAccess::Init_Param(*m_pStage));
@@ -573,7 +574,7 @@ TEST_F(InkStripe, MissingColourDataFailsWhereItIsTestedAndLeavesTheBandWithTheCa
             m_job.leftStripeWidth = branch.bLeft ? 8 : 0;
             m_job.rightStripeWidth = branch.bLeft ? 0 : 8;
             m_job.units[2].bHasColor = false;
-            Setup();
+            Stage_Prepare();
             ASSERT_TRUE(SAccess::Init_Param(*m_pStage));
             m_pStage->m_pInkStripeParam->bandAttr = branch.bandAttr;
             const CLogCapture log;
@@ -602,7 +603,7 @@ TEST_F(InkStripe, WithoutAZoneNoStripeNeedsColourData)
     {
         m_job.leftStripeWidth = width;
         m_job.rightStripeWidth = width;
-        Setup();
+        Stage_Prepare();
         ASSERT_TRUE(SAccess::Init_Param(*m_pStage));
         for (const int bandAttr : {1, 0})
         {
@@ -623,7 +624,7 @@ TEST_F(InkStripe, AUnitWithoutColourDataFailsTheLeftToRightPassAtItsRightStripeW
 {
     m_job.leftStripeWidth = 0;
     m_job.units[0].bHasColor = false;
-    Setup();
+    Stage_Prepare();
     Input_Hold(1, 1);
     const CLogCapture log;
     EXPECT_FALSE(m_pStage->OneLoop());

@@ -107,6 +107,24 @@ inline void Job_Configure(CConfigGuard& config, const SModelJob& job)
     config.Apply();
 }
 
+// An element of the one-FIFO stage's input, and the bands in it: the stage's once it has taken the element.
+inline SBufferData<CBandData*>* BandSet_Make(std::vector<std::unique_ptr<CBandData>> bands)
+{
+    auto* bandSet = new SBufferData<CBandData*>();
+    bandSet->AllocateBuffer(static_cast<int>(bands.size()), true);
+    for (std::size_t i = 0; i < bands.size(); ++i)
+    {
+        bandSet->m_pBuffer[i] = bands[i].release();
+    }
+    return bandSet;
+}
+
+// Queues an element, or the null marker, as soon as there is room. From one thread.
+inline bool BandSet_Push(CBandSetFIFO& fifo, SBufferData<CBandData*>* bandSet, unsigned long timeoutMs = 10000)
+{
+    return fifo.HasSpaceEvent().Wait(timeoutMs) && fifo.In(bandSet);
+}
+
 // What a stripe band, or a step's own band, holds.
 inline std::vector<unsigned char> Data_Of(const CBandData& band)
 {
@@ -149,7 +167,7 @@ protected:
     }
 
     // Configures the job and makes the stage ready for its first step.
-    void Setup()
+    void Stage_Prepare()
     {
         Job_Configure(m_config, m_job);
         m_pStage = std::make_unique<CInkStage>();

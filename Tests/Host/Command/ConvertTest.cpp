@@ -139,6 +139,35 @@ TEST_F(Convert, SkipBlankLeavesTheSwathsWithoutInkOut)
     EXPECT_FALSE(reader.Band_Read(band));
 }
 
+TEST_F(Convert, EveryStageGivesTheSameBandsForATableMap)
+{
+    Separation_Write("a.tif", 60, 70, &Pattern);
+    Separation_Write("b.tif", 60, 70, [](int x, int y) { return y >= 30 && y < 60 && !Pattern(x, y); });
+    for (const std::string skip : {"true", "false"})
+    {
+        std::vector<std::vector<std::vector<unsigned char>>> results;
+        for (const std::string kind : {"base", "ink-stripe", "one-fifo"})
+        {
+            Job_Write("job.toml", {"b.tif", "b.tif", "a.tif"}, 10,
+                      "[Stage]\nKind = \"" + kind + "\"\nSkipBlank = " + skip + '\n');
+            const auto result = Boardmap_Run("convert job.toml --format raw");
+            ASSERT_EQ(result.status, 0) << result.error;
+            results.push_back(RawBands_Read(In("job.boards.raw")));
+        }
+        EXPECT_EQ(results[0].size(), 7U);
+        EXPECT_EQ(results[1], results[0]);
+        EXPECT_EQ(results[2], results[0]);
+    }
+}
+
+TEST_F(Convert, TheOneFIFOStageSkipsBlankSwathsToo)
+{
+    Separation_Write("a.tif", 40, 40, [](int x, int y) { return y == 25 && x == 3; });
+    Job_Write("job.toml", {"a.tif", "a.tif"}, 10, "[Stage]\nKind = \"one-fifo\"\nSkipBlank = true\n");
+    ASSERT_EQ(Boardmap_Run("convert job.toml --format raw").status, 0);
+    EXPECT_EQ(RawBands_Read(In("job.boards.raw")).size(), 1U);
+}
+
 TEST_F(Convert, HelpAndVersionAreNoErrors)
 {
     for (const std::string arguments : {"--help", "convert --help", "--version"})
@@ -239,6 +268,7 @@ TEST_F(Convert, LibraryRecordsGoToStandardErrorAndToAFileOnRequest)
     const auto quiet = Boardmap_Run("convert job.toml");
     EXPECT_THAT(quiet.error, IsEmpty());
     const auto verbose = Boardmap_Run("convert job.toml -v");
+    EXPECT_THAT(verbose.error, HasSubstr("UnitData2BoardData_Base"));
     EXPECT_THAT(verbose.error, HasSubstr("Complete : CUnitData2BoardData_Base"));
     ASSERT_EQ(Boardmap_Run("convert job.toml --log run.log").status, 0);
     ASSERT_EQ(Boardmap_Run("convert job.toml --log run.log").status, 0);
@@ -262,7 +292,6 @@ TEST_F(Convert, ProgressIsPlainLinesABarOrNothing)
 TEST_F(Convert, AnInterruptEndsTheRunInOrderWithStatus130AndLeavesNoFile)
 {
     // A page that takes a while: it is still running when its first progress line is out.
-    Separation_Write("a.tif", 4000, 64, &Pattern);
     std::vector<std::string> units(8, "big.tif");
     TIFF* tiff = TIFFOpen(In("big.tif").string().c_str(), "w");
     ASSERT_NE(tiff, nullptr);
@@ -281,9 +310,10 @@ TEST_F(Convert, AnInterruptEndsTheRunInOrderWithStatus130AndLeavesNoFile)
         TIFFWriteScanline(tiff, row.data(), y, 0);
     }
     TIFFClose(tiff);
-    Job_Write("job.toml", units, 400);
-    for (const std::string signal : {"INT", "TERM"})
+    for (const auto& [signal, kind] :
+         {std::pair<std::string, std::string>{"INT", "base"}, {"TERM", "ink-stripe"}, {"INT", "one-fifo"}})
     {
+        Job_Write("job.toml", units, 400, "[Stage]\nKind = \"" + kind + "\"\n");
         const auto result = Shell_Run("mkdir -p ../$(basename \"$PWD\").log; log=../$(basename \"$PWD\").log/err\n"
                                       "\"$boardmap\" convert job.toml --progress plain 2>$log &\n"
                                       "pid=$!\n"
@@ -294,7 +324,7 @@ TEST_F(Convert, AnInterruptEndsTheRunInOrderWithStatus130AndLeavesNoFile)
                                       "tail -n 1 $log; rm -r ../$(basename \"$PWD\").log; exit $status");
         EXPECT_EQ(result.status, 130) << result.out << result.error;
         EXPECT_EQ(result.out, "interrupted; nothing was written\n");
-        EXPECT_THAT(Files(), ElementsAre("a.tif", "big.tif", "job.toml"));
+        EXPECT_THAT(Files(), ElementsAre("big.tif", "job.toml"));
     }
 }
 

@@ -52,10 +52,26 @@ TEST_F(JobApply, EveryAccessorReturnsWhatTheJobSays)
         EXPECT_EQ(info.m_height, 7000);
         EXPECT_EQ(info.m_bitsPerPixel, 1);
     }
-    EXPECT_EQ(DPD_PrintParam()->CurPrint_JobWidth_Get(), 5000);
+    EXPECT_EQ(DPD_PrintParam()->CurPrint_JobWidth_Get(), 10000) << "divided by MaskCount_1 it is the page again";
     EXPECT_EQ(DPD_PrintParam()->DotSizeMode_Get(), EDotSizeMode::Big);
     EXPECT_EQ(DPD_PrintParam()->AlignByteCountPerLine(), 4);
-    EXPECT_EQ(DPD_PrintParam()->InkStripeParam_Get().m_leftStripeWidth, 0);
+    EXPECT_EQ(DPD_PrintParam()->MaskData_Ref().m_maskCount_1, 2);
+    EXPECT_EQ(DPD_PrintParam()->MaskData_Ref().m_maskCount_2, 3);
+
+    const SInkStripeParam_Pixel stripe = DPD_PrintParam()->InkStripeParam_Get();
+    EXPECT_EQ(stripe.m_leftStripeWidth, 40);
+    EXPECT_EQ(stripe.m_rightStripeWidth, 24);
+    EXPECT_EQ(stripe.m_unitPitch, 11);
+    EXPECT_EQ(stripe.m_unitPositionCount, 9);
+    const CUnitInfo_Horizon& horizon = DPD_PrintParam()->UnitInfo_Horizon();
+    EXPECT_EQ(horizon.XMaxOffset_Right2Left_Get(), 4);
+    EXPECT_EQ(horizon.XMaxOffset_Left2Right_Get(), 6);
+    EXPECT_EQ(horizon.HorizonInfo_Get(5).m_unitId, 5);
+    EXPECT_EQ(horizon.HorizonInfo_Get(5).m_horizon_1, 4);
+    EXPECT_EQ(horizon.HorizonInfo_Get(5).m_horizon_2, 6);
+    EXPECT_EQ(horizon.HorizonInfo_Get(15).m_horizon_1, 0);
+    EXPECT_EQ(horizon.HorizonInfo_Get(15).m_horizon_2, 0);
+    EXPECT_EQ(DPD_PrintParam()->InkStripeColorData_Get(5), nullptr) << "the base stage makes no stripes";
 
     const std::vector<SCartUnitInfo> units = GC_CartInfo()->CartUnitInfo_GetAll();
     ASSERT_EQ(units.size(), 2U);
@@ -71,11 +87,12 @@ TEST_F(JobApply, EveryAccessorReturnsWhatTheJobSays)
     const CColorGroupInfo* pGroup = GC_ColorGroup()->ColorGroupInfo_By_Key(CColorGroupInfo::Key_Pattern_Layout());
     ASSERT_NE(pGroup, nullptr);
     EXPECT_EQ(pGroup->m_units.size(), 2U);
-    EXPECT_EQ(pGroup->UnitInfo_Get(5).m_unitPosition, 0);
+    EXPECT_EQ(pGroup->UnitInfo_Get(5).m_unitPosition, 3);
+    EXPECT_EQ(pGroup->UnitInfo_Get(5).m_unitId, 5);
     EXPECT_EQ(pGroup->UnitInfo_Get(15).m_unitPosition, 1);
     EXPECT_EQ(GC_ColorGroup()->ColorGroupInfo_By_Key("other"), nullptr);
 
-    EXPECT_EQ(GC_DPConfig()->LineGeneratorCount_Of_DataMap_Get(), 1);
+    EXPECT_EQ(GC_DPConfig()->LineGeneratorCount_Of_DataMap_Get(), 7);
 }
 
 TEST_F(JobApply, TwoBitJobKeepsItsDepthWhenItIsPushedByUnit)
@@ -84,7 +101,52 @@ TEST_F(JobApply, TwoBitJobKeepsItsDepthWhenItIsPushedByUnit)
     text = Replaced(text, "PrinterDataWidth", "DataPushStyle = \"ByUnit\"\nPrinterDataWidth");
     Job_Apply(Job_Of(text), 10, 20);
     EXPECT_EQ(DPD_PrintParam()->JobInfo_Get().m_bitsPerPixel, 2);
+    EXPECT_EQ(DPD_PrintParam()->JobInfo_CurPrint_Get().m_bitsPerPixel, 2);
     EXPECT_EQ(DPD_PrintParam()->CurPrint_JobWidth_Get(), 10);
+}
+
+TEST_F(JobApply, StripesArriveWithTheirColours)
+{
+    std::string text = Replaced(g_stripeJob, "UnitId = 0", "UnitId = 0\nHorizon_1 = 8\nHorizon_2 = 1");
+    text = Replaced(text, "UnitId = 1", "UnitId = 1\nHorizon_1 = 2\nHorizon_2 = 5\nUnitPosition = 2");
+    Job_Apply(Job_Of(text), 100, 20);
+
+    EXPECT_EQ(DPD_PrintParam()->UnitInfo_Horizon().XMaxOffset_Right2Left_Get(), 8);
+    EXPECT_EQ(DPD_PrintParam()->UnitInfo_Horizon().XMaxOffset_Left2Right_Get(), 5) << "of another unit";
+    EXPECT_EQ(DPD_PrintParam()->InkStripeColorData_Get(0), nullptr);
+    EXPECT_EQ(DPD_PrintParam()->InkStripeColorData_Get(2), nullptr);
+    const CBandData* pColor = DPD_PrintParam()->InkStripeColorData_Get(1);
+    ASSERT_NE(pColor, nullptr);
+    EXPECT_EQ(pColor->m_dataSize, 10 * 2);
+    EXPECT_EQ(pColor->m_pData[0], 0xFF);
+    ASSERT_NE(DPD_PrintParam()->InkStripeColorData_Get(3), nullptr);
+    EXPECT_EQ(DPD_PrintParam()->InkStripeColorData_Get(3)->m_pData[0], 0);
+
+    EXPECT_EQ(GC_CartInfo()->CartUnitInfo_GetAll().size(), 4U) << "units without a band are units of the cart";
+    const CColorGroupInfo* pGroup = GC_ColorGroup()->ColorGroupInfo_By_Key(CColorGroupInfo::Key_Pattern_Layout());
+    ASSERT_NE(pGroup, nullptr);
+    EXPECT_EQ(pGroup->UnitInfo_Get(1).m_unitPosition, 2);
+    EXPECT_EQ(pGroup->UnitInfo_Get(3).m_unitPosition, 3);
+}
+
+TEST_F(JobApply, PlanePairJobsAreDescribedBitByBit)
+{
+    std::string text = Replaced(g_smallJob, "\"FramePerPixel\"", "\"PlanePair\"");
+    text = Replaced(text, "BitsPerPixel = 1", "BitsPerPixel = 2");
+    Job_Apply(Job_Of(text), 10, 20);
+    EXPECT_EQ(GC_CartInfo()->CartHeadBaseInfo_Get().m_bandWidth, 800);
+    EXPECT_EQ(DPD_PrintParam()->JobInfo_CurPrint_Get().m_bitsPerPixel, 1);
+    EXPECT_EQ(DPD_PrintParam()->JobInfo_Get().m_bitsPerPixel, 2);
+}
+
+TEST_F(JobApply, NothingIsSetWhenAStripeColourCannotBeRead)
+{
+    const SJob job = Job_Of(Replaced(g_stripeJob, "\"Full\"", "\"no-such-folder/stripe.tif\""));
+    EXPECT_THROW(Job_Apply(job, 100, 20), CInputError);
+    EXPECT_EQ(DPD_PrintParam()->CurPrint_JobWidth_Get(), -1);
+    EXPECT_EQ(GC_DPConfig()->LineGeneratorCount_Of_DataMap_Get(), 17);
+    EXPECT_TRUE(GC_CartInfo()->CartUnitInfo_GetAll().empty());
+    EXPECT_EQ(GC_DPOption()->PrinterDataWidth_Get(), SDPOption{}.m_printerDataWidth);
 }
 
 TEST_F(JobApply, BoardInfoNamesTheOptionsAndTheMap)

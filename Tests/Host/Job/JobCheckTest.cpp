@@ -24,6 +24,7 @@ struct SOptions
     std::string m_dotSize = "0";
     int m_unitId = 0;
     std::int64_t m_nozzles = 400;
+    std::string m_stage = {}; // of [Stage], the last table, if it is there
 };
 
 std::string Job_Text(const SOptions& options)
@@ -32,7 +33,8 @@ std::string Job_Text(const SOptions& options)
            "\nPrinterSupportBits = " + options.m_support + "\nPrinterDataWidth = " + std::to_string(options.m_width) +
            "\n[PrintParam]\nBitsPerPixel = " + std::to_string(options.m_bitsPerPixel) +
            "\nDotSizeMode = " + options.m_dotSize + "\n[CartInfo]\nNozzles = " + std::to_string(options.m_nozzles) +
-           "\n[[CartInfo.Unit]]\nUnitId = " + std::to_string(options.m_unitId) + "\nSeparation = \"page.tif\"\n";
+           "\n[[CartInfo.Unit]]\nUnitId = " + std::to_string(options.m_unitId) + "\nSeparation = \"page.tif\"\n" +
+           (options.m_stage.empty() ? "" : "[Stage]\nKind = \"" + options.m_stage + "\"\n");
 }
 
 std::string Error_OfOptions(const SOptions& options)
@@ -66,17 +68,22 @@ TEST(JobCheck, MapsWithALineMappingOfTheirOwnAreRefusedOnTheBaseStage)
         return "job.toml:3:16: DataMapStyle " + style + " needs the map of style " + map +
                ", which the base stage cannot run; the base stage runs the maps of styles 1, 2 and 5";
     };
-    EXPECT_EQ(Error_OfOptions({.m_style = "\"Block\""}), error("Block", "03"));
-    EXPECT_EQ(Error_OfOptions({.m_style = "3", .m_width = 32}), error("Block", "03"));
-    EXPECT_EQ(Error_OfOptions({.m_style = "\"Block13\""}), error("Block13", "03_01"));
-    EXPECT_EQ(Error_OfOptions({.m_style = "\"ByteInterleaved\""}), error("ByteInterleaved", "6"));
-    EXPECT_EQ(Error_OfOptions({.m_style = "7", .m_push = "1", .m_bitsPerPixel = 2}), error("ByteInterleaved", "6"));
-    EXPECT_EQ(Error_OfOptions({.m_style = "7", .m_support = "2", .m_bitsPerPixel = 2}), error("ByteInterleaved", "6"));
-    EXPECT_EQ(Error_OfOptions({.m_style = "7", .m_support = "2", .m_dotSize = "1"}), error("ByteInterleaved", "7"));
-    EXPECT_EQ(Error_OfOptions({.m_style = "\"PlanePair\"", .m_bitsPerPixel = 2}), error("PlanePair", "8"));
+    const auto error_of = [](SOptions options)
+    {
+        options.m_stage = "base";
+        return Error_OfOptions(options);
+    };
+    EXPECT_EQ(error_of({.m_style = "\"Block\""}), error("Block", "03"));
+    EXPECT_EQ(error_of({.m_style = "3", .m_width = 32}), error("Block", "03"));
+    EXPECT_EQ(error_of({.m_style = "\"Block13\""}), error("Block13", "03_01"));
+    EXPECT_EQ(error_of({.m_style = "\"ByteInterleaved\""}), error("ByteInterleaved", "6"));
+    EXPECT_EQ(error_of({.m_style = "7", .m_push = "1", .m_bitsPerPixel = 2}), error("ByteInterleaved", "6"));
+    EXPECT_EQ(error_of({.m_style = "7", .m_support = "2", .m_bitsPerPixel = 2}), error("ByteInterleaved", "6"));
+    EXPECT_EQ(error_of({.m_style = "7", .m_support = "2", .m_dotSize = "1"}), error("ByteInterleaved", "7"));
+    EXPECT_EQ(error_of({.m_style = "\"PlanePair\"", .m_bitsPerPixel = 2}), error("PlanePair", "8"));
 }
 
-TEST(JobCheck, TableMapsRunOnTheBaseStage)
+TEST(JobCheck, TableMapsRunOnEveryStageAndTheOthersOnAllButTheBaseStage)
 {
     const std::vector<std::pair<SOptions, SJobMap>> table = {
         {{.m_style = "1"}, {EMapClass::Map_1, 1, 1}},
@@ -90,13 +97,32 @@ TEST(JobCheck, TableMapsRunOnTheBaseStage)
         {{.m_style = "6", .m_support = "5", .m_bitsPerPixel = 2}, {EMapClass::Map_5, 2, 2}},
         {{.m_style = "7", .m_support = "5"}, {EMapClass::Map_5, 1, 1}},
         {{.m_style = "7", .m_support = "5", .m_bitsPerPixel = 2}, {EMapClass::Map_5, 2, 2}},
+        {{.m_style = "3", .m_width = 32}, {EMapClass::Map_03, 1, 1}},
+        {{.m_style = "3", .m_push = "1", .m_width = 64, .m_bitsPerPixel = 2}, {EMapClass::Map_03, 1, 1}},
+        {{.m_style = "4"}, {EMapClass::Map_03_01, 1, 1}},
+        {{.m_style = "4", .m_push = "1", .m_bitsPerPixel = 2}, {EMapClass::Map_03_01, 1, 1}},
+        {{.m_style = "7"}, {EMapClass::Map_6, 1, 1}},
+        {{.m_style = "7", .m_push = "1", .m_bitsPerPixel = 2}, {EMapClass::Map_6, 1, 1}},
+        {{.m_style = "7", .m_support = "2", .m_bitsPerPixel = 2}, {EMapClass::Map_6, 2, 2}},
+        {{.m_style = "7", .m_support = "2", .m_dotSize = "2"}, {EMapClass::Map_7, 1, 2}},
+        {{.m_style = "9", .m_bitsPerPixel = 2}, {EMapClass::Map_8, 1, 1}},
     };
     for (const auto& [options, map] : table)
     {
-        EXPECT_EQ(Error_OfOptions(options), "no error") << Job_Text(options);
-        const SJob job = Job_Of(Job_Text(options));
-        EXPECT_EQ(job.m_map, map) << Job_Text(options);
-        EXPECT_EQ(Job_UnitBitsPerPixel(job), map.m_srcBitCount) << "the bands have the depth that the map takes";
+        for (const std::string stage : {"", "ink-stripe", "one-fifo", "base"})
+        {
+            SOptions onStage = options;
+            onStage.m_stage = stage;
+            if (stage == "base" && !MapClass_IsTableMap(map.m_class))
+            {
+                EXPECT_NE(Error_OfOptions(onStage), "no error") << Job_Text(onStage);
+                continue;
+            }
+            ASSERT_EQ(Error_OfOptions(onStage), "no error") << Job_Text(onStage);
+            const SJob job = Job_Of(Job_Text(onStage));
+            EXPECT_EQ(job.m_map, map) << Job_Text(onStage);
+            EXPECT_EQ(Job_UnitBitsPerPixel(job), map.m_srcBitCount) << "the bands have the depth that the map takes";
+        }
     }
 }
 
@@ -105,6 +131,23 @@ TEST(JobCheck, TwoBitPixelsAreRefusedWhereTheMapTakesOneBit)
     EXPECT_EQ(Error_OfOptions({.m_style = "1", .m_bitsPerPixel = 2}),
               "job.toml:8:16: BitsPerPixel is 2; style 1 takes pixels of 1 bit; DataPushStyle ByUnit pushes 2-bit "
               "pixels as 1-bit lines");
+    EXPECT_EQ(Error_OfOptions({.m_style = "3", .m_width = 32, .m_bitsPerPixel = 2}),
+              "job.toml:8:16: BitsPerPixel is 2; style 03 takes pixels of 1 bit; DataPushStyle ByUnit pushes 2-bit "
+              "pixels as 1-bit lines");
+    EXPECT_EQ(Error_OfOptions({.m_style = "4", .m_bitsPerPixel = 2}),
+              "job.toml:8:16: BitsPerPixel is 2; style 03_01 takes pixels of 1 bit; DataPushStyle ByUnit pushes 2-bit "
+              "pixels as 1-bit lines");
+}
+
+TEST(JobCheck, PlanePairsAreMadeOfWholeTwoBitPixels)
+{
+    EXPECT_EQ(Error_OfOptions({.m_style = "9", .m_bitsPerPixel = 1}),
+              "job.toml:8:16: BitsPerPixel is 1; style 8 takes pixels of 2 bits");
+    EXPECT_EQ(Error_OfOptions({.m_style = "9", .m_push = "1", .m_bitsPerPixel = 1}),
+              "job.toml:8:16: BitsPerPixel is 1; style 8 takes pixels of 2 bits");
+    EXPECT_EQ(Error_OfOptions({.m_style = "9", .m_push = "1", .m_bitsPerPixel = 2}),
+              "job.toml:4:17: DataPushStyle is ByUnit; style 8 takes whole pixels of 2 bits, DataPushStyle = "
+              "\"ByPixel\"");
 }
 
 TEST(JobCheck, FrameWidthFollowsTheMap)
@@ -123,7 +166,47 @@ TEST(JobCheck, FrameWidthFollowsTheMap)
     }
 }
 
-TEST(JobCheck, DropSizeIsNeededByStyleTwoAlone)
+TEST(JobCheck, FrameWidthFollowsTheMapsWithALineMappingOfTheirOwn)
+{
+    EXPECT_EQ(Error_OfOptions({.m_style = "3", .m_width = 16}),
+              "job.toml:6:20: PrinterDataWidth is 16; style 03 needs a multiple of 32");
+    EXPECT_EQ(Error_OfOptions({.m_style = "3", .m_width = 48}),
+              "job.toml:6:20: PrinterDataWidth is 48; style 03 needs a multiple of 32");
+    EXPECT_EQ(Error_OfOptions({.m_style = "4", .m_width = 3}),
+              "job.toml:6:20: PrinterDataWidth is 3; style 03_01 needs 4 or more");
+    EXPECT_EQ(Error_OfOptions({.m_style = "4", .m_width = 5}), "no error");
+    EXPECT_EQ(Error_OfOptions({.m_style = "9", .m_width = 12, .m_bitsPerPixel = 2}),
+              "job.toml:6:20: PrinterDataWidth is 12; style 8 needs a multiple of 8");
+    for (const int width : {1, 3, 511})
+    {
+        EXPECT_EQ(Error_OfOptions({.m_style = "7", .m_width = width}), "no error") << width;
+        EXPECT_EQ(Error_OfOptions({.m_style = "7", .m_support = "2", .m_width = width, .m_dotSize = "1"}), "no error");
+    }
+}
+
+TEST(JobCheck, NozzlesFollowTheMap)
+{
+    const std::string blocks = " maps heads of 400 nozzles, in four blocks of 100";
+    EXPECT_EQ(Error_OfOptions({.m_style = "3", .m_width = 32, .m_nozzles = 399}),
+              "job.toml:11:11: Nozzles is 399; style 03" + blocks);
+    EXPECT_EQ(Error_OfOptions({.m_style = "3", .m_width = 32, .m_nozzles = 404}),
+              "job.toml:11:11: Nozzles is 404; style 03" + blocks);
+    EXPECT_EQ(Error_OfOptions({.m_style = "4", .m_nozzles = 399}),
+              "job.toml:11:11: Nozzles is 399; style 03_01" + blocks);
+    EXPECT_EQ(Error_OfOptions({.m_style = "4", .m_nozzles = 800}),
+              "job.toml:11:11: Nozzles is 800; style 03_01" + blocks);
+    for (const int nozzles : {1, 2, 3, 401, 402, 403})
+    {
+        EXPECT_EQ(Error_OfOptions({.m_style = "9", .m_bitsPerPixel = 2, .m_nozzles = nozzles}),
+                  "job.toml:11:11: Nozzles is " + std::to_string(nozzles) +
+                      "; style 8 needs a multiple of 4: lines of whole bytes");
+        EXPECT_EQ(Error_OfOptions({.m_nozzles = nozzles}), "no error");
+        EXPECT_EQ(Error_OfOptions({.m_style = "7", .m_nozzles = nozzles}), "no error");
+    }
+    EXPECT_EQ(Error_OfOptions({.m_style = "9", .m_bitsPerPixel = 2, .m_nozzles = 4}), "no error");
+}
+
+TEST(JobCheck, DropSizeIsNeededByStylesTwoAndSevenAlone)
 {
     EXPECT_EQ(Error_OfOptions({.m_support = "2", .m_dotSize = "\"None\""}),
               "job.toml:9:15: DotSizeMode is None; style 2 prints 1-bit pixels with one drop size: Small (1), Middle "
@@ -134,7 +217,12 @@ TEST(JobCheck, DropSizeIsNeededByStyleTwoAlone)
     for (const char* pMode : {"1", "2", "3"})
     {
         EXPECT_EQ(Error_OfOptions({.m_support = "2", .m_dotSize = pMode}), "no error") << pMode;
+        EXPECT_EQ(Error_OfOptions({.m_style = "7", .m_support = "2", .m_dotSize = pMode}), "no error") << pMode;
     }
+    EXPECT_EQ(Error_OfOptions({.m_style = "7", .m_support = "2"}),
+              "job.toml:9:15: DotSizeMode is None; style 7 prints 1-bit pixels with one drop size: Small (1), Middle "
+              "(2) or Big (3), for example: DotSizeMode = \"Small\"");
+    EXPECT_EQ(Error_OfOptions({.m_style = "7", .m_support = "2", .m_bitsPerPixel = 2}), "no error");
 }
 
 TEST(JobCheck, PrinterSupportBitsMayBeLeftOutWhereNothingLooksAtThem)
@@ -165,10 +253,90 @@ TEST(JobCheck, UnitsStandInsideTheFrame)
     EXPECT_EQ(Error_OfOptions({.m_width = 512, .m_unitId = 511}), "no error");
 }
 
+TEST(JobCheck, UnitsStandInsideTheFrameOfEveryMap)
+{
+    struct SLimit
+    {
+        SOptions m_options;
+        std::string m_style;
+        int m_unitCount;
+    };
+    const std::vector<SLimit> table = {
+        {{.m_style = "3", .m_width = 32}, "03", 8},
+        {{.m_style = "3", .m_width = 64}, "03", 16},
+        {{.m_style = "3", .m_width = 512}, "03", 128},
+        {{.m_style = "4", .m_width = 4}, "03_01", 1},
+        {{.m_style = "4", .m_width = 7}, "03_01", 1},
+        {{.m_style = "4", .m_width = 8}, "03_01", 2},
+        {{.m_style = "7", .m_width = 1}, "6", 1},
+        {{.m_style = "7", .m_width = 9}, "6", 9},
+        {{.m_style = "7", .m_support = "2", .m_width = 9, .m_bitsPerPixel = 2}, "6", 9},
+        {{.m_style = "7", .m_support = "2", .m_width = 9, .m_dotSize = "1"}, "7", 9},
+        {{.m_style = "9", .m_width = 8, .m_bitsPerPixel = 2}, "8", 8},
+    };
+    for (const auto& [limit, style, unitCount] : table)
+    {
+        SOptions options = limit;
+        options.m_unitId = unitCount - 1;
+        EXPECT_EQ(Error_OfOptions(options), "no error") << Job_Text(options);
+        options.m_unitId = unitCount;
+        EXPECT_EQ(Error_OfOptions(options), "job.toml:13:10: UnitId is " + std::to_string(unitCount) + "; style " +
+                                                style + " with a PrinterDataWidth of " +
+                                                std::to_string(options.m_width) + " has the units 0 to " +
+                                                std::to_string(unitCount - 1));
+    }
+}
+
 TEST(JobCheck, UnitIdsAreUsedOnce)
 {
     EXPECT_EQ(JobError_Of(Replaced(g_fullJob, "UnitId = 15", "UnitId = 5")),
-              "job.toml:30:10: UnitId is 5, as in line 24; each print unit has an id of its own");
+              "job.toml:36:10: UnitId is 5, as in line 26; each print unit has an id of its own");
+}
+
+TEST(JobCheck, UnitsStandAtAKnownPosition)
+{
+    const std::string text = Replaced(g_stripeJob, "UnitPositionCount = 4", "UnitPositionCount = 3");
+    EXPECT_EQ(JobError_Of(text), "job.toml:32:1: UnitPosition is 3, the unit's place in the list; UnitPositionCount is "
+                                 "3, so the positions are 0 to 2");
+    EXPECT_EQ(JobError_Of(Replaced(text, "UnitId = 3", "UnitId = 3\nUnitPosition = 2")), "no error");
+    EXPECT_EQ(JobError_Of(Replaced(text, "UnitId = 0", "UnitId = 0\nUnitPosition = 7")),
+              "job.toml:21:16: UnitPosition is 7; UnitPositionCount is 3, so the positions are 0 to 2");
+}
+
+TEST(JobCheck, AtLeastOneUnitPrintsThePage)
+{
+    EXPECT_EQ(JobError_Of(Replaced(g_smallJob, "Separation = \"page.tif\"\n", "")),
+              "job.toml:10:1: no [[CartInfo.Unit]] has a Separation; at least one must print the page");
+    std::string text = Replaced(g_stripeJob, "Separation = \"page.A.tif\"", "StripeColor = \"Full\"");
+    EXPECT_EQ(JobError_Of(text), "no error");
+    text = Replaced(text, "Separation = \"page.B.tif\"", "StripeColor = \"Full\"");
+    EXPECT_EQ(JobError_Of(text),
+              "job.toml:19:1: no [[CartInfo.Unit]] has a Separation; at least one must print the page");
+}
+
+TEST(JobCheck, EveryUnitOfTheBaseStagePrintsAPage)
+{
+    const std::string text = Replaced(g_stripeJob, "\"ink-stripe\"", "\"base\"");
+    EXPECT_EQ(JobError_Of(text),
+              "job.toml:24:1: Separation is missing from [[CartInfo.Unit]]; the base stage makes no ink stripes, so "
+              "every unit prints one, for example: Separation = \"page.Cyan.tif\"");
+}
+
+TEST(JobCheck, OutputQueueOfTheMasksStaysSmall)
+{
+    const auto error_of = [](int first, int second)
+    {
+        return JobError_Of(Replaced(g_smallJob, "BitsPerPixel = 1",
+                                    "BitsPerPixel = 1\nMaskCount_1 = " + std::to_string(first) +
+                                        "\nMaskCount_2 = " + std::to_string(second)));
+    };
+    EXPECT_EQ(error_of(16, 1), "no error");
+    EXPECT_EQ(error_of(1, 16), "no error");
+    EXPECT_EQ(error_of(4, 4), "no error");
+    EXPECT_EQ(error_of(3, 6), "job.toml:9:15: MaskCount_2 is 6 and MaskCount_1 is 3; the stage keeps up to 3 board "
+                              "bands for each of the 18 masks in memory, and 16 masks are the most");
+    EXPECT_EQ(error_of(16, 2), "job.toml:9:15: MaskCount_2 is 2 and MaskCount_1 is 16; the stage keeps up to 3 board "
+                               "bands for each of the 32 masks in memory, and 16 masks are the most");
 }
 
 TEST(JobCheck, BoardLineFitsThirtyTwoBits)
@@ -176,6 +344,23 @@ TEST(JobCheck, BoardLineFitsThirtyTwoBits)
     EXPECT_EQ(Error_OfOptions({.m_nozzles = 134217727}), "no error");
     EXPECT_EQ(Error_OfOptions({.m_nozzles = 134217728}),
               "job.toml:11:11: Nozzles is 134217728; with frames of 16 bits a board line has 2147483648 bits, and "
+              "2147483647 is the most; lower Nozzles");
+    // Columns are whole bytes: 8 bits of each for every 8 nozzles begun.
+    EXPECT_EQ(Error_OfOptions({.m_style = "7", .m_width = 16, .m_nozzles = 134217720}), "no error");
+    EXPECT_EQ(Error_OfOptions({.m_style = "7", .m_width = 16, .m_nozzles = 134217721}),
+              "job.toml:11:11: Nozzles is 134217721; with frames of 16 bits a board line has 2147483648 bits, and "
+              "2147483647 is the most; lower Nozzles");
+    // Two bits for each nozzle.
+    EXPECT_EQ(
+        Error_OfOptions({.m_style = "7", .m_support = "2", .m_width = 8, .m_dotSize = "1", .m_nozzles = 134217724}),
+        "no error");
+    EXPECT_EQ(
+        Error_OfOptions({.m_style = "7", .m_support = "2", .m_width = 8, .m_dotSize = "1", .m_nozzles = 134217725}),
+        "job.toml:11:11: Nozzles is 134217725; with frames of 8 bits a board line has 2147483648 bits, and "
+        "2147483647 is the most; lower Nozzles");
+    EXPECT_EQ(Error_OfOptions({.m_style = "9", .m_width = 8, .m_bitsPerPixel = 2, .m_nozzles = 134217724}), "no error");
+    EXPECT_EQ(Error_OfOptions({.m_style = "9", .m_width = 8, .m_bitsPerPixel = 2, .m_nozzles = 2147483644}),
+              "job.toml:11:11: Nozzles is 2147483644; with frames of 8 bits a board line has 34359738304 bits, and "
               "2147483647 is the most; lower Nozzles");
 }
 
@@ -189,7 +374,7 @@ TEST(JobCheckSeparations, AnotherDepthIsRefused)
 {
     const SJob job = Job_Of(std::string(g_fullJob));
     EXPECT_EQ(Error_OfSeparations(job, {{"a", 5000, 7000, 1}, {"b", 5000, 7000, 2}}),
-              "job.toml:31:14: Separation page.Cyan.tif has 2 bits per pixel; BitsPerPixel is 1");
+              "job.toml:37:14: Separation page.Cyan.tif has 2 bits per pixel; BitsPerPixel is 1");
     const SJob deep = Job_Of(Job_Text({.m_support = "2", .m_bitsPerPixel = 2}));
     EXPECT_EQ(Error_OfSeparations(deep, {{"a", 5000, 7000, 1}}),
               "job.toml:14:14: Separation page.tif has 1 bit per pixel; BitsPerPixel is 2");
@@ -198,10 +383,10 @@ TEST(JobCheckSeparations, AnotherDepthIsRefused)
 TEST(JobCheckSeparations, AnotherPageSizeIsRefused)
 {
     const SJob job = Job_Of(std::string(g_fullJob));
-    const std::string wider = "job.toml:31:14: Separation page.Cyan.tif has 5001 x 7000 pixels, but page.Cyan.tif has "
+    const std::string wider = "job.toml:37:14: Separation page.Cyan.tif has 5001 x 7000 pixels, but page.Cyan.tif has "
                               "5000 x 7000 pixels; all separations of a page have one size";
     EXPECT_EQ(Error_OfSeparations(job, {{"a", 5000, 7000, 1}, {"b", 5001, 7000, 1}}), wider);
-    const std::string higher = "job.toml:31:14: Separation page.Cyan.tif has 5000 x 6999 pixels, but page.Cyan.tif "
+    const std::string higher = "job.toml:37:14: Separation page.Cyan.tif has 5000 x 6999 pixels, but page.Cyan.tif "
                                "has 5000 x 7000 pixels; all separations of a page have one size";
     EXPECT_EQ(Error_OfSeparations(job, {{"a", 5000, 7000, 1}, {"b", 5000, 6999, 1}}), higher);
 }
@@ -251,28 +436,42 @@ TEST(JobCheckSeparations, BandsAtTheLimitCanBeDescribedInThirtyTwoBits)
               "bytes at most; lower Nozzles or AlignByteCountPerLine, or print a narrower page");
 }
 
-TEST(JobGeometry, FollowsThePageThePushStyleAndTheAlignment)
+TEST(JobCheckSeparations, UnitsWithoutASeparationAreLeftOut)
 {
-    const SJobGeometry plain = Job_Geometry(Job_Of(std::string(g_fullJob)), 5000, 7001);
-    EXPECT_EQ(plain.m_swathCount, 18); // 7001 rows in swaths of 400
-    EXPECT_EQ(plain.m_linesPerScanPosition, 1);
-    EXPECT_EQ(plain.m_unitWidth, 400);
-    EXPECT_EQ(plain.m_unitBitsPerPixel, 1);
-    EXPECT_EQ(plain.m_unitBytesPerLine, 52); // 50, aligned to 4
-    EXPECT_EQ(plain.m_boardWidth, 400 * 32);
-    EXPECT_EQ(plain.m_boardBytesPerLine, 1600);
-    EXPECT_EQ(plain.m_lineCount, 5000);
+    const SJob job = Job_Of(std::string(g_stripeJob));
+    EXPECT_EQ(Error_OfSeparations(job, {{"a", 500, 700, 1}, {"b", 500, 700, 1}}), "no error");
+    EXPECT_EQ(Error_OfSeparations(job, {{"a", 500, 700, 1}, {"b", 500, 701, 1}}),
+              "job.toml:30:14: Separation page.B.tif has 500 x 701 pixels, but page.A.tif has 500 x 700 pixels; all "
+              "separations of a page have one size");
+    std::string text = Replaced(g_stripeJob, "Separation = \"page.A.tif\"", "StripeColor = \"Full\"");
+    EXPECT_EQ(Error_OfSeparations(Job_Of(text), {{"b", 500, 700, 2}}),
+              "job.toml:30:14: Separation page.B.tif has 2 bits per pixel; BitsPerPixel is 1");
+}
 
-    const SJobGeometry byPixel = Job_Geometry(Job_Of(Job_Text({.m_support = "2", .m_bitsPerPixel = 2})), 100, 400);
-    EXPECT_EQ(byPixel.m_swathCount, 1);
-    EXPECT_EQ(byPixel.m_unitBitsPerPixel, 2);
-    EXPECT_EQ(byPixel.m_unitBytesPerLine, 100);
-    EXPECT_EQ(byPixel.m_lineCount, 100);
+TEST(JobCheckSeparations, BandsOfBothPassesFitThirtyTwoBits)
+{
+    // 800 bytes to a board line: 2684354 of them are the most, margins included.
+    std::string text = Replaced(g_smallJob, "UnitId = 0", "UnitId = 0\nHorizon_1 = 300\nHorizon_2 = 20");
+    text += "[InkStripe]\nLeftStripeWidth = 30\nRightStripeWidth = 50\n";
+    EXPECT_EQ(Error_OfSeparations(Job_Of(text), {{"a", 2684254, 400, 1}}), "no error");
+    EXPECT_EQ(Error_OfSeparations(Job_Of(text), {{"a", 2684255, 400, 1}}),
+              "job.toml:9:11: a board band of this page has 2684355 lines of 800 bytes, and a band holds 2147483647 "
+              "bytes at most; lower Nozzles or print a narrower page");
+    // On the way back the offset is the longer one.
+    text = Replaced(text, "BitsPerPixel = 1", "BitsPerPixel = 1\nBidirectional = true");
+    EXPECT_EQ(Error_OfSeparations(Job_Of(text), {{"a", 2683974, 400, 1}}), "no error");
+    EXPECT_EQ(Error_OfSeparations(Job_Of(text), {{"a", 2683975, 400, 1}}),
+              "job.toml:10:11: a board band of this page has 2684355 lines of 800 bytes, and a band holds 2147483647 "
+              "bytes at most; lower Nozzles or print a narrower page");
+}
 
-    const SJobGeometry byUnit = Job_Geometry(Job_Of(Job_Text({.m_push = "1", .m_bitsPerPixel = 2})), 100, 401);
-    EXPECT_EQ(byUnit.m_swathCount, 2);
-    EXPECT_EQ(byUnit.m_linesPerScanPosition, 2);
-    EXPECT_EQ(byUnit.m_unitBitsPerPixel, 1);
-    EXPECT_EQ(byUnit.m_unitBytesPerLine, 50);
-    EXPECT_EQ(byUnit.m_lineCount, 200);
+TEST(JobCheckSeparations, JobWidthFitsThirtyTwoBits)
+{
+    std::string text = Replaced(g_smallJob, "Nozzles = 400", "Nozzles = 1");
+    text = Replaced(text, "PrinterDataWidth = 16", "PrinterDataWidth = 8");
+    text = Replaced(text, "BitsPerPixel = 1", "BitsPerPixel = 1\nMaskCount_1 = 16");
+    EXPECT_EQ(Error_OfSeparations(Job_Of(text), {{"a", 134217727, 1, 1}}), "no error");
+    EXPECT_EQ(Error_OfSeparations(Job_Of(text), {{"a", 134217728, 1, 1}}),
+              "job.toml:8:15: MaskCount_1 is 16; with this page of 134217728 columns the job is 2147483648 scan "
+              "positions wide, and 2147483647 is the most; lower MaskCount_1");
 }

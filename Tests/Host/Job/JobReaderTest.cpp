@@ -47,12 +47,25 @@ TEST(JobReader, EveryKeyArrives)
     EXPECT_EQ(job.m_bitsPerPixel, 1);
     EXPECT_EQ(job.m_alignByteCountPerLine, 4);
     EXPECT_TRUE(job.m_bBidirectional);
+    EXPECT_EQ(job.m_maskCount_1, 2);
+    EXPECT_EQ(job.m_maskCount_2, 3);
+    EXPECT_EQ(job.m_lineGeneratorCount, 7);
+    EXPECT_EQ(job.m_inkStripe.m_leftStripeWidth, 40);
+    EXPECT_EQ(job.m_inkStripe.m_rightStripeWidth, 24);
+    EXPECT_EQ(job.m_inkStripe.m_unitPitch, 11);
+    EXPECT_EQ(job.m_inkStripe.m_unitPositionCount, 9);
+    EXPECT_EQ(job.m_inkStripe.m_stripeLength, 10);
     EXPECT_EQ(job.m_nozzles, 400);
     ASSERT_EQ(job.m_units.size(), 2U);
     EXPECT_EQ(job.m_units[0].m_unitId, 5);
     EXPECT_EQ(job.m_units[0].m_direction, 2);
     EXPECT_EQ(job.m_units[0].m_separation, "page.Cyan.tif");
     EXPECT_EQ(job.m_units[0].m_name, "Cyan");
+    EXPECT_EQ(job.m_units[0].m_unitPosition, 3);
+    EXPECT_EQ(job.m_units[0].m_horizon_1, 4);
+    EXPECT_EQ(job.m_units[0].m_horizon_2, 6);
+    EXPECT_EQ(job.m_units[0].m_stripeColor.m_text, "Full");
+    EXPECT_EQ(job.m_units[0].m_stripeColor.m_fill, EStripeFill::Full);
     EXPECT_EQ(job.m_units[1].m_unitId, 15);
     EXPECT_EQ(job.m_map, (SJobMap{EMapClass::Map_2, 1, 2}));
 }
@@ -60,7 +73,14 @@ TEST(JobReader, EveryKeyArrives)
 TEST(JobReader, KeysThatAreLeftOutHaveTheirDefaults)
 {
     const SJob job = Job_Of(std::string(g_smallJob));
-    EXPECT_EQ(job.m_stageKind, EStageKind::Base);
+    EXPECT_EQ(job.m_stageKind, EStageKind::InkStripe);
+    EXPECT_EQ(job.m_lineGeneratorCount, 2);
+    EXPECT_EQ(job.m_maskCount_1, 1);
+    EXPECT_EQ(job.m_maskCount_2, 1);
+    EXPECT_EQ(job.m_inkStripe.m_leftStripeWidth, 0);
+    EXPECT_EQ(job.m_inkStripe.m_rightStripeWidth, 0);
+    EXPECT_EQ(job.m_inkStripe.m_unitPitch, 0);
+    EXPECT_EQ(job.m_inkStripe.m_stripeLength, 0);
     EXPECT_FALSE(job.m_bSkipBlank);
     EXPECT_EQ(job.m_inputBands, 3);
     EXPECT_EQ(job.m_dpOption.m_dataPushStyle, EDataPushStyle::ByPixel);
@@ -69,6 +89,75 @@ TEST(JobReader, KeysThatAreLeftOutHaveTheirDefaults)
     EXPECT_FALSE(job.m_bBidirectional);
     EXPECT_EQ(job.m_units.at(0).m_direction, 1);
     EXPECT_EQ(job.m_units.at(0).m_name, "");
+    EXPECT_EQ(job.m_units.at(0).m_horizon_1, 0);
+    EXPECT_EQ(job.m_units.at(0).m_horizon_2, 0);
+    EXPECT_FALSE(job.m_units.at(0).m_stripeColor.IsGiven());
+}
+
+TEST(JobReader, StripeDefaultsFollowFromTheUnitsAndThePitch)
+{
+    const SJob small = Job_Of(std::string(g_smallJob));
+    EXPECT_EQ(small.m_units.at(0).m_unitPosition, 0);
+    EXPECT_EQ(small.m_inkStripe.m_unitPositionCount, 1);
+
+    std::string text = Replaced(g_stripeJob, "UnitPositionCount = 4\nStripeLength = 10\n", "");
+    const SJob byPlace = Job_Of(text);
+    for (int i = 0; i < 4; ++i)
+    {
+        EXPECT_EQ(byPlace.m_units.at(static_cast<std::size_t>(i)).m_unitPosition, i);
+    }
+    EXPECT_EQ(byPlace.m_inkStripe.m_unitPositionCount, 4);
+    EXPECT_EQ(byPlace.m_inkStripe.m_stripeLength, 10);
+
+    // The highest position counts, wherever it stands, and a pitch of its own makes another length.
+    text = Replaced(text, "UnitId = 0", "UnitId = 0\nUnitPosition = 6");
+    text = Replaced(text, "UnitPitch = 10", "UnitPitch = 3");
+    const SJob moved = Job_Of(text);
+    EXPECT_EQ(moved.m_units.at(0).m_unitPosition, 6);
+    EXPECT_EQ(moved.m_units.at(1).m_unitPosition, 1);
+    EXPECT_EQ(moved.m_inkStripe.m_unitPositionCount, 7);
+    EXPECT_EQ(moved.m_inkStripe.m_stripeLength, 3);
+}
+
+TEST(JobReader, UnitsWithoutASeparationAreKnown)
+{
+    const SJob job = Job_Of(std::string(g_stripeJob));
+    EXPECT_TRUE(job.m_units.at(0).HasSeparation());
+    EXPECT_FALSE(job.m_units.at(1).HasSeparation());
+    EXPECT_FALSE(job.m_units.at(3).HasSeparation());
+}
+
+TEST(JobReader, StageKindsAreReadByName)
+{
+    const std::string line = "Kind = \"ink-stripe\"";
+    EXPECT_EQ(JobText_Parse("j", std::string(g_stripeJob)).m_stageKind, EStageKind::InkStripe);
+    EXPECT_EQ(JobText_Parse("j", Replaced(g_stripeJob, line, "Kind = \"base\"")).m_stageKind, EStageKind::Base);
+    EXPECT_EQ(JobText_Parse("j", Replaced(g_stripeJob, line, "Kind = \"one-fifo\"")).m_stageKind, EStageKind::OneFIFO);
+}
+
+TEST(JobReader, StripeColoursAreSolidOrFiles)
+{
+    const auto color_of = [](const std::string& text)
+    { return JobText_Parse("jobs/job.toml", Replaced(g_stripeJob, "\"Full\"", text)).m_units.at(1).m_stripeColor; };
+    EXPECT_EQ(color_of("\"None\"").m_fill, EStripeFill::None);
+    EXPECT_EQ(color_of("\"Small\"").m_fill, EStripeFill::Small);
+    EXPECT_EQ(color_of("\"Middle\"").m_fill, EStripeFill::Middle);
+    EXPECT_EQ(color_of("\"Big\"").m_fill, EStripeFill::Big);
+    EXPECT_EQ(color_of("\"Full\"").m_fill, EStripeFill::Full);
+    EXPECT_EQ(color_of("\"stripe.tif\"").m_fill, std::nullopt);
+    EXPECT_EQ(color_of("\"stripe.tif\"").m_path, std::filesystem::path("jobs/stripe.tif"));
+    EXPECT_EQ(color_of("\"colours/Full\"").m_path, std::filesystem::path("jobs/colours/Full"));
+    const std::string takes =
+        " takes None, Small, Middle, Big, Full or the name of a TIFF file, for example stripe.tif";
+    Errors_Check(
+        g_stripeJob,
+        {
+            {"\"Full\"", "\"full\"", "job.toml:26:15: StripeColor is \"full\"; did you mean \"Full\"? It" + takes},
+            {"\"Full\"", "\"Extreme\"", "job.toml:26:15: StripeColor is \"Extreme\"; it" + takes},
+            {"\"Full\"", "\"\"", "job.toml:26:15: StripeColor is \"\"; it" + takes},
+            {"\"Full\"", "\"a.tif\\u0000\"", "job.toml:26:15: StripeColor is \"a.tif\\x00\"; it" + takes},
+            {"\"Full\"", "1", "job.toml:26:15: StripeColor is 1; it takes a text in quotes"},
+        });
 }
 
 TEST(JobReader, EveryEnumeratorIsReadByNameAndByNumber)
@@ -134,7 +223,7 @@ TEST(JobReader, WrongTypesSayWhatWasFound)
             {"PrinterDataWidth = 32", "PrinterDataWidth = 32.0",
              "job.toml:12:20: PrinterDataWidth is 32.0; it takes a whole number"},
             {"Kind = \"base\"", "Kind = 1", "job.toml:4:8: Kind is 1; it takes a text in quotes"},
-            {"Name = \"Cyan\"", "Name = 1", "job.toml:27:8: Name is 1; it takes a text in quotes"},
+            {"Name = \"Cyan\"", "Name = 1", "job.toml:29:8: Name is 1; it takes a text in quotes"},
             {"[Stage]\nKind = \"base\"\nSkipBlank = true\nInputBands = 8", "Stage = 3",
              "job.toml:3:9: Stage is 3; it is a table, written [Stage]"},
             {"[PrintParam]", "[[PrintParam]]",
@@ -179,11 +268,40 @@ TEST(JobReader, ValuesOutsideTheirRangeAreRefused)
              "job.toml:17:25: AlignByteCountPerLine is 3; it takes 1, 2, 4, 8, 16, 32 or 64"},
             {"AlignByteCountPerLine = 4", "AlignByteCountPerLine = 128",
              "job.toml:17:25: AlignByteCountPerLine is 128; it takes 1, 2, 4, 8, 16, 32 or 64"},
-            {"Nozzles = 400", "Nozzles = 0", "job.toml:21:11: Nozzles is 0; it takes 1 to 2147483647"},
+            {"Nozzles = 400", "Nozzles = 0", "job.toml:23:11: Nozzles is 0; it takes 1 to 2147483647"},
             {"Nozzles = 400", "Nozzles = 2147483648",
-             "job.toml:21:11: Nozzles is 2147483648; it takes 1 to 2147483647"},
-            {"UnitId = 5", "UnitId = -1", "job.toml:24:10: UnitId is -1; it takes 0 to 511"},
-            {"UnitId = 5", "UnitId = 512", "job.toml:24:10: UnitId is 512; it takes 0 to 511"},
+             "job.toml:23:11: Nozzles is 2147483648; it takes 1 to 2147483647"},
+            {"UnitId = 5", "UnitId = -1", "job.toml:26:10: UnitId is -1; it takes 0 to 511"},
+            {"UnitId = 5", "UnitId = 512", "job.toml:26:10: UnitId is 512; it takes 0 to 511"},
+            {"MaskCount_1 = 2", "MaskCount_1 = 0", "job.toml:19:15: MaskCount_1 is 0; it takes 1 to 16"},
+            {"MaskCount_1 = 2", "MaskCount_1 = 17", "job.toml:19:15: MaskCount_1 is 17; it takes 1 to 16"},
+            {"MaskCount_2 = 3", "MaskCount_2 = 0", "job.toml:20:15: MaskCount_2 is 0; it takes 1 to 16"},
+            {"MaskCount_2 = 3", "MaskCount_2 = 17", "job.toml:20:15: MaskCount_2 is 17; it takes 1 to 16"},
+            {"UnitPosition = 3", "UnitPosition = -1", "job.toml:30:16: UnitPosition is -1; it takes 0 to 511"},
+            {"UnitPosition = 3", "UnitPosition = 512", "job.toml:30:16: UnitPosition is 512; it takes 0 to 511"},
+            {"Horizon_1 = 4", "Horizon_1 = -1", "job.toml:31:13: Horizon_1 is -1; it takes 0 to 16777216"},
+            {"Horizon_1 = 4", "Horizon_1 = 16777217", "job.toml:31:13: Horizon_1 is 16777217; it takes 0 to 16777216"},
+            {"Horizon_2 = 6", "Horizon_2 = -1", "job.toml:32:13: Horizon_2 is -1; it takes 0 to 16777216"},
+            {"Horizon_2 = 6", "Horizon_2 = 16777217", "job.toml:32:13: Horizon_2 is 16777217; it takes 0 to 16777216"},
+            {"DataMap = 7", "DataMap = 0", "job.toml:40:33: LineGeneratorCount_Of_DataMap is 0; it takes 1 to 64"},
+            {"DataMap = 7", "DataMap = 65", "job.toml:40:33: LineGeneratorCount_Of_DataMap is 65; it takes 1 to 64"},
+            {"LeftStripeWidth = 40", "LeftStripeWidth = -1",
+             "job.toml:43:19: LeftStripeWidth is -1; it takes 0 to 16777216"},
+            {"LeftStripeWidth = 40", "LeftStripeWidth = 16777217",
+             "job.toml:43:19: LeftStripeWidth is 16777217; it takes 0 to 16777216"},
+            {"RightStripeWidth = 24", "RightStripeWidth = -1",
+             "job.toml:44:20: RightStripeWidth is -1; it takes 0 to 16777216"},
+            {"RightStripeWidth = 24", "RightStripeWidth = 16777217",
+             "job.toml:44:20: RightStripeWidth is 16777217; it takes 0 to 16777216"},
+            {"UnitPitch = 11", "UnitPitch = -1", "job.toml:45:13: UnitPitch is -1; it takes 0 to 16777216"},
+            {"UnitPitch = 11", "UnitPitch = 16777217", "job.toml:45:13: UnitPitch is 16777217; it takes 0 to 16777216"},
+            {"UnitPositionCount = 9", "UnitPositionCount = 0",
+             "job.toml:46:21: UnitPositionCount is 0; it takes 1 to 512"},
+            {"UnitPositionCount = 9", "UnitPositionCount = 513",
+             "job.toml:46:21: UnitPositionCount is 513; it takes 1 to 512"},
+            {"StripeLength = 10", "StripeLength = 0", "job.toml:47:16: StripeLength is 0; it takes 1 to 16777216"},
+            {"StripeLength = 10", "StripeLength = 16777217",
+             "job.toml:47:16: StripeLength is 16777217; it takes 1 to 16777216"},
         });
     Errors_Check(g_smallJob,
                  {
@@ -211,22 +329,34 @@ TEST(JobReader, UnknownKeysAreRefusedWithTheNearestKnownOne)
             {"SkipBlank", "SkipBlanks", "job.toml:5:1: unknown key SkipBlanks in [Stage]; did you mean SkipBlank?"},
             {"InputBands", "Colour",
              "job.toml:6:1: unknown key Colour in [Stage]; known are Kind, SkipBlank and InputBands"},
-            {"Name = ", "Nmae = ", "job.toml:27:1: unknown key Nmae in [[CartInfo.Unit]]; did you mean Name?"},
+            {"Name = ", "Nmae = ", "job.toml:29:1: unknown key Nmae in [[CartInfo.Unit]]; did you mean Name?"},
             {"[Stage]", "[Stag]", "job.toml:3:2: unknown table [Stag]; did you mean [Stage]?"},
             {"[PrintParam]", "[Printer.Options]", "job.toml:14:2: unknown table [Printer]; did you mean [PrintParam]?"},
             {"[Stage]", "[X]",
-             "job.toml:3:2: unknown table [X]; known here are Version, Stage, DPOption, PrintParam and CartInfo"},
+             "job.toml:3:2: unknown table [X]; known here are Version, Stage, DPOption, DPConfig, PrintParam, "
+             "InkStripe and CartInfo"},
             {"Version = 1", "Version = 1\nVersoin = 1", "job.toml:2:1: unknown key Versoin; did you mean Version?"},
             {"Version = 1", "Version = 1\n\"a\\nb\" = 1",
-             "job.toml:2:1: unknown key a\\x0ab; known here are Version, Stage, DPOption, PrintParam and CartInfo"},
+             "job.toml:2:1: unknown key a\\x0ab; known here are Version, Stage, DPOption, DPConfig, PrintParam, "
+             "InkStripe and CartInfo"},
             {"SkipBlank = true", "SkipBlank = true\nNozzles = 400",
              "job.toml:6:1: unknown key Nozzles in [Stage]; it belongs in [CartInfo]"},
             {"Nozzles = 400", "Nozzles = 400\nDirection = 1",
-             "job.toml:22:1: unknown key Direction in [CartInfo]; it belongs in [[CartInfo.Unit]]"},
+             "job.toml:24:1: unknown key Direction in [CartInfo]; it belongs in [[CartInfo.Unit]]"},
             {"SkipBlank = true", "SkipBlank = true\nVersion = 1",
              "job.toml:6:1: unknown key Version in [Stage]; it belongs before the first table"},
             {"Version = 1", "Version = 1\nBitsPerPixel = 1",
              "job.toml:2:1: unknown key BitsPerPixel; it belongs in [PrintParam]"},
+            {"SkipBlank = true", "SkipBlank = true\nMaskCount_1 = 2",
+             "job.toml:6:1: unknown key MaskCount_1 in [Stage]; it belongs in [PrintParam]"},
+            {"Nozzles = 400", "Nozzles = 400\nUnitPitch = 2",
+             "job.toml:24:1: unknown key UnitPitch in [CartInfo]; it belongs in [InkStripe]"},
+            {"UnitPitch = 11", "Horizon_1 = 11",
+             "job.toml:45:1: unknown key Horizon_1 in [InkStripe]; it belongs in [[CartInfo.Unit]]"},
+            {"LineGeneratorCount_Of", "LineGeneratorCount",
+             "job.toml:40:1: unknown key LineGeneratorCount_DataMap in [DPConfig]; did you mean "
+             "LineGeneratorCount_Of_DataMap?"},
+            {"[InkStripe]", "[Inkstripes]", "job.toml:42:2: unknown table [Inkstripes]; did you mean [InkStripe]?"},
         });
 }
 
@@ -251,12 +381,11 @@ TEST(JobReader, UnknownEnumeratorsAreRefusedWithAllKnownOnes)
             {"\"Big\"", "\"Enormous\"",
              "job.toml:15:15: DotSizeMode is \"Enormous\"; it takes None (0), Small (1), Middle (2) or Big (3)"},
             {"Direction = 2", "Direction = 0",
-             "job.toml:25:13: Direction is 0; it takes Descending (1) or Ascending (2)"},
-            {"Kind = \"base\"", "Kind = \"Base\"", "job.toml:4:8: Kind is \"Base\"; the stage is \"base\""},
-            {"Kind = \"base\"", "Kind = \"ink-stripe\"",
-             "job.toml:4:8: Kind is \"ink-stripe\"; this stage is not available yet, only \"base\" is"},
-            {"Kind = \"base\"", "Kind = \"one-fifo\"",
-             "job.toml:4:8: Kind is \"one-fifo\"; this stage is not available yet, only \"base\" is"},
+             "job.toml:27:13: Direction is 0; it takes Descending (1) or Ascending (2)"},
+            {"Kind = \"base\"", "Kind = \"Base\"",
+             "job.toml:4:8: Kind is \"Base\"; did you mean \"base\"? It takes ink-stripe, base or one-fifo"},
+            {"Kind = \"base\"", "Kind = \"everything\"",
+             "job.toml:4:8: Kind is \"everything\"; it takes ink-stripe, base or one-fifo"},
         });
 }
 
@@ -280,9 +409,6 @@ TEST(JobReader, MissingKeysAreNamedWithTheirTableAndAnExample)
              "job.toml:1:1: BitsPerPixel is missing from [PrintParam]; for example: BitsPerPixel = 1"},
             {"Nozzles = 400\n", "", "job.toml:8:1: Nozzles is missing from [CartInfo]; for example: Nozzles = 400"},
             {"UnitId = 0\n", "", "job.toml:10:1: UnitId is missing from [[CartInfo.Unit]]; for example: UnitId = 0"},
-            {"Separation = \"page.tif\"\n", "",
-             "job.toml:10:1: Separation is missing from [[CartInfo.Unit]]; for example: Separation = "
-             "\"page.Cyan.tif\""},
             {"[[CartInfo.Unit]]\nUnitId = 0\nSeparation = \"page.tif\"\n", "",
              "job.toml:8:1: [[CartInfo.Unit]] is missing; a job needs one for each print unit"},
         });
@@ -296,11 +422,11 @@ TEST(JobReader, FirstProblemOfTheFileIsTheOneThatIsReported)
 {
     const std::string late = Replaced(g_fullJob, "UnitId = 5", "UnitId = \"five\"");
     const std::string both = Replaced(late, "InputBands = 8", "InputBands = 1");
-    EXPECT_EQ(JobError_Of(late), "job.toml:24:10: UnitId is the text \"five\"; it takes a whole number");
+    EXPECT_EQ(JobError_Of(late), "job.toml:26:10: UnitId is the text \"five\"; it takes a whole number");
     EXPECT_EQ(JobError_Of(both), "job.toml:6:14: InputBands is 1; it takes 2 to 64");
     // A missing key counts from its table, but comes after everything that is there and wrong.
     EXPECT_EQ(JobError_Of(Replaced(late, "Nozzles = 400", "")),
-              "job.toml:24:10: UnitId is the text \"five\"; it takes a whole number");
+              "job.toml:26:10: UnitId is the text \"five\"; it takes a whole number");
 }
 
 TEST(JobReader, AnotherVersionIsRefusedBeforeItsKeysAreLookedAt)

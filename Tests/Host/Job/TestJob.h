@@ -28,6 +28,8 @@ DotSizeMode = "Big"
 BitsPerPixel = 1
 AlignByteCountPerLine = 4
 Bidirectional = true
+MaskCount_1 = 2
+MaskCount_2 = 3
 
 [CartInfo]
 Nozzles = 400
@@ -37,10 +39,24 @@ UnitId = 5
 Direction = 2
 Separation = "page.Cyan.tif"
 Name = "Cyan"
+UnitPosition = 3
+Horizon_1 = 4
+Horizon_2 = 6
+StripeColor = "Full"
 
 [[CartInfo.Unit]]
 UnitId = 15
 Separation = "page.Cyan.tif"
+
+[DPConfig]
+LineGeneratorCount_Of_DataMap = 7
+
+[InkStripe]
+LeftStripeWidth = 40
+RightStripeWidth = 24
+UnitPitch = 11
+UnitPositionCount = 9
+StripeLength = 10
 )";
 
 // Only what must be there.
@@ -69,6 +85,43 @@ inline std::string Replaced(std::string_view text, const std::string& part, cons
     }
     return result.replace(at, part.size(), other);
 }
+
+// A job whose units 0 to 3 stand on a carriage of four; 1 and 3 print stripes only. Four lines to a unit, from line 20.
+inline constexpr std::string_view g_stripeJob = R"(Version = 1
+[Stage]
+Kind = "ink-stripe"
+[DPOption]
+DataMapStyle = "FramePerPixel"
+DataPushStyle = "ByPixel"
+PrinterSupportBits = "Multiple"
+PrinterDataWidth = 16
+[PrintParam]
+BitsPerPixel = 1
+Bidirectional = true
+[InkStripe]
+LeftStripeWidth = 40
+RightStripeWidth = 40
+UnitPitch = 10
+UnitPositionCount = 4
+StripeLength = 10
+[CartInfo]
+Nozzles = 12
+[[CartInfo.Unit]]
+UnitId = 0
+Separation = "page.A.tif"
+
+[[CartInfo.Unit]]
+UnitId = 1
+StripeColor = "Full"
+
+[[CartInfo.Unit]]
+UnitId = 2
+Separation = "page.B.tif"
+
+[[CartInfo.Unit]]
+UnitId = 3
+StripeColor = "None"
+)";
 
 // What Job_Load makes of a file "job.toml" with this text.
 inline SJob Job_Of(const std::string& text)
