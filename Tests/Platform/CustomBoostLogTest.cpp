@@ -10,6 +10,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -17,6 +18,11 @@
 #include <string>
 #include <thread>
 #include <vector>
+
+#if defined(__linux__)
+#include <csignal>
+#include <sys/resource.h>
+#endif
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -249,7 +255,9 @@ TEST_F(CustomBoostLog, TheFileTakesItsMinimumAndAboveAndHasEachRecordAtOnce)
     EXPECT_THAT(Messages("log"), ElementsAre("one", "two"));
     CCustomBoostLog::File_Close();
     CCustomBoostLog::File_Close();
+    testing::internal::CaptureStderr();
     Record_Write(error, "three");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     EXPECT_THAT(Messages("log"), ElementsAre("one", "two"));
 }
 
@@ -325,6 +333,31 @@ TEST_F(CustomBoostLog, ARecordThatTheFileDoesNotTakeGoesToStandardErrorOnce)
     Record_Write(info, "four");
     EXPECT_THAT(Messages_Of(Lines_Split(testing::internal::GetCapturedStderr())), ElementsAre("one", "two", "three"));
     EXPECT_THAT(Messages("log"), ElementsAre("four"));
+}
+
+#endif
+
+#if defined(__linux__)
+
+// In a child process, whose files can be bounded.
+TEST_F(CustomBoostLogDeathTest, AFileThatHasRoomAgainTakesTheNextRecord)
+{
+    const auto writeWithAndWithoutRoom = [&]
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        CCustomBoostLog::File_Open(Path("log"), debug);
+        Record_Write(error, "one");
+        rlimit limit = {};
+        getrlimit(RLIMIT_FSIZE, &limit);
+        const rlimit full = {std::filesystem::file_size(m_folder / "log"), limit.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &full);
+        Record_Write(error, "two");
+        setrlimit(RLIMIT_FSIZE, &limit);
+        Record_Write(error, "three");
+        std::_Exit(0);
+    };
+    EXPECT_EXIT(writeWithAndWithoutRoom(), testing::ExitedWithCode(0), "CustomBoostLogTest:88 two");
+    EXPECT_THAT(Messages("log"), ElementsAre("one", "three"));
 }
 
 #endif

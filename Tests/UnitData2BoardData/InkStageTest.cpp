@@ -223,6 +223,25 @@ TEST_F(InkStage, TheBoardBandFollowsTheMapsOwnWidth)
     EXPECT_THAT(log.Summary(), IsEmpty());
 }
 
+TEST_F(InkStage, ABoardBandThatCannotBeMadeFailsTheStepAndIsAbandoned)
+{
+    class CMapOfNoLength : public CPrintUnitDataMap_5
+    {
+    public:
+        int SrcPixelCount_2_BoardBitCount(int /*srcPixelCount*/) const override { return -1; }
+    };
+    Stage_Prepare();
+    m_pStage->Map_Replace(std::make_unique<CMapOfNoLength>());
+    Input_Hold(0, 1);
+    const CLogCapture log;
+    EXPECT_FALSE(m_pStage->OneLoop());
+    EXPECT_THAT(Record_Operations(log), ElementsAre("2 failure @UnitData2BoardData_Base AllocateOutputBuffer",
+                                                    "2 failure @UnitData2BoardData_S_AllUnit AllocateOutputBuffer",
+                                                    "2 m_processState = 3 @UnitData2BoardData_Base OneLoop"));
+    EXPECT_EQ(m_pStage->m_pOutputBand, nullptr);
+    EXPECT_THAT(Units(), ElementsAre(0, 1, 2, 3)); // stripes and all, the destructor's
+}
+
 TEST_F(InkStage, StripeBandsAppendedBeforeAFailureStayUntilTheInputsAreReleased)
 {
     m_job.units[2].bHasColor = false;

@@ -8,7 +8,6 @@
 #include <chrono>
 #include <thread>
 
-using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -55,7 +54,7 @@ protected:
     }
 
     // Before any band is fed to it.
-    CHoldingMap& HoldingMap_Install(CInkStageOf<CUnitData2BoardData_S_AllUnit>& stage)
+    CHoldingMap& HoldingMap_Install(CInkStage& stage)
     {
         auto map = std::make_unique<CHoldingMap>();
         EXPECT_TRUE(map->Init(1, 16));
@@ -84,6 +83,32 @@ protected:
     CLogCapture m_log;
     CBandSetFIFO m_input{4};
     COneFIFOStage m_stage;
+};
+
+// A stage whose thread, when it comes to one state, waits there until its stop is requested and then does the state.
+template<class TStage>
+class CHaltingStage : public CInkStageOf<TStage>
+{
+public:
+    explicit CHaltingStage(int haltState) : m_haltState(haltState) {}
+
+    bool OneLoop() override
+    {
+        if (this->m_processState == m_haltState)
+        {
+            m_bHalted = true;
+            while (!this->IsStopRequested())
+            {
+                std::this_thread::yield();
+            }
+        }
+        return CInkStageOf<TStage>::OneLoop();
+    }
+
+    std::atomic<bool> m_bHalted{false};
+
+private:
+    const int m_haltState;
 };
 
 // How long a stop takes, from the request to the thread's end.
@@ -210,6 +235,27 @@ TEST_F(InkStageThread, StopsPromptlyWhereverItWaits)
         });
 }
 
+// The state in progress is finished, no other begins, and what the stage then holds is freed with it.
+TEST_F(InkStageThread, AStopInAnyStateFinishesThatStateOnly)
+{
+    for (const int state : {1, 2, 3, 4, 5})
+    {
+        auto pool = Pool_Make(0, 1);
+        CHaltingStage<CUnitData2BoardData_S_AllUnit> stage(state);
+        ASSERT_TRUE(stage.Create(false, {pool.get()}));
+        ASSERT_TRUE(Band_Push(*pool));
+        ASSERT_TRUE(Eventually([&] { return stage.m_bHalted.load(); }));
+        stage.Stop();
+        EXPECT_TRUE(stage.WaitExit(10000));
+        EXPECT_TRUE(stage.IsThreadSuccess());
+        EXPECT_EQ(stage.m_processState, state == 5 ? 2 : state + 1);
+        EXPECT_EQ(stage.m_pInputElements->size(), state >= 2 && state <= 4 ? 1U : 0U);
+        EXPECT_EQ(stage.OutputProcessor_Get()->WaitForOut(0), state >= 4);
+        EXPECT_FALSE(stage.OutputProcessor_Get()->IsCompleted());
+    }
+    EXPECT_THAT(m_log.Summary(), IsEmpty());
+}
+
 // Joining is never cut short: the band in progress is finished and passed on, then the stage ends.
 TEST_F(InkStageThread, AStopInTheMiddleOfABandLetsTheBandFinish)
 {
@@ -324,6 +370,30 @@ TEST_F(OneFIFOStageOutside, StopsPromptlyWhereverItWaits)
             std::this_thread::sleep_for(std::chrono::milliseconds(2));
             return Stop_Measure(stage);
         });
+}
+
+TEST_F(OneFIFOStageOutside, AStopInAnyStateFinishesThatStateOnly)
+{
+    for (const int state : {1, 2, 3, 4, 5})
+    {
+        CBandSetFIFO input(1);
+        CHaltingStage<CUnitData2BoardData_AllUnit_2> stage(state);
+        ASSERT_TRUE(stage.Create(input));
+        if (state > 1)
+        {
+            ASSERT_TRUE(BandSet_Push(input, BandSet_Make(Set_Make(0))));
+        }
+        ASSERT_TRUE(Eventually([&] { return stage.m_bHalted.load(); }));
+        stage.Stop();
+        EXPECT_TRUE(stage.WaitExit(10000));
+        EXPECT_TRUE(stage.IsThreadSuccess());
+        EXPECT_EQ(stage.m_processState, state == 5 ? 2 : state + 1);
+        EXPECT_EQ(stage.m_pInputElements->size(), state >= 2 && state <= 4 ? 1U : 0U);
+        EXPECT_EQ(stage.OutputProcessor_Get()->WaitForOut(0), state >= 4);
+        EXPECT_FALSE(stage.OutputProcessor_Get()->IsCompleted());
+        EXPECT_FALSE(input.HasDataEvent().Wait(0));
+    }
+    EXPECT_THAT(m_log.Summary(), IsEmpty());
 }
 
 TEST_F(OneFIFOStageOutside, AStopInTheMiddleOfABandLetsTheBandFinish)

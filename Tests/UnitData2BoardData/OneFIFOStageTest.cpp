@@ -211,8 +211,10 @@ TEST_F(OneFIFOStage, WithoutRoomInTheOutputNoSetIsTaken)
     m_pOutput->m_bFull = true;
     ASSERT_TRUE(m_pStage->OneLoop());
     EXPECT_EQ(m_pStage->m_processState, 2);
-    EXPECT_TRUE(m_input.HasDataEvent().Wait(0));
     EXPECT_THAT(m_journal, ElementsAre("out.WaitForIn"));
+    SBufferData<CBandData*>* untaken = nullptr;
+    ASSERT_TRUE(m_input.Out(untaken));
+    BandSet_Delete(untaken);
 }
 
 TEST_F(OneFIFOStage, AnEmptyInputIsWaitedForOnceAndThenAskedForAgain)

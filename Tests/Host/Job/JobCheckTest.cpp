@@ -300,7 +300,7 @@ TEST(JobCheck, UnitsStandAtAKnownPosition)
                                  "3, so the positions are 0 to 2");
     EXPECT_EQ(JobError_Of(Replaced(text, "UnitId = 3", "UnitId = 3\nUnitPosition = 2")), "no error");
     EXPECT_EQ(JobError_Of(Replaced(text, "UnitId = 0", "UnitId = 0\nUnitPosition = 7")),
-              "job.toml:21:16: UnitPosition is 7; UnitPositionCount is 3, so the positions are 0 to 2");
+              "job.toml:22:16: UnitPosition is 7; UnitPositionCount is 3, so the positions are 0 to 2");
 }
 
 TEST(JobCheck, AtLeastOneUnitPrintsThePage)
@@ -311,7 +311,7 @@ TEST(JobCheck, AtLeastOneUnitPrintsThePage)
     EXPECT_EQ(JobError_Of(text), "no error");
     text = Replaced(text, "Separation = \"page.B.tif\"", "StripeColor = \"Full\"");
     EXPECT_EQ(JobError_Of(text),
-              "job.toml:19:1: no [[CartInfo.Unit]] has a Separation; at least one must print the page");
+              "job.toml:20:1: no [[CartInfo.Unit]] has a Separation; at least one must print the page");
 }
 
 TEST(JobCheck, EveryUnitOfTheBaseStagePrintsAPage)

@@ -156,7 +156,7 @@ TEST(JobStripe, OffsetsCountForTheirPassAlone)
     // The band grows by the offset of unit 0, but the stripes keep their distance from the ends of the image.
     std::string text = Replaced(g_stripeJob, "UnitId = 0", "UnitId = 0\nHorizon_1 = 5");
     text = Replaced(text, "StripeLength = 10", "StripeLength = 11");
-    EXPECT_EQ(Error_OfPage(text), Outside("34:15", "right stripe of unit 3", "left-to-right", "170 to 180"));
+    EXPECT_EQ(Error_OfPage(text), Outside("35:15", "right stripe of unit 3", "left-to-right", "170 to 180"));
     EXPECT_EQ(Error_OfPage(Replaced(text, "Horizon_1 = 5", "Horizon_2 = 5")), "no error");
     // A unit that has the largest offset itself ends with the band again.
     const std::string own = Replaced(text, "UnitId = 3", "UnitId = 3\nHorizon_2 = 7");
