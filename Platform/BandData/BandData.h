@@ -66,5 +66,5 @@ private:
     void Release();
 
     std::int32_t m_lineCapacity = 0; // lines that the memory has room for
-    void* m_pAllocation = nullptr; // owned; the block that m_pData points into
+    void* m_pAllocation = nullptr;   // owned; the block that m_pData points into
 };

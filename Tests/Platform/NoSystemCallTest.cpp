@@ -9,6 +9,7 @@
 
 #include <csignal>
 #include <cstddef>
+#include <cstdlib>
 #include <iterator>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
@@ -43,7 +44,8 @@ template<class Work>
     {
         work();
     }
-    _exit(bForbidden ? 0 : 77);
+    syscall(SYS_exit_group, bForbidden ? 0 : 77); // itself: a leak checker listens to the function of this name
+    std::abort();
 }
 
 } // namespace

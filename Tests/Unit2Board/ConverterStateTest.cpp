@@ -18,7 +18,7 @@ class ConverterState : public testing::Test
 {
 protected:
     // A new converter for a band of `height` lines, in state 1.
-    void Setup(int height)
+    void Begin(int height)
     {
         m_pConverter = std::make_unique<CWatchedConverter>();
         m_pJob = std::make_unique<SBandJob>(1, height);
@@ -26,9 +26,9 @@ protected:
     }
 
     // The same, as far as state 3 with as many lines handed out as possible.
-    void Setup_HandedOut(int height)
+    void Begin_HandedOut(int height)
     {
-        Setup(height);
+        Begin(height);
         ASSERT_TRUE(Step());
         ASSERT_TRUE(Step());
         ASSERT_EQ(State(), 3);
@@ -101,7 +101,7 @@ TEST_F(ConverterState, TheMembersKeepTheirOrderInMemory)
 
 TEST_F(ConverterState, TheBufferHasItsNameAndTwentyFreeElements)
 {
-    Setup(1);
+    Begin(1);
     const CLogCapture log;
     EXPECT_FALSE(Buffer().Wait_In(nullptr, 0));
     EXPECT_THAT(log.Summary(),
@@ -118,7 +118,7 @@ TEST_F(ConverterState, TheBufferHasItsNameAndTwentyFreeElements)
 
 TEST_F(ConverterState, PreparingLeadsToState1AndState1ClearsTheCounters)
 {
-    Setup(3);
+    Begin(3);
     EXPECT_EQ(State(), 1);
     SAccess::AddedCount(*m_pConverter) = 7;
     SAccess::FinishedCount(*m_pConverter) = 8;
@@ -135,7 +135,7 @@ TEST_F(ConverterState, ABandWithoutLinesGoesStraightTo3AndStopsThere)
     constexpr int rounds = 20;
     for (int i = 1; i <= rounds; ++i)
     {
-        Setup(0);
+        Begin(0);
         EXPECT_TRUE(Step());
         EXPECT_TRUE(Step());
         EXPECT_EQ(State(), 3);
@@ -150,7 +150,7 @@ TEST_F(ConverterState, ABandWithoutLinesGoesStraightTo3AndStopsThere)
 
 TEST_F(ConverterState, HandsOutTwentyLinesInTheirOrderAndNoMore)
 {
-    Setup_HandedOut(45);
+    Begin_HandedOut(45);
     EXPECT_EQ(AddedCount(), 20);
     EXPECT_FALSE(HasFreeElement());
     for (int line = 0; line < 20; ++line)
@@ -162,7 +162,7 @@ TEST_F(ConverterState, HandsOutTwentyLinesInTheirOrderAndNoMore)
 
 TEST_F(ConverterState, HandsOutNoMoreLinesThanTheBandHas)
 {
-    Setup_HandedOut(4);
+    Begin_HandedOut(4);
     EXPECT_EQ(AddedCount(), 4);
     EXPECT_TRUE(HasFreeElement());
     State() = 2;
@@ -173,7 +173,7 @@ TEST_F(ConverterState, HandsOutNoMoreLinesThanTheBandHas)
 
 TEST_F(ConverterState, HandingOutResumesAsSoonAsOneElementIsBack)
 {
-    Setup_HandedOut(45);
+    Begin_HandedOut(45);
     const CStopWatch watch;
     for (int line = 0; line < 25; ++line)
     {
@@ -190,7 +190,7 @@ TEST_F(ConverterState, HandingOutResumesAsSoonAsOneElementIsBack)
 
 TEST_F(ConverterState, CollectsAllThatHasComeBackInOneStep)
 {
-    Setup_HandedOut(45);
+    Begin_HandedOut(45);
     for (int i = 0; i < 12; ++i)
     {
         Line_Finish();
@@ -205,7 +205,7 @@ TEST_F(ConverterState, CollectsAllThatHasComeBackInOneStep)
 
 TEST_F(ConverterState, WithNothingToDoWaits100MsForALineAndThenLooksForFreeElements)
 {
-    Setup_HandedOut(45);
+    Begin_HandedOut(45);
     const CStopWatch watch;
     EXPECT_TRUE(Step());
     EXPECT_GE(watch.Elapsed(), 95ms);
@@ -222,7 +222,7 @@ TEST_F(ConverterState, ALineThatComesBackDuringTheWaitEndsItAndIsCollectedByTheN
     bool bMet = false;
     for (int attempt = 0; attempt < 20 && !bMet; ++attempt)
     {
-        Setup_HandedOut(45);
+        Begin_HandedOut(45);
         std::thread generator(
             [&]
             {
@@ -241,7 +241,7 @@ TEST_F(ConverterState, ALineThatComesBackDuringTheWaitEndsItAndIsCollectedByTheN
 
 TEST_F(ConverterState, WithFreeElementsLeftItSwitchesBetween2And3WithoutWaiting)
 {
-    Setup_HandedOut(5);
+    Begin_HandedOut(5);
     const CStopWatch watch;
     for (int i = 0; i < 200; ++i)
     {
@@ -257,7 +257,7 @@ TEST_F(ConverterState, WithFreeElementsLeftItSwitchesBetween2And3WithoutWaiting)
 TEST_F(ConverterState, StopsOnceWhenAllLinesAreBack)
 {
     const CLogCapture log;
-    Setup_HandedOut(3);
+    Begin_HandedOut(3);
     Line_Finish();
     Line_Finish();
     EXPECT_TRUE(Step());
@@ -273,7 +273,7 @@ TEST_F(ConverterState, StopsOnceWhenAllLinesAreBack)
 
 TEST_F(ConverterState, OnlyTheNumberOfLinesThatComeBackCounts)
 {
-    Setup_HandedOut(3);
+    Begin_HandedOut(3);
     for (int i = 0; i < 3; ++i)
     {
         int* element = nullptr;
@@ -287,7 +287,7 @@ TEST_F(ConverterState, OnlyTheNumberOfLinesThatComeBackCounts)
 
 TEST_F(ConverterState, TheHeightIsReadAgainWhenLinesAreCollected)
 {
-    Setup_HandedOut(5);
+    Begin_HandedOut(5);
     Line_Finish();
     Line_Finish();
     m_pJob->dst.m_height = 2;
@@ -298,7 +298,7 @@ TEST_F(ConverterState, TheHeightIsReadAgainWhenLinesAreCollected)
 // The event says that there is an element, the FIFO has none.
 TEST_F(ConverterState, AFreeElementThatCannotBeTakenEndsTheConverter)
 {
-    Setup_HandedOut(45);
+    Begin_HandedOut(45);
     State() = 2;
     Buffer().EmptyFIFO()->HasDataEvent().Set();
     const CLogCapture log;
@@ -311,7 +311,7 @@ TEST_F(ConverterState, AFreeElementThatCannotBeTakenEndsTheConverter)
 
 TEST_F(ConverterState, ALineThatCannotBeQueuedEndsTheConverterAndLeaksNoElement)
 {
-    Setup(45);
+    Begin(45);
     ASSERT_TRUE(Step());
     Fill(*Buffer().InFIFO());
     const CLogCapture log;
@@ -325,7 +325,7 @@ TEST_F(ConverterState, ALineThatCannotBeQueuedEndsTheConverterAndLeaksNoElement)
 
 TEST_F(ConverterState, AFinishedLineThatCannotBeTakenEndsTheConverter)
 {
-    Setup_HandedOut(45);
+    Begin_HandedOut(45);
     Buffer().FullFIFO()->HasDataEvent().Set();
     const CLogCapture log;
     EXPECT_FALSE(Step());
@@ -336,7 +336,7 @@ TEST_F(ConverterState, AFinishedLineThatCannotBeTakenEndsTheConverter)
 
 TEST_F(ConverterState, AnElementThatCannotBeRecycledEndsTheConverterAndLeaksNoElement)
 {
-    Setup_HandedOut(45);
+    Begin_HandedOut(45);
     Line_Finish();
     Fill(*Buffer().EmptyFIFO());
     const CLogCapture log;
@@ -350,7 +350,7 @@ TEST_F(ConverterState, AnElementThatCannotBeRecycledEndsTheConverterAndLeaksNoEl
 
 TEST_F(ConverterState, AStateThatDoesNotExistEndsTheConverter)
 {
-    Setup(1);
+    Begin(1);
     for (const int state : {0, 4, -1})
     {
         State() = state;
@@ -365,7 +365,7 @@ TEST_F(ConverterState, AStateThatDoesNotExistEndsTheConverter)
 
 TEST_F(ConverterState, ReleasingTheGeneratorsLeavesNoneToStop)
 {
-    Setup(1);
+    Begin(1);
     ASSERT_NE(SAccess::Generators(*m_pConverter), nullptr);
     SAccess::GeneratorCount(*m_pConverter) = 0;
     EXPECT_TRUE(SAccess::Release_LineGenerator(*m_pConverter));

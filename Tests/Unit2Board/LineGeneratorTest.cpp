@@ -28,7 +28,7 @@ class LineGenerator : public testing::Test
 {
 protected:
     // A buffer with `elementCount` elements, and the generator as Create leaves it but without a thread.
-    void Setup(int srcBandCount, int height, int elementCount = 4)
+    void Begin(int srcBandCount, int height, int elementCount = 4)
     {
         m_pJob = std::make_unique<SBandJob>(srcBandCount, height);
         std::vector<int*> elements;
@@ -47,9 +47,9 @@ protected:
     }
 
     // The same, in state 3 with a line in hand.
-    void Setup_WithLine(int srcBandCount, int height, int line)
+    void Begin_WithLine(int srcBandCount, int height, int line)
     {
-        Setup(srcBandCount, height);
+        Begin(srcBandCount, height);
         Line_HandOut(line);
         ASSERT_TRUE(Step());
         ASSERT_TRUE(Step());
@@ -108,7 +108,7 @@ TEST_F(LineGenerator, TheMembersKeepTheirOrderInMemory)
 
 TEST_F(LineGenerator, State1MakesTheScratchObjectAndFinallyGivesItBack)
 {
-    Setup(1, 1);
+    Begin(1, 1);
     EXPECT_EQ(m_pJob->map.ScratchCount(), 0U);
     EXPECT_TRUE(Step());
     EXPECT_EQ(State(), 2);
@@ -120,14 +120,14 @@ TEST_F(LineGenerator, State1MakesTheScratchObjectAndFinallyGivesItBack)
 
 TEST_F(LineGenerator, FinallyBeforeState1GivesTheMapANull)
 {
-    Setup(1, 1);
+    Begin(1, 1);
     SAccess::Finally(m_generator);
     EXPECT_EQ(m_pJob->map.NullReleaseCount(), 1);
 }
 
 TEST_F(LineGenerator, AnIdleOneComesBackToState2Every100Ms)
 {
-    Setup(1, 1);
+    Begin(1, 1);
     ASSERT_TRUE(Step());
     for (int i = 0; i < 2; ++i)
     {
@@ -144,7 +144,7 @@ TEST_F(LineGenerator, AnIdleOneComesBackToState2Every100Ms)
 TEST_F(LineGenerator, AQueuedLineIsTakenAtOnceOldestFirst)
 {
     constexpr int lineCount = 20;
-    Setup(1, lineCount, lineCount);
+    Begin(1, lineCount, lineCount);
     for (int line = 0; line < lineCount; ++line)
     {
         Line_HandOut(line);
@@ -167,7 +167,7 @@ TEST_F(LineGenerator, AQueuedLineIsTakenAtOnceOldestFirst)
 
 TEST_F(LineGenerator, ALineThatComesDuringTheWaitIsTakenByTheSameStep)
 {
-    Setup(1, 9);
+    Begin(1, 9);
     ASSERT_TRUE(Step());
     std::thread converter(
         [&]
@@ -185,7 +185,7 @@ TEST_F(LineGenerator, ALineThatComesDuringTheWaitIsTakenByTheSameStep)
 
 TEST_F(LineGenerator, MapsTheLineOfEverySourceBandInArrayOrder)
 {
-    Setup(3, 4);
+    Begin(3, 4);
     // Strides that differ from the lines' own lengths, and from each other.
     ASSERT_TRUE(m_pJob->dst.Create(60, 4, 1, 16));
     ASSERT_TRUE(m_pJob->sources[1]->Create(13, 4, 2, 32));
@@ -217,7 +217,7 @@ TEST_F(LineGenerator, MapsTheLineOfEverySourceBandInArrayOrder)
 
 TEST_F(LineGenerator, HandsTheElementBackAsFinishedAndWaitsForTheNext)
 {
-    Setup_WithLine(2, 4, 1);
+    Begin_WithLine(2, 4, 1);
     ASSERT_TRUE(Step());
     int* held = LineIndex();
     ASSERT_NE(held, nullptr);
@@ -235,7 +235,7 @@ TEST_F(LineGenerator, HandsTheElementBackAsFinishedAndWaitsForTheNext)
 TEST_F(LineGenerator, WithoutSourceBandsEveryLineIsFinishedUntouched)
 {
     const CLogCapture log;
-    Setup_WithLine(0, 4, 2);
+    Begin_WithLine(0, 4, 2);
     EXPECT_TRUE(Step());
     EXPECT_EQ(State(), 4);
     EXPECT_TRUE(Step());
@@ -247,7 +247,7 @@ TEST_F(LineGenerator, WithoutSourceBandsEveryLineIsFinishedUntouched)
 
 TEST_F(LineGenerator, ASourceBandThatIsTooShortIsSkippedWithARecordAndTheLineStillCounts)
 {
-    Setup_WithLine(3, 4, 2);
+    Begin_WithLine(3, 4, 2);
     ASSERT_TRUE(m_pJob->sources[1]->Create(24, 2, 1, 1)); // lines 0 and 1 only
     const CLogCapture log;
     EXPECT_TRUE(Step());
@@ -264,7 +264,7 @@ TEST_F(LineGenerator, ASourceBandThatIsTooShortIsSkippedWithARecordAndTheLineSti
 
 TEST_F(LineGenerator, TheLastLineOfAShortSourceBandIsStillMapped)
 {
-    Setup_WithLine(1, 4, 1);
+    Begin_WithLine(1, 4, 1);
     ASSERT_TRUE(m_pJob->sources[0]->Create(24, 2, 1, 1));
     const CLogCapture log;
     EXPECT_TRUE(Step());
@@ -275,7 +275,7 @@ TEST_F(LineGenerator, TheLastLineOfAShortSourceBandIsStillMapped)
 
 TEST_F(LineGenerator, AMapThatFailsLeavesTheOtherSourcesUnmappedAndEndsItWithItsElementInHand)
 {
-    Setup_WithLine(3, 4, 2);
+    Begin_WithLine(3, 4, 2);
     m_pJob->map.m_script = [](const SLineCall& call) { return call.param.m_unitIndex != 11; };
     const CLogCapture log;
     EXPECT_FALSE(Step());
@@ -292,7 +292,7 @@ TEST_F(LineGenerator, AMapThatFailsLeavesTheOtherSourcesUnmappedAndEndsItWithIts
 
 TEST_F(LineGenerator, AFinishedLineThatCannotBeHandedBackEndsItWithItsElementInHand)
 {
-    Setup_WithLine(1, 4, 2);
+    Begin_WithLine(1, 4, 2);
     ASSERT_TRUE(Step());
     while (m_buffer.FullFIFO()->HasSpaceEvent().Wait(0))
     {
@@ -313,7 +313,7 @@ TEST_F(LineGenerator, AFinishedLineThatCannotBeHandedBackEndsItWithItsElementInH
 
 TEST_F(LineGenerator, AFullFIFOThatGetsRoomDuringTheWaitTakesTheLine)
 {
-    Setup_WithLine(1, 4, 2);
+    Begin_WithLine(1, 4, 2);
     ASSERT_TRUE(Step());
     while (m_buffer.FullFIFO()->HasSpaceEvent().Wait(0))
     {
@@ -336,7 +336,7 @@ TEST_F(LineGenerator, AFullFIFOThatGetsRoomDuringTheWaitTakesTheLine)
 
 TEST_F(LineGenerator, AStateThatDoesNotExistEndsIt)
 {
-    Setup(1, 1);
+    Begin(1, 1);
     for (const int state : {0, 5, -1})
     {
         State() = state;
@@ -351,7 +351,7 @@ TEST_F(LineGenerator, AStateThatDoesNotExistEndsIt)
 
 TEST_F(LineGenerator, DestroyedWithALineInHandItDeletesTheElement)
 {
-    Setup(0, 1);
+    Begin(0, 1);
     auto generator = std::make_unique<CUnit2Board_Line>();
     SAccess::LineIndex(*generator) = new int(3); // the leak checker looks on
     EXPECT_EQ(*SAccess::LineIndex(*generator), 3);
@@ -360,7 +360,7 @@ TEST_F(LineGenerator, DestroyedWithALineInHandItDeletesTheElement)
 TEST_F(LineGenerator, OnItsOwnThreadItMapsWhatIsHandedOutAndEndsOnRequest)
 {
     const CLogCapture log;
-    Setup(2, 4);
+    Begin(2, 4);
     CUnit2Board_Line generator;
     ASSERT_TRUE(generator.Create(m_buffer, m_pJob->map, m_pJob->pointers.data(), 2, m_pJob->dst));
     EXPECT_EQ(SAccess::SrcBands(generator), m_pJob->pointers.data()); // borrowed, not copied
@@ -386,7 +386,7 @@ TEST_F(LineGenerator, OnItsOwnThreadItMapsWhatIsHandedOutAndEndsOnRequest)
 // Many of them, so that the machine's mood averages out: sitting through the poll would take up to 100 ms each.
 TEST_F(LineGenerator, AnIdleOneIsStoppedWithoutSittingThroughItsPoll)
 {
-    Setup(1, 1);
+    Begin(1, 1);
     std::chrono::milliseconds total{0};
     constexpr int cycles = 20;
     for (int i = 0; i < cycles; ++i)
@@ -405,7 +405,7 @@ TEST_F(LineGenerator, AnIdleOneIsStoppedWithoutSittingThroughItsPoll)
 
 TEST_F(LineGenerator, ACopyShares)
 {
-    Setup_WithLine(1, 1, 0);
+    Begin_WithLine(1, 1, 0);
     CUnit2Board_Line constructed(m_generator);
     CUnit2Board_Line assigned;
     assigned = m_generator;
