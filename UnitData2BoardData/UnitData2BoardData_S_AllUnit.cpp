@@ -54,7 +54,7 @@ bool CUnitData2BoardData_S_AllUnit::Create(bool checkInput, const std::vector<CB
 
 void CUnitData2BoardData_S_AllUnit::Finally()
 {
-    TamBaseThread::Finally();
+    CUnitData2BoardData_Base::Finally();
 }
 
 bool CUnitData2BoardData_S_AllUnit::Initialize()

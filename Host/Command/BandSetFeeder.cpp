@@ -114,8 +114,11 @@ bool CBandSetFeeder::Set_Push()
     {
         return false;
     }
-    bandSet.release(); // the FIFO's, with the bands
-    std::ranges::for_each(m_step, [](auto& band) { band.release(); });
+    static_cast<void>(bandSet.release()); // the FIFO's, with the bands
+    for (auto& band : m_step)
+    {
+        static_cast<void>(band.release());
+    }
     m_step.clear();
     return true;
 }

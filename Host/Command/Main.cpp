@@ -89,7 +89,7 @@ void Log_Open(const SCommandLine& line)
 
 int Run(int argumentCount, char** arguments)
 {
-    CProcessHelper::BrokenPipe_Ignore();
+    CProcessHelper::WriteSignals_Ignore();
     SCommandLine line;
     CLI::App app("boardmap: print unit separations in, head-driver board data out.", "boardmap");
     app.set_version_flag("--version", "boardmap " BOARDMAP_VERSION);

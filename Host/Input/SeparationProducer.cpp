@@ -205,17 +205,20 @@ void CSeparationProducer::Band_Fill(CBandData& band) const
     shape.bUnitPlanes = m_plan.bByUnitPlanes;
     shape.rowStride = m_rowStride;
     shape.lineStride = static_cast<std::size_t>(band.m_bytesPerLine);
-    const std::size_t firstLine = static_cast<std::size_t>(pass.imagePosition * m_linesPerPosition);
-    Swath_Turn(m_rows.data(), band.m_pData + firstLine * shape.lineStride, shape);
+    Swath_Turn(m_rows.data(), band.m_pData + pass.imagePosition * PositionBytes(band), shape);
     Header_Fill(band);
 }
 
 void CSeparationProducer::Margin_Clear(CBandData& band, int firstPosition, int positionCount) const
 {
-    const auto lineBytes = static_cast<std::size_t>(band.m_bytesPerLine);
-    const auto firstLine = static_cast<std::size_t>(firstPosition * m_linesPerPosition);
-    std::memset(band.m_pData + firstLine * lineBytes, 0,
-                static_cast<std::size_t>(positionCount * m_linesPerPosition) * lineBytes);
+    const std::ptrdiff_t positionBytes = PositionBytes(band);
+    std::memset(band.m_pData + firstPosition * positionBytes, 0,
+                static_cast<std::size_t>(positionCount * positionBytes));
+}
+
+std::ptrdiff_t CSeparationProducer::PositionBytes(const CBandData& band) const
+{
+    return std::ptrdiff_t{band.m_bytesPerLine} * m_linesPerPosition;
 }
 
 void CSeparationProducer::Header_Fill(SBandHeader& header) const

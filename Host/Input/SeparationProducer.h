@@ -85,6 +85,7 @@ private:
     void Header_Fill(SBandHeader& header) const;
     void Swath_Next();
     void Margin_Clear(CBandData& band, int firstPosition, int positionCount) const;
+    std::ptrdiff_t PositionBytes(const CBandData& band) const; // from one scan position to the next
     const SPassPlan& Pass() const { return IsReverse() ? m_plan.rightToLeft : m_plan.leftToRight; }
     bool IsReverse() const { return m_plan.bBidirectional && m_swathIndex % 2 == 1; }
     int SwathRows() const;

@@ -101,7 +101,7 @@ COutputFile::~COutputFile()
 
 void COutputFile::Open_InPlace()
 {
-    CProcessHelper::BrokenPipe_Ignore();
+    CProcessHelper::WriteSignals_Ignore();
     errno = 0;
     if (m_buffer.open(m_target, std::ios::out | std::ios::binary) == nullptr)
     {
@@ -228,7 +228,7 @@ void COutputFile::Temporary_Remove()
 
 CStandardOutput::CStandardOutput(std::FILE* pStream) : m_pStream(pStream)
 {
-    CProcessHelper::BrokenPipe_Ignore();
+    CProcessHelper::WriteSignals_Ignore();
     CProcessHelper::StandardOutput_Binary();
 }
 

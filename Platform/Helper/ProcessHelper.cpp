@@ -23,9 +23,10 @@ std::int64_t CProcessHelper::PeakMemoryBytes()
     return getrusage(RUSAGE_SELF, &usage) == 0 ? std::int64_t{usage.ru_maxrss} * 1024 : 0;
 }
 
-void CProcessHelper::BrokenPipe_Ignore()
+void CProcessHelper::WriteSignals_Ignore()
 {
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 void CProcessHelper::StandardOutput_Binary() {}

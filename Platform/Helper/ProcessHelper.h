@@ -17,8 +17,9 @@ public:
     // The most memory that this process has held at once, in bytes; 0 if the system does not tell.
     static std::int64_t PeakMemoryBytes();
 
-    // From now on, writing to a pipe that nobody reads fails as an ordinary write error instead of ending the process.
-    static void BrokenPipe_Ignore();
+    // From now on, a write that the system refuses, because nobody reads the pipe or the file may not grow any further,
+    // fails as an ordinary write error instead of ending the process.
+    static void WriteSignals_Ignore();
 
     // Standard output carries bytes, not lines of text.
     static void StandardOutput_Binary();

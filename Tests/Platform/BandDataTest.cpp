@@ -202,3 +202,21 @@ TEST(BandDataDeathTest, NoMemoryIsAFalseAndAnEmptyBand)
     EXPECT_EXIT(createInVain(), testing::ExitedWithCode(0), "");
 }
 #endif
+
+TEST(BandData, ABandMayBeMadeLowerAndHigherAgainWithinItsRoom)
+{
+    CBandData band;
+    ASSERT_TRUE(band.Create(8, 5, 1, 1));
+    band.m_pData[4] = 0xAB;
+    EXPECT_TRUE(band.Height_Set(2));
+    EXPECT_EQ(band.m_height, 2);
+    EXPECT_EQ(band.m_dataSize, 2);
+    EXPECT_FALSE(band.Height_Set(6));
+    EXPECT_FALSE(band.Height_Set(-1));
+    EXPECT_EQ(band.m_height, 2);
+    EXPECT_TRUE(band.Height_Set(5));
+    EXPECT_EQ(band.m_dataSize, 5);
+    EXPECT_EQ(band.m_pData[4], 0xAB);
+    ASSERT_TRUE(band.Create(8, 1, 1, 1));
+    EXPECT_FALSE(band.Height_Set(5)); // the room is the last Create's
+}

@@ -75,7 +75,7 @@ TEST(ProcessHelperDeathTest, ABrokenPipeEndsTheProcessUnlessItIsIgnored)
     EXPECT_EXIT(std::raise(SIGPIPE), testing::KilledBySignal(SIGPIPE), "");
     const auto ignore = []
     {
-        CProcessHelper::BrokenPipe_Ignore();
+        CProcessHelper::WriteSignals_Ignore();
         std::raise(SIGPIPE);
         std::_Exit(0);
     };

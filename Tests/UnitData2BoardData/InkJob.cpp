@@ -176,10 +176,12 @@ std::vector<SBandImage> Job_Run(CUnitData2BoardData_Base& stage, const SInkJob& 
                 for (std::size_t i = 0; i < inputCount; ++i)
                 {
                     CBandData* band = nullptr;
-                    if (!fifos[i]->Empty_Out(band, 10000))
+                    while (!fifos[i]->Empty_Out(band, 20))
                     {
-                        ADD_FAILURE() << "no band comes back";
-                        return;
+                        if (stage.WaitExit(0)) // it has failed: nothing will come back
+                        {
+                            return;
+                        }
                     }
                     Band_Fill(*band, step[i], job.stripes.alignBytes);
                     EXPECT_TRUE(fifos[i]->Full_In(band, 0));
@@ -201,12 +203,19 @@ std::vector<SBandImage> Job_Run(CUnitData2BoardData_AllUnit_2& stage, const SInk
         {
             for (const SStepImage& step : job.steps)
             {
+                while (!input.HasSpaceEvent().Wait(20))
+                {
+                    if (stage.WaitExit(0)) // it has failed: nothing will be taken
+                    {
+                        return;
+                    }
+                }
                 std::vector<std::unique_ptr<CBandData>> bands;
                 for (const SBandImage& image : step)
                 {
                     bands.push_back(Band_Of(image, job.stripes.alignBytes));
                 }
-                EXPECT_TRUE(BandSet_Push(input, BandSet_Make(std::move(bands))));
+                EXPECT_TRUE(input.In(BandSet_Make(std::move(bands))));
             }
         });
     auto boards = Output_Take(stage, job.steps.size());

@@ -384,17 +384,18 @@ TEST(OneFIFOStageThread, RunsToTheNullMarkerAndReportsSuccess)
         });
     std::vector<int> numbers;
     auto* output = stage.OutputProcessor_Get();
-    while (!output->IsCompleted())
+    for (CBandData* board = nullptr; output->Out(board, 1000);)
     {
-        CBandData* board = nullptr;
-        if (output->Out(board, 100))
+        numbers.push_back(board->m_bandNo);
+        delete board;
+        if (numbers.size() == stepCount)
         {
-            numbers.push_back(board->m_bandNo);
-            delete board;
+            break;
         }
     }
     producer.join();
-    EXPECT_TRUE(stage.WaitExit(withoutLimit));
+    EXPECT_TRUE(stage.WaitExit(10000));
+    EXPECT_TRUE(output->IsCompleted());
     EXPECT_TRUE(stage.IsThreadSuccess());
     ASSERT_EQ(numbers.size(), static_cast<std::size_t>(stepCount));
     for (int i = 0; i < stepCount; ++i)

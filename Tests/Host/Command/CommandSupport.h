@@ -2,13 +2,14 @@
 // shell syntax.
 #pragma once
 
+#include "Tests/Support/TestFolder.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <set>
 #include <sstream>
 #include <string>
 #include <tiffio.h>
@@ -21,66 +22,32 @@ struct SCommandResult
     std::string error;
 };
 
-inline std::string File_Text(const std::filesystem::path& file)
-{
-    const std::ifstream stream(file, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
-}
-
-inline void File_Write(const std::filesystem::path& file, const std::string& text)
-{
-    std::ofstream(file, std::ios::binary) << text;
-}
-
-// A folder that the test begins with empty and that goes away with it.
+// A test with a folder of its own, in which the program runs.
 class CCommandTest : public testing::Test
 {
 protected:
-    CCommandTest()
-    {
-        const auto* info = testing::UnitTest::GetInstance()->current_test_info();
-        m_folder = std::filesystem::temp_directory_path() /
-                   ("boardmap-" + std::string(info->test_suite_name()) + '-' + info->name());
-        std::filesystem::remove_all(m_folder);
-        std::filesystem::create_directories(m_folder);
-    }
-    ~CCommandTest() override { std::filesystem::remove_all(m_folder); }
-
     std::filesystem::path In(const std::string& name) const { return m_folder / name; }
 
     // Runs a shell line in the test's folder; $boardmap is the program.
     SCommandResult Shell_Run(const std::string& line) const
     {
-        const std::string script = "cd '" + m_folder.string() + "' && boardmap='" BOARDMAP_PROGRAM "' && " + line;
-        File_Write(m_folder.string() + ".sh", script + '\n');
-        const std::string command =
-            "sh '" + m_folder.string() + ".sh' >'" + m_folder.string() + ".out' 2>'" + m_folder.string() + ".err'";
+        const std::string script = m_scratch.Path().string() + "/script";
+        const std::string out = m_scratch.Path().string() + "/out";
+        const std::string error = m_scratch.Path().string() + "/error";
+        File_Write(script,
+                   "cd '" + m_folder.Path().string() + "' && boardmap='" BOARDMAP_PROGRAM "' && " + line + '\n');
         SCommandResult result;
-        const int status = std::system(command.c_str());
+        const int status = std::system(("sh '" + script + "' >'" + out + "' 2>'" + error + "'").c_str());
         result.status = status / 256; // the shell's exit status
-        result.out = File_Text(m_folder.string() + ".out");
-        result.error = File_Text(m_folder.string() + ".err");
-        for (const char* suffix : {".sh", ".out", ".err"})
-        {
-            std::filesystem::remove(m_folder.string() + suffix);
-        }
+        result.out = File_Read(out);
+        result.error = File_Read(error);
         return result;
     }
 
     SCommandResult Boardmap_Run(const std::string& arguments) const { return Shell_Run("\"$boardmap\" " + arguments); }
 
     // The names of the files in the test's folder.
-    std::set<std::string> Files() const
-    {
-        std::set<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(m_folder))
-        {
-            names.insert(entry.path().filename().string());
-        }
-        return names;
-    }
+    std::vector<std::string> Files() const { return m_folder.Names(); }
 
     // A 1-bit separation in which pixel (x, y) has ink where `ink` says so.
     template<class Ink>
@@ -128,5 +95,6 @@ protected:
         File_Write(In(name), text.str());
     }
 
-    std::filesystem::path m_folder;
+    CTestFolder m_folder;
+    CTestFolder m_scratch; // beside it, so that the program's folder holds the program's files only
 };

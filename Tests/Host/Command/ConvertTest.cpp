@@ -108,7 +108,7 @@ TEST_F(Convert, TheRawStreamHoldsTheSameBandsInAFileAndOnStandardOutput)
     const auto piped = Shell_Run("\"$boardmap\" convert job.toml --format raw -o - | cat >piped.raw");
     EXPECT_EQ(piped.status, 0);
     EXPECT_THAT(piped.error, StartsWith("standard output: 4 bands")); // the summary stays out of the data
-    EXPECT_EQ(File_Text(In("job.boards.raw")), File_Text(In("piped.raw")));
+    EXPECT_EQ(File_Read(In("job.boards.raw")), File_Read(In("piped.raw")));
     EXPECT_EQ(RawBands_Read(In("piped.raw")), TiffBands_Read(In("job.boards.tif")));
 }
 
@@ -205,7 +205,7 @@ TEST_F(Convert, BadUsageExitsWithTwoAndSaysWhy)
 TEST_F(Convert, ABrokenJobFileIsOneLineWithItsPlace)
 {
     Job_Write("job.toml", {"a.tif"}, 8);
-    std::string text = File_Text(In("job.toml"));
+    std::string text = File_Read(In("job.toml"));
     text.replace(text.find("PrinterDataWidth = 8"), 20, "PrinterDataWidth = 17");
     File_Write(In("job.toml"), text);
     const auto result = Boardmap_Run("convert job.toml");
@@ -230,7 +230,7 @@ TEST_F(Convert, ASeparationThatBreaksHalfWayLeavesNothingAndKeepsAnOlderResult)
     Job_Write("job.toml", {"a.tif"}, 50);
     File_Write(In("job.boards.tif"), "an older result");
     // Spoil the data of a late strip, and keep the file's structure: PackBits data that never ends its rows.
-    std::string bytes = File_Text(In("a.tif"));
+    std::string bytes = File_Read(In("a.tif"));
     TIFF* tiff = TIFFOpen(In("a.tif").string().c_str(), "r");
     ASSERT_NE(tiff, nullptr);
     const std::uint64_t offset = TIFFGetStrileOffset(tiff, 7);
@@ -243,7 +243,7 @@ TEST_F(Convert, ASeparationThatBreaksHalfWayLeavesNothingAndKeepsAnOlderResult)
     EXPECT_THAT(result.error, HasSubstr("a.tif"));
     EXPECT_THAT(result.error, HasSubstr("row 448")); // the first row of strip 7
     EXPECT_EQ(std::count(result.error.begin(), result.error.end(), '\n'), 1) << result.error;
-    EXPECT_EQ(File_Text(In("job.boards.tif")), "an older result");
+    EXPECT_EQ(File_Read(In("job.boards.tif")), "an older result");
     EXPECT_THAT(Files(), ElementsAre("a.tif", "job.boards.tif", "job.toml"));
 }
 
@@ -261,6 +261,16 @@ TEST_F(Convert, AFullDiskFailsTheRunAndAClosedPipeToo)
     EXPECT_THAT(closed.error, HasSubstr("standard output"));
 }
 
+TEST_F(Convert, AFileSizeLimitFailsTheRunAndLeavesNoFile)
+{
+    Separation_Write("a.tif", 4000, 100, &Pattern);
+    Job_Write("job.toml", {"a.tif"}, 50);
+    const auto result = Shell_Run("ulimit -f 8; \"$boardmap\" convert job.toml");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.error, HasSubstr("job.boards.tif"));
+    EXPECT_THAT(Files(), ElementsAre("a.tif", "job.toml"));
+}
+
 TEST_F(Convert, LibraryRecordsGoToStandardErrorAndToAFileOnRequest)
 {
     Separation_Write("a.tif", 16, 16, &Pattern);
@@ -272,7 +282,7 @@ TEST_F(Convert, LibraryRecordsGoToStandardErrorAndToAFileOnRequest)
     EXPECT_THAT(verbose.error, HasSubstr("Complete : CUnitData2BoardData_Base"));
     ASSERT_EQ(Boardmap_Run("convert job.toml --log run.log").status, 0);
     ASSERT_EQ(Boardmap_Run("convert job.toml --log run.log").status, 0);
-    const std::string log = File_Text(In("run.log"));
+    const std::string log = File_Read(In("run.log"));
     EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 2); // the second run appends
     EXPECT_THAT(log, HasSubstr("Complete : CUnitData2BoardData_Base"));
 }

@@ -53,7 +53,7 @@ protected:
     std::string Refusal_Of(const CHandMadeTiff& made) const { return Refusal_Of(made.Bytes_Get()); }
     std::string Refusal_Of(const std::string& bytes) const
     {
-        File_Save(m_path, bytes);
+        File_Write(m_path, bytes);
         return Refusal_Get(m_path);
     }
 
@@ -121,7 +121,7 @@ TEST_F(BrokenSeparation, AFolderInPlaceOfAFile)
 
 TEST_F(BrokenSeparation, AFileThatMayNotBeRead)
 {
-    File_Save(m_path, Good().Bytes_Get());
+    File_Write(m_path, Good().Bytes_Get());
     std::filesystem::permissions(m_path, std::filesystem::perms::none);
     if (std::ifstream(m_path).is_open())
     {
@@ -345,12 +345,12 @@ TEST_F(BrokenSeparation, DamagedPixelDataNamesItsRowAndPlace)
 {
     const SInk ink = Ink_Random(101, 64, 1, 1);
     Tiff_Write(m_path, ink, {.name = "deflate", .compression = COMPRESSION_ADOBE_DEFLATE, .rowsPerStrip = 8});
-    std::string bytes = File_Load(m_path);
+    std::string bytes = File_Read(m_path);
     bytes[PixelData_Find(m_path, 2).first] = '\xFF';
     EXPECT_THAT(Refusal_Of(bytes), HasSubstr("row 16 (strip 2) cannot be decoded: Decoding error at scanline 16"));
 
     Tiff_Write(m_path, ink, {.name = "tiles", .compression = COMPRESSION_PACKBITS, .tileWidth = 32, .tileHeight = 16});
-    bytes = File_Load(m_path);
+    bytes = File_Read(m_path);
     const auto [tile, size] = PixelData_Find(m_path, 6);
     bytes.replace(tile, size, std::string(size, '\x80'));
     EXPECT_THAT(Refusal_Of(bytes), HasSubstr("row 16 (tile 6) cannot be decoded: "));
@@ -384,7 +384,7 @@ TEST_F(BrokenSeparation, EveryPrefixOfAFileIsRefusedOrReadExactly)
         SCOPED_TRACE(layout.name);
         layout.rowsPerStrip = std::min(layout.rowsPerStrip, 24U);
         Tiff_Write(m_folder / "whole.tif", ink, layout);
-        std::vector<std::string> files = {File_Load(m_folder / "whole.tif")};
+        std::vector<std::string> files = {File_Read(m_folder / "whole.tif")};
         if (layout.rowsPerStrip > 0)
         {
             files.push_back(DirectoryFirst_Get(m_folder / "whole.tif", ink));
@@ -416,7 +416,7 @@ TEST_F(BrokenSeparation, RandomDamageNeverCrashes)
     {
         SCOPED_TRACE(layout.name);
         Tiff_Write(m_folder / "whole.tif", ink, layout);
-        std::vector<std::string> files = {File_Load(m_folder / "whole.tif")};
+        std::vector<std::string> files = {File_Read(m_folder / "whole.tif")};
         if (layout.rowsPerStrip > 0)
         {
             files.push_back(DirectoryFirst_Get(m_folder / "whole.tif", ink));
@@ -430,7 +430,7 @@ TEST_F(BrokenSeparation, RandomDamageNeverCrashes)
                 {
                     damaged[random() % damaged.size()] ^= static_cast<char>(1U << random() % 8);
                 }
-                File_Save(m_path, damaged);
+                File_Write(m_path, damaged);
                 Refusal_Get(m_path);
             }
         }

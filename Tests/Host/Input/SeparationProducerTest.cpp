@@ -42,7 +42,7 @@ public:
     }
     CProduction(const std::string& tiffBytes, const SSwathPlan& plan, int bandCount)
     {
-        File_Save(m_folder / "page.tif", tiffBytes);
+        File_Write(m_folder / "page.tif", tiffBytes);
         Producer_Make(plan, bandCount, 1);
     }
 
@@ -180,7 +180,7 @@ std::string DamagedSecondStrip()
     const SInk ink = Ink_Random(16, 24, 1, 7);
     Tiff_Write(folder / "whole.tif", ink,
                {.name = "whole", .compression = COMPRESSION_ADOBE_DEFLATE, .rowsPerStrip = 8});
-    std::string bytes = File_Load(folder / "whole.tif");
+    std::string bytes = File_Read(folder / "whole.tif");
     bytes[PixelData_Find(folder / "whole.tif", 1).first] = '\xFF';
     return bytes;
 }

@@ -62,7 +62,7 @@ SInk HandMadeByte_Read(unsigned char byte, int bitsPerPixel, std::uint16_t photo
     made.Short_Set(TIFFTAG_BITSPERSAMPLE, static_cast<std::uint16_t>(bitsPerPixel));
     made.Short_Set(TIFFTAG_PHOTOMETRIC, photometric);
     made.Short_Set(TIFFTAG_FILLORDER, fillOrder);
-    File_Save(folder / "page.tif", made.Bytes_Get());
+    File_Write(folder / "page.tif", made.Bytes_Get());
     return Page_Read(folder / "page.tif");
 }
 
@@ -127,7 +127,7 @@ TEST(SeparationReader, PaddingBitsThatAreSetInTheFileAreNoInk)
         const bool bWhiteIsZero = photometric == PHOTOMETRIC_MINISWHITE;
         CHandMadeTiff made(3, 2, bWhiteIsZero ? "\x5F\xBF" : "\xA0\x40");
         made.Short_Set(TIFFTAG_PHOTOMETRIC, static_cast<std::uint16_t>(photometric));
-        File_Save(folder / "page.tif", made.Bytes_Get());
+        File_Write(folder / "page.tif", made.Bytes_Get());
         EXPECT_EQ(Page_Read(folder / "page.tif").bytes, (std::vector<unsigned char>{0x40, 0xA0}));
     }
 }
@@ -152,14 +152,14 @@ TEST(SeparationReader, TagsThatAreMissingHaveTheirDefaults)
     made.Tag_Remove(TIFFTAG_COMPRESSION);
     made.Tag_Remove(TIFFTAG_SAMPLESPERPIXEL);
     made.Tag_Remove(TIFFTAG_ROWSPERSTRIP);
-    File_Save(folder / "page.tif", made.Bytes_Get());
+    File_Write(folder / "page.tif", made.Bytes_Get());
     EXPECT_EQ(Page_Read(folder / "page.tif").bytes, (std::vector<unsigned char>{0x0F, 0xF0}));
 }
 
 TEST(SeparationReader, NoRowIsLeftAfterTheLast)
 {
     const CTestFolder folder;
-    File_Save(folder / "page.tif", CHandMadeTiff(8, 2, "\x0F\xF0").Bytes_Get());
+    File_Write(folder / "page.tif", CHandMadeTiff(8, 2, "\x0F\xF0").Bytes_Get());
     CSeparationReader reader((folder / "page.tif").string());
     unsigned char row = 0;
     EXPECT_TRUE(reader.Row_Read(&row));
@@ -212,7 +212,7 @@ TEST(SeparationReader, ALargeUncompressedStripIsNeverInMemoryAsAWhole)
     constexpr std::uint32_t size = side / 8 * side;
     CHandMadeTiff made(side, side, "");
     made.Long_Set(TIFFTAG_STRIPBYTECOUNTS, {size});
-    File_Save(path, made.Bytes_Get());
+    File_Write(path, made.Bytes_Get());
     std::filesystem::resize_file(path, CHandMadeTiff::dataOffset + size - 1);
     std::ofstream(path, std::ios::binary | std::ios::app) << '\x01';
 

@@ -325,33 +325,3 @@ std::pair<std::size_t, std::size_t> PixelData_Find(const std::filesystem::path& 
     return {static_cast<std::size_t>(TIFFGetStrileOffset(tiff.get(), index)),
             static_cast<std::size_t>(TIFFGetStrileByteCount(tiff.get(), index))};
 }
-
-std::string File_Load(const std::filesystem::path& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-void File_Save(const std::filesystem::path& path, const std::string& bytes)
-{
-    // A new file each time: some file systems write a truncated and refilled one through to the disk.
-    std::filesystem::remove(path);
-    std::ofstream file(path, std::ios::binary);
-    file << bytes;
-    Require(file.flush().good(), path.string());
-}
-
-CTestFolder::CTestFolder()
-{
-    const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-    std::random_device random;
-    m_path = std::filesystem::temp_directory_path() /
-             ("boardmap-" + std::string(test->name()) + '-' + std::to_string(random()));
-    std::filesystem::create_directories(m_path);
-}
-
-CTestFolder::~CTestFolder()
-{
-    std::error_code ignored;
-    std::filesystem::remove_all(m_path, ignored);
-}

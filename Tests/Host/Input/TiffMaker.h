@@ -2,6 +2,8 @@
 // together byte by byte for what no library would write. Test code only; any thread.
 #pragma once
 
+#include "Tests/Support/TestFolder.h"
+
 #include <tiffio.h>
 
 #include <cstdint>
@@ -85,21 +87,3 @@ std::string DirectoryFirst_Get(const std::filesystem::path& path, const SInk& in
 
 // Where the compressed data of a strip or tile stands in a file: its first byte and how many there are.
 std::pair<std::size_t, std::size_t> PixelData_Find(const std::filesystem::path& path, std::uint32_t index);
-
-std::string File_Load(const std::filesystem::path& path);
-void File_Save(const std::filesystem::path& path, const std::string& bytes);
-
-// A folder of its own for each test, removed with everything in it.
-class CTestFolder
-{
-public:
-    CTestFolder();
-    ~CTestFolder();
-    CTestFolder(const CTestFolder&) = delete;
-    CTestFolder& operator=(const CTestFolder&) = delete;
-
-    std::filesystem::path operator/(const std::string& name) const { return m_path / name; }
-
-private:
-    std::filesystem::path m_path;
-};

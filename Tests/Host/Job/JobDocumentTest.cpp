@@ -1,7 +1,7 @@
 // The job files of the documentation, and the messages that it shows, are real.
 #include "Host/Job/JobGeometry.h"
 #include "Tests/Host/Job/TestJob.h"
-#include "Tests/Host/Output/TestFolder.h"
+#include "Tests/Support/TestFolder.h"
 
 #include <gtest/gtest.h>
 

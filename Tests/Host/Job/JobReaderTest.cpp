@@ -3,7 +3,7 @@
 
 #include "Host/Job/JobNames.h"
 #include "Tests/Host/Job/TestJob.h"
-#include "Tests/Host/Output/TestFolder.h"
+#include "Tests/Support/TestFolder.h"
 
 #include <gtest/gtest.h>
 

@@ -6,8 +6,8 @@
 #include "Platform/DataProcess/BandDataFIFO_S.h"
 #include "Tests/Host/Job/StripeTiff.h"
 #include "Tests/Host/Job/TestJob.h"
-#include "Tests/Host/Output/TestFolder.h"
 #include "Tests/Support/ConfigGuard.h"
+#include "Tests/Support/TestFolder.h"
 #include "Tests/Twin/BoardTwin.h"
 #include "UnitData2BoardData/UnitData2BoardData_AllUnit_2.h"
 

@@ -4,7 +4,7 @@
 #include "Host/Job/JobGeometry.h"
 #include "Tests/Host/Job/StripeTiff.h"
 #include "Tests/Host/Job/TestJob.h"
-#include "Tests/Host/Output/TestFolder.h"
+#include "Tests/Support/TestFolder.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 
 #include "Host/HostError.h"
 #include "Tests/Host/Output/TestBand.h"
-#include "Tests/Host/Output/TestFolder.h"
+#include "Tests/Support/TestFolder.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

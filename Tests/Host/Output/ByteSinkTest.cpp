@@ -2,7 +2,7 @@
 #include "Host/Output/ByteSink.h"
 
 #include "Host/HostError.h"
-#include "Tests/Host/Output/TestFolder.h"
+#include "Tests/Support/TestFolder.h"
 
 #include <gtest/gtest.h>
 
