@@ -71,7 +71,7 @@ bool CBandSetFeeder::OneLoop()
     }
     if (m_step.back() == nullptr)
     {
-        return false; // no memory; the records of the failed allocation are in the log
+        return false; // no memory for the copy
     }
     if (m_bDropBlank && IsStepBlank())
     {

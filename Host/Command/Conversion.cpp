@@ -198,8 +198,11 @@ void CConversion::Error_Check()
             std::rethrow_exception(error);
         }
     }
-    const bool bFeederFailed = m_feeder != nullptr && m_feeder->WaitExit(0) && !m_feeder->IsThreadSuccess();
-    if (bFeederFailed || (m_stage->WaitExit(0) && !m_stage->IsThreadSuccess()))
+    if (m_feeder != nullptr && m_feeder->WaitExit(0) && !m_feeder->IsThreadSuccess())
+    {
+        throw CRunError("there is no memory for the unit bands of another step");
+    }
+    if (m_stage->WaitExit(0) && !m_stage->IsThreadSuccess())
     {
         throw CRunError("the conversion stage stopped before the end of the page: " + m_failures.Text_Get());
     }

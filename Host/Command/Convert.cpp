@@ -91,6 +91,10 @@ bool Bands_Write(CConversion& conversion, CBoardWriter& writer, CProgress& progr
         progress.Update(result.bands, result.bytes);
     }
     conversion.Error_Check();
+    if (CInterrupt::IsRequested()) // while the last band was on its way
+    {
+        return false;
+    }
     writer.Finish();
     result.elapsed = std::chrono::steady_clock::now() - begin;
     return true;

@@ -248,9 +248,8 @@ TEST_F(InkStageFailure, WithoutGeneratorsABandOfLinesWaitsOutTheHour)
                 ElementsAreArray(std::vector<std::string>{"2 failure @Unit2Board WaitExit"} + afterConversion));
 }
 
-TEST_F(InkStageFailure, TheStageWaitsLongerThanAnyBandTakes)
+TEST_F(InkStageFailure, ABandThatOutlastsTheHourFailsAndWithinItTheSameBandSucceeds)
 {
-    // A band that takes longer than the shortened hour fails; without the shortening the same band succeeds.
     class CSlowMap : public CPrintUnitDataMap_5
     {
     public:
@@ -279,7 +278,7 @@ TEST_F(InkStageFailure, TheStageWaitsLongerThanAnyBandTakes)
 }
 
 // An exception on the stage's thread ends in the thread frame; the stage's bands are the destructor's.
-TEST_F(InkStageFailure, AStepWithStripesAndANegativeGeneratorCountEndsInTheThreadFrame)
+TEST_F(InkStageFailure, ANegativeGeneratorCountEndsInTheThreadFrame)
 {
     Generators_Set(-1);
     auto pool = Pool_Make(0, 1);

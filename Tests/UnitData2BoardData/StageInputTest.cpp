@@ -14,7 +14,7 @@ using StageInput = CDrivenStage;
 
 TEST_F(StageInput, WithoutAnyInputFIFOThrowsOutOfRangeWithTheSystemsOwnText)
 {
-    Setup(0);
+    Stage_Prepare(0);
     try
     {
         m_stage.GetInputData();
@@ -29,7 +29,7 @@ TEST_F(StageInput, WithoutAnyInputFIFOThrowsOutOfRangeWithTheSystemsOwnText)
 
 TEST_F(StageInput, OneFIFOIsAOneToOneConverter)
 {
-    Setup(1);
+    Stage_Prepare(1);
     Feed(0);
     for (int i = 0; i < 4; ++i)
     {
@@ -45,7 +45,7 @@ TEST_F(StageInput, OneFIFOIsAOneToOneConverter)
 TEST_F(StageInput, WithoutABandItAsksTheFIFOsForTheirEndUntilOneGoesOn)
 {
     const CLogCapture log;
-    Setup(3);
+    Stage_Prepare(3);
     m_fifos[0]->m_bCompleted = true;
     EXPECT_TRUE(m_stage.GetInputData());
     EXPECT_EQ(m_stage.m_processState, 2);
@@ -57,7 +57,7 @@ TEST_F(StageInput, WithoutABandItAsksTheFIFOsForTheirEndUntilOneGoesOn)
 TEST_F(StageInput, TheEndOfAllInputsIsLoggedPassedOnAndStopsTheStageAsASuccess)
 {
     const CLogCapture log;
-    Setup(2);
+    Stage_Prepare(2);
     m_fifos[0]->m_bCompleted = true;
     m_fifos[1]->m_bCompleted = true;
     EXPECT_TRUE(m_stage.OneLoop());
@@ -70,7 +70,7 @@ TEST_F(StageInput, TheEndOfAllInputsIsLoggedPassedOnAndStopsTheStageAsASuccess)
 
 TEST_F(StageInput, TheEndIsNotLookedForWhileABandIsHeld)
 {
-    Setup(2);
+    Stage_Prepare(2);
     Feed(0);
     ASSERT_TRUE(m_stage.GetInputData()); // holds the band of FIFO 0
     m_fifos[0]->m_bCompleted = true;
@@ -83,7 +83,7 @@ TEST_F(StageInput, TheEndIsNotLookedForWhileABandIsHeld)
 
 TEST_F(StageInput, AFullOutputKeepsTheInputWhereItIs)
 {
-    Setup(1);
+    Stage_Prepare(1);
     Feed(0);
     m_pOutput->m_bFull = true;
     EXPECT_TRUE(m_stage.GetInputData());
@@ -94,7 +94,7 @@ TEST_F(StageInput, AFullOutputKeepsTheInputWhereItIs)
 
 TEST_F(StageInput, ABandThatIsLateIsAskedForAgainAloneWhileTheOthersStayHeld)
 {
-    Setup(3);
+    Stage_Prepare(3);
     Feed(0);
     Feed(2);
     EXPECT_TRUE(m_stage.GetInputData());
@@ -114,7 +114,7 @@ TEST_F(StageInput, ABandThatIsLateIsAskedForAgainAloneWhileTheOthersStayHeld)
 
 TEST_F(StageInput, ANullBandCountsAsNotThereYet)
 {
-    Setup(1);
+    Stage_Prepare(1);
     Feed(0);
     m_fifos[0]->m_bGiveNull = true;
     EXPECT_TRUE(m_stage.GetInputData());
@@ -124,7 +124,7 @@ TEST_F(StageInput, ANullBandCountsAsNotThereYet)
 
 TEST_F(StageInput, WithoutTheCheckFlaggedBandsAreMappedLikeAnyOther)
 {
-    Setup(2);
+    Stage_Prepare(2);
     Feed(0, true);
     Feed(1, true);
     EXPECT_TRUE(m_stage.GetInputData());
@@ -134,7 +134,7 @@ TEST_F(StageInput, WithoutTheCheckFlaggedBandsAreMappedLikeAnyOther)
 TEST_F(StageInput, WithTheCheckAStepOfFlaggedBandsIsGivenBackAtOnceAndUsesNoNumber)
 {
     const CLogCapture log;
-    Setup(2);
+    Stage_Prepare(2);
     m_stage.m_bCheckInput = true;
     Feed(0, true);
     Feed(1, true);
@@ -149,7 +149,7 @@ TEST_F(StageInput, WithTheCheckAStepOfFlaggedBandsIsGivenBackAtOnceAndUsesNoNumb
 
 TEST_F(StageInput, WithTheCheckAndOneFIFOTheSingleBandDecides)
 {
-    Setup(1);
+    Stage_Prepare(1);
     m_stage.m_bCheckInput = true;
     Feed(0, true);
     EXPECT_TRUE(m_stage.GetInputData());
@@ -183,7 +183,7 @@ TEST_F(StageInput, WithTheCheckOneBandWithoutTheFlagKeepsTheWholeStep)
 
 TEST_F(StageInput, ASkipReleaseThatFailsFailsTheStateAndKeepsTheList)
 {
-    Setup(2);
+    Stage_Prepare(2);
     m_stage.m_bCheckInput = true;
     Feed(0, true);
     Feed(1, true);
@@ -198,7 +198,7 @@ TEST_F(StageInput, ASkipReleaseThatFailsFailsTheStateAndKeepsTheList)
 
 TEST_F(StageInput, NoHeldBandFailsTheSizeCheckAndTheRelease)
 {
-    Setup(1);
+    Stage_Prepare(1);
     {
         const CLogCapture log;
         EXPECT_FALSE(m_stage.Check_InputData());
@@ -236,7 +236,7 @@ TEST_F(StageInput, BitsAndHeaderWordsAreNotCompared)
 
 TEST_F(StageInput, ReleaseGivesBackInOrderDeletesBandsWithoutFIFOAndMovesOn)
 {
-    Setup(1);
+    Stage_Prepare(1);
     Feed(0);
     ASSERT_TRUE(m_stage.GetInputData());
     m_stage.m_pInputElements->push_back({Band_Make(5, 16, 2).release(), nullptr}); // the leak checker watches
@@ -249,7 +249,7 @@ TEST_F(StageInput, ReleaseGivesBackInOrderDeletesBandsWithoutFIFOAndMovesOn)
 
 TEST_F(StageInput, AFailedReturnStopsTheStageWithItsListUncleared)
 {
-    Setup(2);
+    Stage_Prepare(2);
     Feed(0);
     Feed(1);
     ASSERT_TRUE(m_stage.GetInputData());

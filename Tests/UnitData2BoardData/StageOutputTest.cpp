@@ -78,7 +78,7 @@ void Process_Setup(Stage& stage, Journal& journal, int height)
 
 TEST_F(StageOutput, TheBoardBandHasTheMapsWidthOneBitUnpaddedLinesAndZeros)
 {
-    Setup(0);
+    Stage_Prepare(0);
     m_stage.m_pInputElements->push_back({Band_Make(0, 13, 5).release(), nullptr});
     ASSERT_TRUE(m_stage.AllocateOutputBuffer());
     const CBandData& board = *m_stage.m_pOutputBand;
@@ -116,7 +116,7 @@ TEST_F(StageOutput, ABoardBandThatCannotBeMadeFailsAndIsAbandoned)
 
 TEST_F(StageOutput, AWidthOfWholeBytesMapsThemExactly)
 {
-    Setup(0);
+    Stage_Prepare(0);
     auto input = Band_Make(2, 16, 1);
     input->m_pData[0] = 0x80;
     input->m_pData[1] = 0x01;
@@ -172,7 +172,7 @@ TEST_F(StageOutput, ATailWithoutRoomInTheBoardLineWritesNothing)
 
 TEST_F(StageOutput, AnInputWithFewerLinesLeavesTheOthersAsTheyWereMade)
 {
-    Setup(0);
+    Stage_Prepare(0);
     m_stage.m_pInputElements->push_back({Band_Make(0, 8, 3).release(), nullptr});
     ASSERT_TRUE(m_stage.AllocateOutputBuffer());
     auto shorter = Band_Make(0, 8, 1);
@@ -258,7 +258,7 @@ TEST_F(StageOutput, TheThreadIsMarkedBusyForTheWholeOfProcessAndNotLonger)
 
 TEST_F(StageOutput, TheHeaderIsTheFirstInputsWithTheStagesOwnNumber)
 {
-    Setup(0);
+    Stage_Prepare(0);
     auto first = Band_Make(4, 16, 1);
     auto& header = static_cast<SBandHeader&>(*first);
     header.m_bandNo = 77;
@@ -300,7 +300,7 @@ TEST_F(StageOutput, TheHeaderIsTheFirstInputsWithTheStagesOwnNumber)
 
 TEST_F(StageOutput, AFullOutputFIFOFailsTheStepAfterOneTryAndKeepsTheBand)
 {
-    Setup(0);
+    Stage_Prepare(0);
     m_stage.m_pInputElements->push_back({Band_Make(0, 16, 1).release(), nullptr});
     ASSERT_TRUE(m_stage.AllocateOutputBuffer());
     m_pOutput->m_bRefuse = true;
@@ -316,7 +316,7 @@ TEST_F(StageOutput, AFullOutputFIFOFailsTheStepAfterOneTryAndKeepsTheBand)
 
 TEST_F(StageOutput, BandNumbersCountFromZeroWhateverTheInputsNumbersAre)
 {
-    Setup(1);
+    Stage_Prepare(1);
     for (int step = 0; step < 3; ++step)
     {
         auto band = Band_Make(0, 16, 1);

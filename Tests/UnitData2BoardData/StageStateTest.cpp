@@ -67,7 +67,7 @@ TEST_F(StageState, ConstantsOfTheBaseStage)
 TEST_F(StageState, OneStepWalksThroughTheStatesAndBackToInput)
 {
     const CLogCapture log;
-    Setup(2);
+    Stage_Prepare(2);
     Feed(0);
     Feed(1);
     std::vector<int> states;
@@ -83,7 +83,7 @@ TEST_F(StageState, OneStepWalksThroughTheStatesAndBackToInput)
 
 TEST_F(StageState, OneStepCallsTheFIFOsInTheFixedOrder)
 {
-    Setup(2);
+    Stage_Prepare(2);
     Feed(0);
     Feed(1);
     for (int i = 0; i < 4; ++i)
@@ -96,7 +96,7 @@ TEST_F(StageState, OneStepCallsTheFIFOsInTheFixedOrder)
 
 TEST_F(StageState, AFailedOperationKeepsItsBandsReportsTheStateAndStops)
 {
-    Setup(2);
+    Stage_Prepare(2);
     m_fifos[0]->m_full.push_back(Band_Make(0, 16, 2).release());
     m_fifos[1]->m_full.push_back(Band_Make(1, 16, 3).release()); // another height
     ASSERT_TRUE(m_stage.OneLoop());
@@ -183,7 +183,7 @@ TEST_F(StageState, DestructionFreesWhatIsHeldWhicheverStateTheStageIsIn)
 
 TEST_F(StageState, DestructionWithOneOfTwoBandsHeldFreesIt)
 {
-    Setup(2);
+    Stage_Prepare(2);
     Feed(0);
     ASSERT_TRUE(m_stage.OneLoop());
     EXPECT_EQ(m_stage.m_pInputElements->size(), 1U);

@@ -230,7 +230,7 @@ bool Eventually(Done done)
 class CDrivenStage : public testing::Test
 {
 protected:
-    void Setup(int fifoCount)
+    void Stage_Prepare(int fifoCount)
     {
         auto* map = new CPrintUnitDataMap_5();
         ASSERT_TRUE(map->Init(1, 16));
