@@ -139,7 +139,13 @@ bool CUnitData2BoardData_Base::GetInputData()
 {
     if (m_pInputElements->empty() && !Vector_At(*m_pInputFIFOs, 0)->Full_WaitForOut(waitMs))
     {
-        return InputEnd_Check();
+        if (AreInputsCompleted())
+        {
+            KEL_LOG(ESeverityLevel::Info, "Complete : CUnitData2BoardData_Base");
+            m_pOutputFIFO->SetCompletedFlag();
+            Stop();
+        }
+        return true;
     }
     // No input is taken while its result could not be passed on.
     if (!m_pOutputFIFO->WaitForIn(waitMs) || !InputElements_Gather())
@@ -159,18 +165,11 @@ bool CUnitData2BoardData_Base::GetInputData()
     return true;
 }
 
-// Ends the stage if every input has ended. Always true: an input that goes on is waited for again.
-bool CUnitData2BoardData_Base::InputEnd_Check()
+// Asks them in order, up to the first that goes on.
+bool CUnitData2BoardData_Base::AreInputsCompleted() const
 {
-    const bool bAllCompleted = std::all_of(m_pInputFIFOs->begin(), m_pInputFIFOs->end(),
-                                           [](CBandDataFIFO* fifo) { return fifo->IsCompleted(); });
-    if (bAllCompleted)
-    {
-        KEL_LOG(ESeverityLevel::Info, "Complete : CUnitData2BoardData_Base");
-        m_pOutputFIFO->SetCompletedFlag();
-        Stop();
-    }
-    return true;
+    return std::all_of(m_pInputFIFOs->begin(), m_pInputFIFOs->end(),
+                       [](CBandDataFIFO* fifo) { return fifo->IsCompleted(); });
 }
 
 // Takes the bands that the step still lacks, in FIFO order. False if one did not come in time; the others stay held.

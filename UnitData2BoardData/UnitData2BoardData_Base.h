@@ -106,7 +106,7 @@ private:
     };
 
     bool ProcessState_Run();
-    bool InputEnd_Check();
+    bool AreInputsCompleted() const;
     bool InputElements_Gather();
     bool IsStepSkipped() const;
     bool Release_Input();

@@ -9,6 +9,7 @@
 #include "Host/Output/BoardRaw.h"
 #include "Host/Output/PathText.h"
 #include "Platform/Helper/ProcessHelper.h"
+#include "Platform/Log/CustomBoostLog.h"
 #include "Platform/ThreadStatus/ThreadStatus.h"
 
 #include <chrono>
@@ -16,6 +17,7 @@
 #include <iostream>
 #include <memory>
 #include <ostream>
+#include <system_error>
 
 namespace
 {
@@ -52,6 +54,52 @@ SConvertOptions Options_Complete(SConvertOptions options)
         throw CInputError("--compress: only TIFF pages are compressed; leave it out with --format raw");
     }
     return options;
+}
+
+// Whether the two names lead to one file, be it there already or not.
+bool IsSameFile(const std::filesystem::path& one, const std::filesystem::path& other)
+{
+    std::error_code error;
+    if (std::filesystem::equivalent(one, other, error))
+    {
+        return true;
+    }
+    const auto Full = [](const std::filesystem::path& path)
+    { return std::filesystem::weakly_canonical(std::filesystem::absolute(path)); };
+    return Full(one) == Full(other);
+}
+
+// Nothing that the job reads may be written to.
+void Written_Check(const std::filesystem::path& written, const SJob& job, const std::filesystem::path& jobFile)
+{
+    const std::string hint = "; name another file";
+    if (IsSameFile(written, jobFile))
+    {
+        throw CInputError(Path_Text(written) + ": this is the job file itself" + hint);
+    }
+    for (const SJobUnit& unit : job.m_units)
+    {
+        const bool bSeparation = unit.HasSeparation() && IsSameFile(written, unit.m_separationPath);
+        const bool bColor = !unit.m_stripeColor.m_path.empty() && IsSameFile(written, unit.m_stripeColor.m_path);
+        if (bSeparation || bColor)
+        {
+            throw CInputError(Path_Text(written) + ": the job reads this file" + hint);
+        }
+    }
+}
+
+void Log_Open(const SConvertOptions& options, const SJob& job)
+{
+    Written_Check(options.m_log, job, options.m_job);
+    if (IsSameFile(options.m_log, options.m_output))
+    {
+        throw CInputError(Path_Text(options.m_log) + ": the board data goes to this file; name another one for --log");
+    }
+    if (!CCustomBoostLog::File_Open(Path_Text(options.m_log), ESeverityLevel::Debug))
+    {
+        throw CInputError(Path_Text(options.m_log) +
+                          ": cannot be opened for writing; --log needs a file in a folder that is there");
+    }
 }
 
 std::unique_ptr<CBoardWriter> Writer_Make(const SConvertOptions& options, const SJob& job, const SJobGeometry& geometry)
@@ -125,8 +173,17 @@ void Summary_Print(std::ostream& stream, const SConvertOptions& options, const S
 bool Job_Convert(const SConvertOptions& options)
 {
     const SJob job = Job_Load(options.m_job);
+    if (!IsStandardOutput(options.m_output))
+    {
+        Written_Check(options.m_output, job, options.m_job);
+    }
+    if (!options.m_log.empty())
+    {
+        Log_Open(options, job);
+    }
     CConversion conversion(job);
     const SJobGeometry geometry = Job_Geometry(job, conversion.PageWidth(), conversion.PageHeight());
+    const CInterrupt interrupt; // from here on there is something to wind down
     const std::unique_ptr<CBoardWriter> writer = Writer_Make(options, job, geometry);
     SResult result;
     {
@@ -146,6 +203,5 @@ bool Job_Convert(const SConvertOptions& options)
 
 bool Convert_Run(const SConvertOptions& options)
 {
-    const CInterrupt interrupt;
     return Job_Convert(Options_Complete(options));
 }

@@ -16,6 +16,7 @@ struct SConvertOptions
 {
     std::filesystem::path m_job;
     std::filesystem::path m_output; // "-" is standard output; empty: named after the job, in the current folder
+    std::filesystem::path m_log;    // where the library's records are appended; empty: nowhere
     EBoardFormat m_format = EBoardFormat::Tiff;
     EBoardCompression m_compression = EBoardCompression::None;
     EProgress m_progress = EProgress::Auto;

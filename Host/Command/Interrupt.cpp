@@ -1,6 +1,7 @@
 // The signal handlers behind the interrupt flag.
 #include "Host/Command/Interrupt.h"
 
+#include <array>
 #include <atomic>
 #include <csignal>
 
@@ -16,19 +17,32 @@ extern "C" void Interrupt_Handle(int signalNumber)
     std::signal(signalNumber, SIG_DFL);
 }
 
+// What a user, a service manager and a closed terminal send.
+constexpr std::array signalNumbers = {
+    SIGINT,
+    SIGTERM,
+#if defined(SIGHUP)
+    SIGHUP,
+#endif
+};
+
 } // namespace
 
 CInterrupt::CInterrupt()
 {
     g_bInterrupted = false;
-    std::signal(SIGINT, &Interrupt_Handle);
-    std::signal(SIGTERM, &Interrupt_Handle);
+    for (const int signalNumber : signalNumbers)
+    {
+        std::signal(signalNumber, &Interrupt_Handle);
+    }
 }
 
 CInterrupt::~CInterrupt()
 {
-    std::signal(SIGINT, SIG_DFL);
-    std::signal(SIGTERM, SIG_DFL);
+    for (const int signalNumber : signalNumbers)
+    {
+        std::signal(signalNumber, SIG_DFL);
+    }
 }
 
 bool CInterrupt::IsRequested()

@@ -52,7 +52,8 @@ void Options_Add(CLI::App& app, SCommandLine& line)
         ->add_option("-o,--output", line.output,
                      "Where the board data goes; - is standard output (raw only). Default: the job's name with "
                      ".boards.tif or .boards.raw, in the current folder")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check([](const std::string& name) { return std::string(name.empty() ? "needs a name" : ""); });
     convert->add_option("--format", line.convert.m_format, "tiff: one page per board band; raw: a binary stream")
         ->transform(Names<EBoardFormat>({{"tiff", EBoardFormat::Tiff}, {"raw", EBoardFormat::Raw}}))
         ->type_name("tiff|raw");
@@ -72,19 +73,6 @@ void Options_Add(CLI::App& app, SCommandLine& line)
         ->type_name("auto|bar|plain|none");
     convert->add_flag("-v,--verbose", line.bVerbose, "Show the library's log records on standard error");
     convert->add_option("--log", line.logFile, "Append the library's log records to this file")->type_name("FILE");
-}
-
-void Log_Open(const SCommandLine& line)
-{
-    if (line.bVerbose)
-    {
-        CCustomBoostLog::Console_Open(ESeverityLevel::Debug);
-    }
-    if (!line.logFile.empty() && !CCustomBoostLog::File_Open(line.logFile, ESeverityLevel::Debug))
-    {
-        throw CInputError(line.logFile +
-                          ": cannot be opened for writing; --log needs a file in a folder that is there");
-    }
 }
 
 int Run(int argumentCount, char** arguments)
@@ -107,7 +95,11 @@ int Run(int argumentCount, char** arguments)
     }
     line.convert.m_job = Path_FromText(line.job);
     line.convert.m_output = Path_FromText(line.output);
-    Log_Open(line);
+    line.convert.m_log = Path_FromText(line.logFile);
+    if (line.bVerbose)
+    {
+        CCustomBoostLog::Console_Open(ESeverityLevel::Debug);
+    }
     if (!Convert_Run(line.convert))
     {
         std::cerr << "interrupted; nothing was written\n";

@@ -649,7 +649,8 @@ void CJobReader::Unit_Read(const toml::table& node)
 
 bool IsFileName(const std::string& text)
 {
-    return !text.empty() && text.find('\0') == std::string::npos;
+    const auto IsControl = [](char character) { return static_cast<unsigned char>(character) < 0x20; };
+    return !text.empty() && std::none_of(text.begin(), text.end(), IsControl);
 }
 
 void CJobReader::Separation_Read(const SOpenTable& table, SJobUnit& unit)
@@ -735,6 +736,10 @@ std::string JobText_Read(const std::filesystem::path& file)
     if (std::filesystem::is_directory(status))
     {
         File_Refuse(file, "is a folder, not a job file");
+    }
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+    {
+        File_Refuse(file, "is a device or a pipe, not a job file"); // opening it could wait for ever
     }
     errno = 0;
     std::ifstream stream(file, std::ios::binary);

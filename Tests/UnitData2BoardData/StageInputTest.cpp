@@ -64,6 +64,7 @@ TEST_F(StageInput, TheEndOfAllInputsIsLoggedPassedOnAndStopsTheStageAsASuccess)
     EXPECT_EQ(m_stage.m_processState, 2);
     EXPECT_EQ(m_stage.m_stopCount, 1);
     EXPECT_THAT(log.Summary(), ElementsAre("1 Complete : CUnitData2BoardData_Base @UnitData2BoardData_Base"));
+    EXPECT_THAT(log.Records()[0].function, testing::HasSubstr("CUnitData2BoardData_Base::GetInputData()"));
     EXPECT_THAT(m_journal, ElementsAre("0.Full_WaitForOut", "0.IsCompleted", "1.IsCompleted", "out.SetCompletedFlag"));
     EXPECT_TRUE(m_pOutput->IsCompleted());
 }

@@ -189,6 +189,7 @@ TEST_F(Convert, BadUsageExitsWithTwoAndSaysWhy)
         {"convert job.toml --format png", "--format"},
         {"convert job.toml --progress maybe", "--progress"},
         {"convert job.toml --unknown", "--unknown"},
+        {"convert job.toml -o ''", "--output"},
         {"convert job.toml -o -", "--output -: a TIFF cannot be written to standard output"},
         {"convert job.toml --format raw --compress lzw", "--compress: only TIFF pages are compressed"},
         {"convert job.toml --log missing/log.txt", "missing/log.txt: cannot be opened for writing"},
@@ -259,6 +260,41 @@ TEST_F(Convert, AFullDiskFailsTheRunAndAClosedPipeToo)
         Shell_Run("{ \"$boardmap\" convert job.toml --format raw -o -; echo $? >status; } | true; cat status");
     EXPECT_EQ(closed.out, "1\n");
     EXPECT_THAT(closed.error, HasSubstr("standard output"));
+}
+
+TEST_F(Convert, NothingThatTheJobReadsIsWrittenTo)
+{
+    Separation_Write("a.tif", 16, 16, &Pattern);
+    Job_Write("job.toml", {"a.tif"}, 16);
+    std::filesystem::create_symlink("a.tif", In("link.tif"));
+    std::filesystem::create_hard_link(In("a.tif"), In("hard.tif"));
+    const std::string separation = File_Read(In("a.tif"));
+    const std::string job = File_Read(In("job.toml"));
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"-o a.tif", "a.tif: the job reads this file; name another file\n"},
+        {"-o ./link.tif", "./link.tif: the job reads this file; name another file\n"},
+        {"-o hard.tif", "hard.tif: the job reads this file; name another file\n"},
+        {"-o job.toml", "job.toml: this is the job file itself; name another file\n"},
+        {"--log a.tif", "a.tif: the job reads this file; name another file\n"},
+        {"--log job.toml", "job.toml: this is the job file itself; name another file\n"},
+        {"-o x.tif --log ./x.tif", "./x.tif: the board data goes to this file; name another one for --log\n"},
+    };
+    for (const auto& [arguments, message] : cases)
+    {
+        const auto result = Boardmap_Run("convert job.toml " + arguments);
+        EXPECT_EQ(result.status, 2) << arguments;
+        EXPECT_EQ(result.error, message);
+    }
+    EXPECT_EQ(File_Read(In("a.tif")), separation);
+    EXPECT_EQ(File_Read(In("job.toml")), job);
+    EXPECT_THAT(Files(), ElementsAre("a.tif", "hard.tif", "job.toml", "link.tif"));
+}
+
+TEST_F(Convert, APipeIsNoJobFile)
+{
+    const auto result = Shell_Run("mkfifo pipe.toml && \"$boardmap\" convert pipe.toml");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.error, "pipe.toml: is a device or a pipe, not a job file\n");
 }
 
 TEST_F(Convert, AFileSizeLimitFailsTheRunAndLeavesNoFile)
