@@ -36,10 +36,26 @@ struct SCommandLine
 constexpr const char* exitStatusText = "Exit status: 0 done; 1 failed while running; 2 bad usage or bad input; "
                                        "130 interrupted.\nWhatever goes wrong, nothing half-written is left behind.";
 
+// Turns the names of an option into its values.
 template<class T>
 CLI::Validator Names(const std::map<std::string, T>& names)
 {
-    return CLI::CheckedTransformer(names, CLI::ignore_case).description("");
+    const auto Value_Find = [names](std::string& text)
+    {
+        const auto found = names.find(CLI::detail::to_lower(text));
+        if (found != names.end())
+        {
+            text = std::to_string(static_cast<int>(found->second));
+            return std::string();
+        }
+        std::string known;
+        for (const auto& [name, value] : names)
+        {
+            known += (known.empty() ? "" : ", ") + name;
+        }
+        return '"' + text + "\" is none of " + known;
+    };
+    return CLI::Validator(Value_Find, "");
 }
 
 void Options_Add(CLI::App& app, SCommandLine& line)
@@ -91,7 +107,12 @@ int Run(int argumentCount, char** arguments)
     }
     catch (const CLI::ParseError& error)
     {
-        return app.exit(error) == 0 ? Exit_Done : Exit_BadInput;
+        if (error.get_exit_code() == 0) // help or version
+        {
+            return app.exit(error);
+        }
+        std::cerr << error.what() << "; boardmap --help tells more\n";
+        return Exit_BadInput;
     }
     line.convert.m_job = Path_FromText(line.job);
     line.convert.m_output = Path_FromText(line.output);

@@ -186,8 +186,8 @@ TEST_F(Convert, BadUsageExitsWithTwoAndSaysWhy)
     const std::vector<std::pair<std::string, std::string>> cases = {
         {"", "subcommand is required"},
         {"convert", "JOB is required"},
-        {"convert job.toml --format png", "--format"},
-        {"convert job.toml --progress maybe", "--progress"},
+        {"convert job.toml --format png", "--format: \"png\" is none of raw, tiff;"},
+        {"convert job.toml --progress maybe", "--progress: \"maybe\" is none of auto, bar, none, plain;"},
         {"convert job.toml --unknown", "--unknown"},
         {"convert job.toml -o ''", "--output"},
         {"convert job.toml -o -", "--output -: a TIFF cannot be written to standard output"},
@@ -199,6 +199,7 @@ TEST_F(Convert, BadUsageExitsWithTwoAndSaysWhy)
         const auto result = Boardmap_Run(arguments);
         EXPECT_EQ(result.status, 2) << arguments;
         EXPECT_THAT(result.error, HasSubstr(message)) << arguments;
+        EXPECT_EQ(std::count(result.error.begin(), result.error.end(), '\n'), 1) << result.error;
     }
     EXPECT_THAT(Files(), ElementsAre("a.tif", "job.toml"));
 }
