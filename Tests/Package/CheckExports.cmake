@@ -26,8 +26,9 @@ string(REPLACE "\n" ";" symbols "${symbols}")
 set(unexpected "")
 foreach(line IN LISTS symbols)
     string(REGEX REPLACE "^[0-9a-f]* +[A-Za-z] " "" name "${line}")
-    if(name STREQUAL "" OR name MATCHES "^(std::|typeinfo( name)? for std::|vtable for std::|__asan|__odr|__tsan|__ubsan)")
-        continue() # the standard library's own templates, shared by everybody who uses them
+    if(name STREQUAL "" OR name MATCHES
+            "^(([a-z]+ )?std::|typeinfo( name)? for std::|vtable for std::|__asan|__odr|__tsan|__ubsan)")
+        continue() # the standard library's own templates (some with their return type), and the sanitizers' own
     endif()
     set(bKnown FALSE)
     foreach(class IN LISTS classes)
