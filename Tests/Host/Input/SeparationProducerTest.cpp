@@ -407,22 +407,28 @@ TEST(SeparationProducer, StoppedAmidstASwathItGoesOnWithTheNextRow)
 {
     const SInk ink = Ink_Random(300, 2000, 1, 1);
     const SSwathPlan plan{.nozzles = 1000};
-    CProduction production(ink, plan, 2);
-    int runs = 0;
+    // A producer that gets the processor to itself is through with a swath before the stop comes: then another page.
+    bool bStoppedAmidst = false;
     const auto end = std::chrono::steady_clock::now() + 60s;
-    while (!production.FIFO().Full_WaitForOut(0) && std::chrono::steady_clock::now() < end)
+    while (!bStoppedAmidst && std::chrono::steady_clock::now() < end)
     {
+        CProduction production(ink, plan, 2);
+        int stops = 0;
+        while (!production.FIFO().Full_WaitForOut(0) && std::chrono::steady_clock::now() < end)
+        {
+            production.Start();
+            std::this_thread::sleep_for(std::chrono::microseconds(stops % 100));
+            Stop_Measure(production.Producer());
+            ++stops;
+        }
+        bStoppedAmidst = stops > 1;
         production.Start();
-        std::this_thread::sleep_for(std::chrono::microseconds(runs % 100));
-        Stop_Measure(production.Producer());
-        ++runs;
+        const auto bands = production.Bands_Take();
+        ASSERT_EQ(bands.size(), 2U);
+        Band_Expect(bands[0], ink, plan);
+        Band_Expect(bands[1], ink, plan);
     }
-    EXPECT_GT(runs, 1);
-    production.Start();
-    const auto bands = production.Bands_Take();
-    ASSERT_EQ(bands.size(), 2U);
-    Band_Expect(bands[0], ink, plan);
-    Band_Expect(bands[1], ink, plan);
+    EXPECT_TRUE(bStoppedAmidst);
 }
 
 TEST(SeparationProducer, DestroyedWhileItRunsItStopsFirst)
