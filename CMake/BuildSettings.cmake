@@ -19,13 +19,24 @@ if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
 endif()
 
 find_package(Threads REQUIRED)
+find_package(Boost 1.74 REQUIRED COMPONENTS log)
+if(NOT TARGET Boost::date_time)
+    add_library(Boost::date_time INTERFACE IMPORTED) # of headers alone, though FindBoost asks for it
+endif()
 
 if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
     # Source paths in log scopes and debug data are relative to the repository, whoever builds it.
     add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+    if(WIN32)
+        add_compile_options(-g) # packages hold the debug data apart
+    endif()
     if(DATAMAPPING_DEVELOPER)
         add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wold-style-cast -Wcast-qual
                             -Woverloaded-virtual -Werror)
+        if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+            # This compiler takes the sum of a literal and a string for an overlapping copy when it optimises fully.
+            add_compile_options(-Wno-restrict)
+        endif()
         if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND DATAMAPPING_SANITIZE MATCHES "thread")
             # The thread fences inside libstdc++ are not instrumented; none is relied upon here.
             add_compile_options(-Wno-tsan)

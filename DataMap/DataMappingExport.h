@@ -3,7 +3,9 @@
 
 #include "KelCommon/KelCompiler.h"
 
-#if defined(DATAMAPPING_BUILD)
+#if defined(DATAMAPPING_STATIC)
+#define DATAMAPPING_API
+#elif defined(DATAMAPPING_BUILD)
 #define DATAMAPPING_API KEL_EXPORT
 #else
 #define DATAMAPPING_API KEL_IMPORT

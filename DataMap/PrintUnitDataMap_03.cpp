@@ -1,15 +1,21 @@
 // Lays the four blocks of a 400-pixel line over each other, each at its own bit position of the same frames.
 #include "DataMap/PrintUnitDataMap_03.h"
 
+#include "DataMap/BlockLine.h"
+#include "DataMap/FramePass.h"
+#include "DataMap/LineRuns.h"
+#include "DataMap/MapKernelInUse.h"
 #include "DataMap/OrKernel.h"
 #include "KelCommon/KelLog.h"
 #include "Platform/Helper/BitOperator.h"
 
+#include <typeinfo>
+
 namespace
 {
 // The head geometry of this style.
-constexpr int blockCount = 4;
-constexpr int blockPixelCount = 100;
+constexpr int blockCount = SBlockLine::blockCount;
+constexpr int blockPixelCount = SBlockLine::blockPixelCount;
 constexpr int directionAscending = 2;
 
 // The frame position of one block: the byte of the group and block, and in it the bit of the unit.
@@ -20,10 +26,108 @@ int Block_Row(const SSrcBandDataParam& param, int block)
     const int place = param.m_unitDirection == directionAscending ? block : blockCount - 1 - block;
     return bit + 8 * (blockCount * group + place);
 }
+
+// Whether all four rows of a unit lie in a frame of `frameByteCount` bytes.
+bool Frame_HasUnit(int frameByteCount, int unitIndex)
+{
+    return unitIndex >= 0 && blockCount * (unitIndex / 8 + 1) <= frameByteCount;
+}
+
+// The lines of one run: four rows each, cut out beforehand.
+class CLinePass
+{
+public:
+    explicit CLinePass(int frameByteCount) : m_frameByteCount(frameByteCount), m_frames(frameByteCount) {}
+
+    void Begin()
+    {
+        m_frames = CFramePass(m_frameByteCount);
+        m_lineCount = 0;
+    }
+
+    bool Line_Add(const SSrcBandLine& line)
+    {
+        const SSrcBandDataParam& param = line.m_param;
+        if (!Frame_HasUnit(m_frameByteCount, param.m_unitIndex) || m_frames.HasRow(Block_Row(param, 0)))
+        {
+            return false;
+        }
+        SBlockLine& blocks = m_lines[m_lineCount];
+        blocks.Cut(line.m_pLine);
+        for (int block = 0; block < blockCount; ++block)
+        {
+            m_frames.Row_Set(Block_Row(param, block), blocks.m_blocks[block]);
+        }
+        ++m_lineCount;
+        return true;
+    }
+
+    void Run_Map(const SSrcBandLine* /*lines*/, int /*lineCount*/, unsigned char* dst, int /*dstByteCount*/) const
+    {
+        m_frames.Frames_Or(0, SBlockLine::room, false, dst, blockPixelCount * m_frameByteCount);
+    }
+
+private:
+    int m_frameByteCount;
+    int m_lineCount = 0;
+    CFramePass m_frames;
+    SBlockLine m_lines[CFramePass::rowCountMax / blockCount];
+};
 } // namespace
+
+CPrintUnitDataMap_03::CPrintUnitDataMap_03() = default;
+
+CPrintUnitDataMap_03::CPrintUnitDataMap_03(const CPrintUnitDataMap_03& other) = default;
+
+CPrintUnitDataMap_03& CPrintUnitDataMap_03::operator=(const CPrintUnitDataMap_03& other) = default;
+
+CPrintUnitDataMap_03::~CPrintUnitDataMap_03() = default;
 
 bool CPrintUnitDataMap_03::MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                                         int dstByteCount) const
+{
+    const SMapKernel& kernel = MapKernel_Get();
+    const int frameByteCount = m_dataFrameWidth / 8;
+    if (kernel.m_pField_Or != nullptr && HasOwnTable() && Frame_HasUnit(frameByteCount, param.m_unitIndex))
+    {
+        if (const SFieldPattern* pattern = CFieldPattern::Block_Get(frameByteCount))
+        {
+            SBlockLine line;
+            unsigned char side[blockCount * SBlockLine::room];
+            line.Cut(src);
+            line.Interleave(param.m_unitDirection == directionAscending, side);
+            const int bit = 7 - param.m_unitIndex % 8;
+            const SFrameField field = {pattern, blockCount, blockCount * (param.m_unitIndex / 8), bit,
+                                       static_cast<unsigned char>(1 << bit)};
+            kernel.m_pField_Or->m_oneBit[pattern->m_groupSizeIndex](field, side, sizeof(side), dst,
+                                                                    blockPixelCount * frameByteCount);
+            return true;
+        }
+    }
+    return MapData_Line_Table(param, src, dst, dstByteCount);
+}
+
+bool CPrintUnitDataMap_03::MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
+                                                 int dstByteCount) const
+{
+    const int frameByteCount = m_dataFrameWidth / 8;
+    if (!HasOwnTable() || frameByteCount > CFramePass::frameByteCountMax)
+    {
+        return MapData_Line_OneByOne(lines, lineCount, dst, dstByteCount);
+    }
+    CLinePass pass(frameByteCount);
+    return LineRuns_Map(pass, *this, lines, lineCount, dst, dstByteCount);
+}
+
+bool CPrintUnitDataMap_03::HasOwnTable() const
+{
+    return typeid(*this) == typeid(CPrintUnitDataMap_03) && m_srcBitCount == 1 && m_dstBitCount == 1 &&
+           m_unitCount == m_dataFrameWidth && m_mapDataSizeOfByte == m_dataFrameWidth &&
+           IsRegular(m_dataFrameWidth / 8, 256, m_unitCount);
+}
+
+bool CPrintUnitDataMap_03::MapData_Line_Table(const SSrcBandDataParam& param, const unsigned char* src,
+                                              unsigned char* dst, int dstByteCount) const
 {
     for (int block = 0; block < blockCount; ++block)
     {

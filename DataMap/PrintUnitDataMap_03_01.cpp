@@ -1,17 +1,22 @@
 // Deals a 400-bit line to four board units of a byte-interleaved board line, and the three bit modes beside that.
 #include "DataMap/PrintUnitDataMap_03_01.h"
 
+#include "DataMap/BlockLine.h"
+#include "DataMap/ColumnPass.h"
+#include "DataMap/LineRuns.h"
 #include "KelCommon/KelLog.h"
 #include "Platform/Helper/BitOperator.h"
 
 #include <algorithm>
+#include <cstring>
+#include <typeinfo>
 
 namespace
 {
 // The head geometry of this style.
-constexpr int chunkCount = 4;
-constexpr int chunkBitCount = 100;
-constexpr int chunkByteCount = 13;
+constexpr int chunkCount = SBlockLine::blockCount;
+constexpr int chunkBitCount = SBlockLine::blockPixelCount;
+constexpr int chunkByteCount = SBlockLine::blockByteCount;
 constexpr int nibbleBitCount = 4;
 constexpr int directionAscending = 2;
 
@@ -26,7 +31,64 @@ int Chunk_BoardUnit(const SSrcBandDataParam& param, int chunk)
     const int place = param.m_unitDirection == directionAscending ? chunk : chunkCount - 1 - chunk;
     return param.m_unitIndex * chunkCount + place;
 }
+
+// The lines of one run: four columns each, cut out beforehand.
+class CLinePass
+{
+public:
+    explicit CLinePass(int columnCount) : m_columnCount(columnCount), m_columns(columnCount) {}
+
+    void Begin()
+    {
+        m_columns = CColumnPass(m_columnCount);
+        m_lineCount = 0;
+    }
+
+    bool Line_Add(const SSrcBandLine& line)
+    {
+        const SSrcBandDataParam& param = line.m_param;
+        if (param.m_unitIndex < 0 || chunkCount * (param.m_unitIndex + 1) > m_columnCount ||
+            m_columns.HasColumn(chunkCount * param.m_unitIndex))
+        {
+            return false;
+        }
+        SBlockLine& blocks = m_lines[m_lineCount];
+        blocks.Cut(line.m_pLine);
+        for (int chunk = 0; chunk < chunkCount; ++chunk)
+        {
+            m_columns.Column_Set(Chunk_BoardUnit(param, chunk), blocks.m_blocks[chunk]);
+        }
+        ++m_lineCount;
+        return true;
+    }
+
+    void Run_Map(const SSrcBandLine* /*lines*/, int /*lineCount*/, unsigned char* dst, int /*dstByteCount*/) const
+    {
+        if (chunkCount * m_lineCount != m_columnCount)
+        {
+            m_columns.Columns_Store(chunkByteCount, dst);
+            return;
+        }
+        unsigned char frames[SBlockLine::room * CColumnPass::columnCountMax];
+        m_columns.Columns_Store(SBlockLine::room, frames); // the kernels prefer whole vectors
+        std::memcpy(dst, frames, static_cast<std::size_t>(chunkByteCount * m_columnCount));
+    }
+
+private:
+    int m_columnCount;
+    int m_lineCount = 0;
+    CColumnPass m_columns;
+    SBlockLine m_lines[CColumnPass::columnCountMax / chunkCount];
+};
 } // namespace
+
+CPrintUnitDataMap_03_01::CPrintUnitDataMap_03_01() = default;
+
+CPrintUnitDataMap_03_01::CPrintUnitDataMap_03_01(const CPrintUnitDataMap_03_01& other) = default;
+
+CPrintUnitDataMap_03_01& CPrintUnitDataMap_03_01::operator=(const CPrintUnitDataMap_03_01& other) = default;
+
+CPrintUnitDataMap_03_01::~CPrintUnitDataMap_03_01() = default;
 
 bool CPrintUnitDataMap_03_01::MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                                            int dstByteCount) const
@@ -39,11 +101,26 @@ bool CPrintUnitDataMap_03_01::MapData_Line(const SSrcBandDataParam& param, const
     case bitMode400:
         MapData_Line_Bit_400(param, src, dst, dstByteCount);
         break;
+    case bitMode8:
+        MapData_Line_Bit_8(param, src, dst);
+        break;
     default:
         MapData_Line_Normal(param, src, dst, dstByteCount);
         break;
     }
     return true;
+}
+
+bool CPrintUnitDataMap_03_01::MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
+                                                    int dstByteCount) const
+{
+    if (typeid(*this) != typeid(CPrintUnitDataMap_03_01) || m_bitMode != bitMode8 || m_dataFrameWidth < 0 ||
+        m_dataFrameWidth > CColumnPass::columnCountMax)
+    {
+        return MapData_Line_OneByOne(lines, lineCount, dst, dstByteCount);
+    }
+    CLinePass pass(m_dataFrameWidth);
+    return LineRuns_Map(pass, *this, lines, lineCount, dst, dstByteCount);
 }
 
 int CPrintUnitDataMap_03_01::SrcPixelCount_2_BoardBitCount(int /*srcPixelCount*/) const
@@ -150,6 +227,22 @@ bool CPrintUnitDataMap_03_01::MapData_Line_Normal(const SSrcBandDataParam& param
         }
     }
     return true;
+}
+
+// What MapData_Line_Normal does in this mode, four neighbouring board bytes at a time.
+void CPrintUnitDataMap_03_01::MapData_Line_Bit_8(const SSrcBandDataParam& param, const unsigned char* src,
+                                                 unsigned char* dst) const
+{
+    SBlockLine line;
+    unsigned char side[chunkCount * SBlockLine::room];
+    line.Cut(src);
+    line.Interleave(param.m_unitDirection == directionAscending, side);
+    unsigned char* out = dst + chunkCount * param.m_unitIndex;
+    const int frameByteCount = m_dataFrameWidth;
+    for (int k = 0; k < chunkByteCount; ++k)
+    {
+        std::memcpy(out + k * frameByteCount, side + chunkCount * k, chunkCount);
+    }
 }
 
 // Both halves go to the same place, in either direction: the second half of the source line is what stays.

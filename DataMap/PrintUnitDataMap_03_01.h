@@ -16,12 +16,17 @@
 class DATAMAPPING_API CPrintUnitDataMap_03_01 : public CPrintUnitDataMap_5
 {
 public:
-    CPrintUnitDataMap_03_01() = default;
+    CPrintUnitDataMap_03_01();
+    CPrintUnitDataMap_03_01(const CPrintUnitDataMap_03_01& other);
+    CPrintUnitDataMap_03_01& operator=(const CPrintUnitDataMap_03_01& other);
+    ~CPrintUnitDataMap_03_01() override;
 
     // Maps one line of 400 bits (50 bytes), whatever `m_lineBitCount` says, into 13 frames; bytes are stored, not ORed.
     // `dstByteCount` is not looked at. Always true: a failure inside is a log record and goes no further.
     bool MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                       int dstByteCount) const override;
+    bool MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
+                               int dstByteCount) const override;
     // The length of a board line is fixed by the frame width: 13 bytes per board unit. The argument is ignored.
     int SrcPixelCount_2_BoardBitCount(int srcPixelCount) const override;
     // A new block of 13 bytes, its contents undefined; the calling thread's until it gives it to CustomParam_Release.
@@ -52,6 +57,7 @@ private:
     // Line mappers with the arguments of MapData_Line: by chunks of 100 bits, as two halves, as one block.
     bool MapData_Line_Normal(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                              int dstByteCount) const;
+    void MapData_Line_Bit_8(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst) const;
     bool MapData_Line_Bit_200(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                               int dstByteCount) const;
     bool MapData_Line_Bit_400(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,

@@ -2,9 +2,12 @@
 #include "DataMap/PrintUnitDataMap_1.h"
 
 #include "DataMap/BitPosition.h"
+#include "DataMap/FrameLayout.h"
+#include "DataMap/FramePass.h"
 #include "KelCommon/KelLog.h"
 
 #include <string>
+#include <typeinfo>
 
 namespace
 {
@@ -17,6 +20,14 @@ constexpr int EntryPosition(int unit, int pixel)
     return 8 * byteIndex + 7 - unit % 8;
 }
 } // namespace
+
+CPrintUnitDataMap_1::CPrintUnitDataMap_1() = default;
+
+CPrintUnitDataMap_1::CPrintUnitDataMap_1(const CPrintUnitDataMap_1& other) = default;
+
+CPrintUnitDataMap_1& CPrintUnitDataMap_1::operator=(const CPrintUnitDataMap_1& other) = default;
+
+CPrintUnitDataMap_1::~CPrintUnitDataMap_1() = default;
 
 bool CPrintUnitDataMap_1::Init(int dataFrameWidth)
 {
@@ -43,6 +54,36 @@ void CPrintUnitDataMap_1::Usage()
 void CPrintUnitDataMap_1::Init_MapDataSizeOfByte()
 {
     m_mapDataSizeOfByte = m_dataFrameWidth;
+}
+
+bool CPrintUnitDataMap_1::FrameLayout_Get(SFrameLayout& layout) const
+{
+    constexpr int frameByteCount = 2;
+    if (typeid(*this) != typeid(CPrintUnitDataMap_1) || m_unitCount != 16 || m_mapDataSizeOfByte != 16 ||
+        !IsRegular(frameByteCount, 256, m_unitCount))
+    {
+        return false;
+    }
+    layout = {frameByteCount, m_unitCount, 1, 1, 1, true};
+    return true;
+}
+
+bool CPrintUnitDataMap_1::MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
+                                                int dstByteCount) const
+{
+    SFrameLayout layout;
+    if (FrameLayout_Get(layout) && layout.m_frameByteCount <= CFramePass::frameByteCountMax)
+    {
+        return CFramePass::Lines_Map(*this, layout, lines, lineCount, dst, dstByteCount);
+    }
+    return MapData_Line_OneByOne(lines, lineCount, dst, dstByteCount);
+}
+
+bool CPrintUnitDataMap_1::MapData_Line_Direct(const SSrcBandDataParam& param, const unsigned char* src,
+                                              unsigned char* dst, int dstByteCount) const
+{
+    SFrameLayout layout;
+    return FrameLayout_Get(layout) && layout.Line_Map(param, src, dst, dstByteCount);
 }
 
 bool CPrintUnitDataMap_1::Init_DataWidth_16()

@@ -2,7 +2,11 @@
 #include "DataMap/PrintUnitDataMap_2.h"
 
 #include "DataMap/BitPosition.h"
+#include "DataMap/FrameLayout.h"
+#include "DataMap/FramePass.h"
 #include "KelCommon/KelLog.h"
+
+#include <typeinfo>
 
 namespace
 {
@@ -10,6 +14,22 @@ namespace
 constexpr int codeSmall = 0b01;
 constexpr int codeMiddle = 0b10;
 constexpr int codeBig = 0b11;
+
+// 0 if there is no such drop size.
+constexpr int Code_Get(EDotSizeMode mode)
+{
+    switch (mode)
+    {
+    case EDotSizeMode::Small:
+        return codeSmall;
+    case EDotSizeMode::Middle:
+        return codeMiddle;
+    case EDotSizeMode::Big:
+        return codeBig;
+    default:
+        return 0;
+    }
+}
 
 void Code_Set(unsigned char* entry, int position, int code)
 {
@@ -23,6 +43,14 @@ void Code_Set(unsigned char* entry, int position, int code)
     }
 }
 } // namespace
+
+CPrintUnitDataMap_2::CPrintUnitDataMap_2() = default;
+
+CPrintUnitDataMap_2::CPrintUnitDataMap_2(const CPrintUnitDataMap_2& other) = default;
+
+CPrintUnitDataMap_2& CPrintUnitDataMap_2::operator=(const CPrintUnitDataMap_2& other) = default;
+
+CPrintUnitDataMap_2::~CPrintUnitDataMap_2() = default;
 
 bool CPrintUnitDataMap_2::Init(EDotSizeMode dotSizeMode, int dataFrameWidth)
 {
@@ -43,6 +71,37 @@ bool CPrintUnitDataMap_2::Init(EDotSizeMode dotSizeMode, int dataFrameWidth)
         return false;
     }
     return true;
+}
+
+bool CPrintUnitDataMap_2::FrameLayout_Get(SFrameLayout& layout) const
+{
+    const int frameByteCount = m_dataFrameWidth / 8;
+    if (typeid(*this) != typeid(CPrintUnitDataMap_2) || m_srcBitCount != 1 || m_dstBitCount != 2 ||
+        m_unitCount != m_dataFrameWidth / 2 || m_mapDataSizeOfByte != m_dataFrameWidth ||
+        !IsRegular(frameByteCount, 256, m_unitCount))
+    {
+        return false;
+    }
+    layout = {frameByteCount, m_unitCount, 1, 2, Code_Get(m_dotSizeMode), false};
+    return layout.m_fieldBits != 0;
+}
+
+bool CPrintUnitDataMap_2::MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
+                                                int dstByteCount) const
+{
+    SFrameLayout layout;
+    if (FrameLayout_Get(layout) && layout.m_frameByteCount <= CFramePass::frameByteCountMax)
+    {
+        return CFramePass::Lines_Map(*this, layout, lines, lineCount, dst, dstByteCount);
+    }
+    return MapData_Line_OneByOne(lines, lineCount, dst, dstByteCount);
+}
+
+bool CPrintUnitDataMap_2::MapData_Line_Direct(const SSrcBandDataParam& param, const unsigned char* src,
+                                              unsigned char* dst, int dstByteCount) const
+{
+    SFrameLayout layout;
+    return FrameLayout_Get(layout) && layout.Line_Map(param, src, dst, dstByteCount);
 }
 
 bool CPrintUnitDataMap_2::MapData()

@@ -3,6 +3,14 @@
 
 #include "KelCommon/KelLog.h"
 
+CPrintUnitDataMap_4::CPrintUnitDataMap_4() = default;
+
+CPrintUnitDataMap_4::CPrintUnitDataMap_4(const CPrintUnitDataMap_4& other) = default;
+
+CPrintUnitDataMap_4& CPrintUnitDataMap_4::operator=(const CPrintUnitDataMap_4& other) = default;
+
+CPrintUnitDataMap_4::~CPrintUnitDataMap_4() = default;
+
 bool CPrintUnitDataMap_4::Init(int dataFrameWidth)
 {
     m_srcBitCount = 1;

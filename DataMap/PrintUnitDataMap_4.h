@@ -8,8 +8,8 @@
 class DATAMAPPING_API CPrintUnitDataMap_4 : public CPrintUnitDataMap_Base
 {
 public:
-    CPrintUnitDataMap_4(const CPrintUnitDataMap_4& other) = default;
-    CPrintUnitDataMap_4& operator=(const CPrintUnitDataMap_4& other) = default;
+    CPrintUnitDataMap_4(const CPrintUnitDataMap_4& other);
+    CPrintUnitDataMap_4& operator=(const CPrintUnitDataMap_4& other);
 
     using CPrintUnitDataMap_Base::Init;
     // Sets the geometry of `dataFrameWidth` bits per frame, one bit per unit; then a log record and false, always.
@@ -19,8 +19,8 @@ public:
     static void Usage();
 
 private:
-    CPrintUnitDataMap_4() = default;
-    ~CPrintUnitDataMap_4() override = default;
+    CPrintUnitDataMap_4();
+    ~CPrintUnitDataMap_4() override;
 
     friend struct SMapTestAccess;
 };

@@ -1,19 +1,78 @@
 // The plain map with a byte column per unit: source bytes are stored as they are, one per group of columns.
 #include "DataMap/PrintUnitDataMap_6.h"
 
+#include "DataMap/ColumnPass.h"
+#include "DataMap/LineRuns.h"
 #include "KelCommon/KelLog.h"
 #include "Platform/Helper/StaticHelper.h"
+
+#include <typeinfo>
+
+namespace
+{
+// The lines of one run: columns of the same length, no two of them the same.
+class CLinePass
+{
+public:
+    explicit CLinePass(int columnCount) : m_columnCount(columnCount), m_columns(columnCount) {}
+
+    void Begin()
+    {
+        m_columns = CColumnPass(m_columnCount);
+        m_byteCount = -1;
+    }
+
+    bool Line_Add(const SSrcBandLine& line)
+    {
+        const int column = line.m_param.m_unitIndex;
+        const int byteCount = CStaticHelper::AlignBytesByBits(1, line.m_param.m_lineBitCount);
+        if (column < 0 || column >= m_columnCount || m_columns.HasColumn(column) ||
+            (m_byteCount >= 0 && m_byteCount != byteCount))
+        {
+            return false;
+        }
+        m_columns.Column_Set(column, line.m_pLine);
+        m_byteCount = byteCount;
+        return true;
+    }
+
+    void Run_Map(const SSrcBandLine* /*lines*/, int /*lineCount*/, unsigned char* dst, int /*dstByteCount*/) const
+    {
+        m_columns.Columns_Store(m_byteCount, dst);
+    }
+
+private:
+    int m_columnCount;
+    int m_byteCount = -1; // of every line; -1: there is none yet
+    CColumnPass m_columns;
+};
+} // namespace
+
+CPrintUnitDataMap_6::CPrintUnitDataMap_6() = default;
+
+CPrintUnitDataMap_6::CPrintUnitDataMap_6(const CPrintUnitDataMap_6& other) = default;
+
+CPrintUnitDataMap_6& CPrintUnitDataMap_6::operator=(const CPrintUnitDataMap_6& other) = default;
+
+CPrintUnitDataMap_6::~CPrintUnitDataMap_6() = default;
 
 bool CPrintUnitDataMap_6::MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                                        int /*dstByteCount*/) const
 {
     const int byteCount = CStaticHelper::AlignBytesByBits(1, param.m_lineBitCount);
-    unsigned char* column = dst + param.m_unitIndex;
-    for (int i = 0; i < byteCount; ++i)
-    {
-        column[i * m_unitCount] = src[i];
-    }
+    CColumnPass::Column_Store(src, byteCount, dst + param.m_unitIndex, m_unitCount);
     return true;
+}
+
+bool CPrintUnitDataMap_6::MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
+                                                int dstByteCount) const
+{
+    if (typeid(*this) != typeid(CPrintUnitDataMap_6) || m_unitCount < 0 || m_unitCount > CColumnPass::columnCountMax)
+    {
+        return MapData_Line_OneByOne(lines, lineCount, dst, dstByteCount);
+    }
+    CLinePass pass(m_unitCount);
+    return LineRuns_Map(pass, *this, lines, lineCount, dst, dstByteCount);
 }
 
 int CPrintUnitDataMap_6::SrcPixelCount_2_BoardBitCount(int srcPixelCount) const

@@ -11,12 +11,17 @@
 class DATAMAPPING_API CPrintUnitDataMap_6 : public CPrintUnitDataMap_Base
 {
 public:
-    CPrintUnitDataMap_6() = default;
+    CPrintUnitDataMap_6();
+    CPrintUnitDataMap_6(const CPrintUnitDataMap_6& other);
+    CPrintUnitDataMap_6& operator=(const CPrintUnitDataMap_6& other);
+    ~CPrintUnitDataMap_6() override;
 
     // Stores (does not OR) the bytes of the source line in the unit's column. `dstByteCount` is not looked at. Always
     // true.
     bool MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                       int dstByteCount) const override;
+    bool MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
+                               int dstByteCount) const override;
     // The columns of all units at the source's bits per pixel, in bits.
     int SrcPixelCount_2_BoardBitCount(int srcPixelCount) const override;
 

@@ -13,12 +13,17 @@
 class DATAMAPPING_API CPrintUnitDataMap_7 : public CPrintUnitDataMap_Base
 {
 public:
-    CPrintUnitDataMap_7() = default;
+    CPrintUnitDataMap_7();
+    CPrintUnitDataMap_7(const CPrintUnitDataMap_7& other);
+    CPrintUnitDataMap_7& operator=(const CPrintUnitDataMap_7& other);
+    ~CPrintUnitDataMap_7() override;
 
     // Stores (does not OR) the unit's column: two board bytes per source byte, the last one dropped if the line does
     // not reach into its four pixels. `dstByteCount` is not looked at. Always true.
     bool MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                       int dstByteCount) const override;
+    bool MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
+                               int dstByteCount) const override;
     // The columns of all units at two bits per pixel, in bits.
     int SrcPixelCount_2_BoardBitCount(int srcPixelCount) const override;
 

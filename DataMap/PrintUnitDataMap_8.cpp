@@ -2,10 +2,15 @@
 #include "DataMap/PrintUnitDataMap_8.h"
 
 #include "DataMap/BitPosition.h"
+#include "DataMap/FrameLayout.h"
+#include "DataMap/FramePass.h"
+#include "DataMap/LineRuns.h"
+#include "DataMap/MapKernelInUse.h"
 #include "DataMap/OrKernel.h"
 #include "KelCommon/KelLog.h"
 
 #include <algorithm>
+#include <typeinfo>
 
 namespace
 {
@@ -51,7 +56,125 @@ unsigned char Pattern_ToByte(int pattern, unsigned char planeMask)
     }
     return static_cast<unsigned char>(value);
 }
+
+// One plane's pixels of a piece of a line, the even and the odd ones: a row of frames each.
+struct SPixelPair
+{
+    unsigned char m_even[transposeByteCountMax];
+    unsigned char m_odd[transposeByteCountMax];
+};
+
+// A piece of a line: both planes, each of them parted again.
+struct SPlanePiece
+{
+    static constexpr int srcByteCount = 4 * transposeByteCountMax;
+
+    void Part(const unsigned char* src, int byteCount)
+    {
+        const SMapKernel& kernel = MapKernel_Get();
+        unsigned char high[srcByteCount / 2];
+        unsigned char low[srcByteCount / 2];
+        kernel.m_pPlanes_Split(src, byteCount, high, low);
+        kernel.m_pPlanes_Split(high, (byteCount + 1) / 2, m_high.m_even, m_high.m_odd);
+        kernel.m_pPlanes_Split(low, (byteCount + 1) / 2, m_low.m_even, m_low.m_odd);
+    }
+
+    SPixelPair m_high;
+    SPixelPair m_low;
+};
+
+// The whole bytes of the lines of one run: two rows per line and plane.
+class CLinePass
+{
+public:
+    explicit CLinePass(int unitCount)
+        : m_unitCount(unitCount), m_entrySize(unitCount / 2), m_high(unitCount / 4), m_low(unitCount / 4)
+    {
+    }
+
+    void Begin()
+    {
+        m_high = CFramePass(m_unitCount / 4);
+        m_low = CFramePass(m_unitCount / 4);
+        m_lineCount = 0;
+    }
+
+    bool Line_Add(const SSrcBandLine& line)
+    {
+        const int unit = line.m_param.m_unitIndex;
+        const int byteCount = line.m_param.m_lineBitCount / 8;
+        if (unit < 0 || unit >= m_unitCount || m_high.HasRow(2 * unit) ||
+            (m_lineCount > 0 && m_byteCount != byteCount))
+        {
+            return false;
+        }
+        const SPlanePiece& piece = m_pieces[m_lineCount];
+        m_high.Row_Set(2 * unit, piece.m_high.m_even);
+        m_high.Row_Set(2 * unit + 1, piece.m_high.m_odd);
+        m_low.Row_Set(2 * unit, piece.m_low.m_even);
+        m_low.Row_Set(2 * unit + 1, piece.m_low.m_odd);
+        m_byteCount = byteCount;
+        ++m_lineCount;
+        return true;
+    }
+
+    void Run_Map(const SSrcBandLine* lines, int lineCount, unsigned char* dst, int dstByteCount)
+    {
+        unsigned char* lowPlane = dst + dstByteCount / 2;
+        for (int done = 0; done < m_byteCount; done += SPlanePiece::srcByteCount)
+        {
+            const int count = std::min(SPlanePiece::srcByteCount, m_byteCount - done);
+            for (int i = 0; i < lineCount; ++i)
+            {
+                m_pieces[i].Part(lines[i].m_pLine + done, count);
+            }
+            const int rowByteCount = (count + 3) / 4;
+            m_high.Frames_Or(0, rowByteCount, false, dst + done * m_entrySize, count * m_entrySize);
+            m_low.Frames_Or(0, rowByteCount, false, lowPlane + done * m_entrySize, count * m_entrySize);
+        }
+    }
+
+private:
+    int m_unitCount;
+    int m_entrySize;
+    int m_byteCount = 0; // whole bytes of every line
+    int m_lineCount = 0;
+    CFramePass m_high;
+    CFramePass m_low;
+    SPlanePiece m_pieces[CFramePass::rowCountMax / 2];
+};
+
+// The pass, and after it what is left of every line.
+template<class TTail>
+class CTailedPass
+{
+public:
+    CTailedPass(int unitCount, TTail tail) : m_pass(unitCount), m_tail(tail) {}
+
+    void Begin() { m_pass.Begin(); }
+    bool Line_Add(const SSrcBandLine& line) { return m_pass.Line_Add(line); }
+    void Run_Map(const SSrcBandLine* lines, int lineCount, unsigned char* dst, int dstByteCount)
+    {
+        m_pass.Run_Map(lines, lineCount, dst, dstByteCount);
+        for (int i = 0; i < lineCount; ++i)
+        {
+            m_tail(lines[i]);
+        }
+    }
+
+private:
+    CLinePass m_pass;
+    TTail m_tail;
+};
 } // namespace
+
+CPrintUnitDataMap_8::CPrintUnitDataMap_8() = default;
+
+CPrintUnitDataMap_8::CPrintUnitDataMap_8(const CPrintUnitDataMap_8& other) = default;
+
+CPrintUnitDataMap_8& CPrintUnitDataMap_8::operator=(const CPrintUnitDataMap_8& other) = default;
+
+CPrintUnitDataMap_8::~CPrintUnitDataMap_8() = default;
 
 const unsigned char* CPrintUnitDataMap_8::ByteMapData_Buffer(int unitIndex, int byteValue) const
 {
@@ -63,6 +186,12 @@ bool CPrintUnitDataMap_8::MapData_Line(const SSrcBandDataParam& param, const uns
                                        int dstByteCount) const
 {
     const int planeByteCount = dstByteCount / 2;
+    if (MapData_Line_Field(param, src, dst, planeByteCount))
+    {
+        MapData_Tail(param, src, dst, planeByteCount);
+        MapData_Tail(param, src, dst + planeByteCount, planeByteCount);
+        return true;
+    }
     if (!MapData_Line_BitMask(param, src, dst, planeByteCount, maskHigh))
     {
         KEL_LOG(ESeverityLevel::Error, "failure");
@@ -72,6 +201,58 @@ bool CPrintUnitDataMap_8::MapData_Line(const SSrcBandDataParam& param, const uns
     {
         KEL_LOG(ESeverityLevel::Error, "failure");
         return false;
+    }
+    return true;
+}
+
+bool CPrintUnitDataMap_8::MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
+                                                int dstByteCount) const
+{
+    if (!HasOwnTable() || 2 * m_unitCount > CFramePass::rowCountMax)
+    {
+        return MapData_Line_OneByOne(lines, lineCount, dst, dstByteCount);
+    }
+    const int planeByteCount = dstByteCount / 2;
+    const auto Tail_Map = [&](const SSrcBandLine& line)
+    {
+        MapData_Tail(line.m_param, line.m_pLine, dst, planeByteCount);
+        MapData_Tail(line.m_param, line.m_pLine, dst + planeByteCount, planeByteCount);
+    };
+    CTailedPass pass(m_unitCount, Tail_Map);
+    return LineRuns_Map(pass, *this, lines, lineCount, dst, dstByteCount);
+}
+
+bool CPrintUnitDataMap_8::HasOwnTable() const
+{
+    return typeid(*this) == typeid(CPrintUnitDataMap_8) && m_srcBitCount == 1 && m_unitCount == m_dataFrameWidth &&
+           m_mapDataSizeOfByte == m_dataFrameWidth / 2 && IsRegular(m_dataFrameWidth / 8, patternCount, m_unitCount);
+}
+
+// In each plane a frame is a field of two neighbouring pixels: that of a map with 2-bit pixels.
+bool CPrintUnitDataMap_8::MapData_Line_Field(const SSrcBandDataParam& param, const unsigned char* src,
+                                             unsigned char* dst, int planeByteCount) const
+{
+    const SMapKernel& kernel = MapKernel_Get();
+    const SFrameLayout layout = {m_dataFrameWidth / 4, m_unitCount, 2, 2, 0b11, false};
+    if (kernel.m_pField_Or == nullptr || !HasOwnTable() || !layout.HasUnit(param.m_unitIndex) ||
+        layout.Pattern() == nullptr)
+    {
+        return false;
+    }
+    constexpr int pieceSize = 4 * splitRoom; // source bytes
+    unsigned char high[pieceSize / 2];
+    unsigned char low[pieceSize / 2];
+    const SFrameField field = layout.Field(param.m_unitIndex, layout.Pattern());
+    const FieldFunction Field_Or = layout.Function(kernel, layout.Pattern());
+    const int entrySize = m_mapDataSizeOfByte;
+    const int byteCount = param.m_lineBitCount / 8;
+    for (int done = 0; done < byteCount; done += pieceSize)
+    {
+        const int count = std::min(pieceSize, byteCount - done);
+        unsigned char* out = dst + done * entrySize;
+        kernel.m_pPlanes_Split(src + done, count, high, low);
+        Field_Or(field, high, (count + 1) / 2, out, count * entrySize);
+        Field_Or(field, low, (count + 1) / 2, out + planeByteCount, count * entrySize);
     }
     return true;
 }
@@ -129,20 +310,28 @@ bool CPrintUnitDataMap_8::MapData_Line_BitMask(const SSrcBandDataParam& param, c
     {
         COrKernel::Or_Bytes(dst + i * entrySize, ByteMapData_Buffer(param.m_unitIndex, src[i] & bitMask), entrySize);
     }
+    MapData_Tail(param, src, dst, dstByteCount);
+    return true;
+}
+
+void CPrintUnitDataMap_8::MapData_Tail(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
+                                       int dstByteCount) const
+{
     if (param.m_lineBitCount % 8 <= 0)
     {
-        return true;
+        return;
     }
+    const int entrySize = MapDataSizeOfByte();
+    const int fullByteCount = param.m_lineBitCount / 8;
     // The tail is looked up unmasked, unlike the full bytes.
     const unsigned char tail = src[fullByteCount];
     if (param.m_unitIndex == 0 && ByteValue_2_Index(tail) < 0)
     {
-        return true; // its entry would lie before the table
+        return; // its entry would lie before the table
     }
     const int tailOffset = fullByteCount * entrySize;
     const int tailByteCount = std::min(dstByteCount - tailOffset, entrySize);
     COrKernel::Or_Bytes(dst + tailOffset, ByteMapData_Buffer(param.m_unitIndex, tail), tailByteCount);
-    return true;
 }
 
 int CPrintUnitDataMap_8::ByteValue_2_Index(unsigned char value) const

@@ -13,6 +13,12 @@ CPrintUnitDataMap_Base::~CPrintUnitDataMap_Base()
     m_mapData = nullptr;
 }
 
+CPrintUnitDataMap_Base::CPrintUnitDataMap_Base() = default;
+
+CPrintUnitDataMap_Base::CPrintUnitDataMap_Base(const CPrintUnitDataMap_Base& other) = default;
+
+CPrintUnitDataMap_Base& CPrintUnitDataMap_Base::operator=(const CPrintUnitDataMap_Base& other) = default;
+
 bool CPrintUnitDataMap_Base::Init(int srcBitCount, int dstBitCount, int dataFrameWidth)
 {
     m_srcBitCount = srcBitCount;
@@ -41,6 +47,17 @@ const unsigned char* CPrintUnitDataMap_Base::ByteMapData_Buffer(int unitIndex, i
 bool CPrintUnitDataMap_Base::MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                                           int dstByteCount) const
 {
+    if (MapData_Line_Direct(param, src, dst, dstByteCount))
+    {
+        return true;
+    }
+    MapData_Line_Table(param, src, dst, dstByteCount);
+    return true;
+}
+
+void CPrintUnitDataMap_Base::MapData_Line_Table(const SSrcBandDataParam& param, const unsigned char* src,
+                                                unsigned char* dst, int dstByteCount) const
+{
     const int fullByteCount = param.m_lineBitCount / 8;
     for (int i = 0; i < fullByteCount; ++i)
     {
@@ -49,13 +66,12 @@ bool CPrintUnitDataMap_Base::MapData_Line(const SSrcBandDataParam& param, const 
     }
     if (param.m_lineBitCount % 8 < 1)
     {
-        return true;
+        return;
     }
     const int tailOffset = fullByteCount * m_mapDataSizeOfByte;
     const int tailByteCount = std::min(dstByteCount - tailOffset, m_mapDataSizeOfByte);
     const unsigned char* entry = ByteMapData_Buffer(param.m_unitIndex, src[fullByteCount]);
     COrKernel::Or_Bytes(dst + tailOffset, entry, tailByteCount);
-    return true;
 }
 
 int CPrintUnitDataMap_Base::SrcPixelCount_2_BoardBitCount(int srcPixelCount) const
@@ -73,6 +89,31 @@ void CPrintUnitDataMap_Base::CustomParam_Release(void* /*customParam*/) const {}
 void CPrintUnitDataMap_Base::Init_MapDataSizeOfByte()
 {
     m_mapDataSizeOfByte = ((8 / m_srcBitCount) * m_dataFrameWidth) / 8;
+}
+
+bool CPrintUnitDataMap_Base::MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
+                                                   int dstByteCount) const
+{
+    return MapData_Line_OneByOne(lines, lineCount, dst, dstByteCount);
+}
+
+bool CPrintUnitDataMap_Base::MapData_Line_Direct(const SSrcBandDataParam& /*param*/, const unsigned char* /*src*/,
+                                                 unsigned char* /*dst*/, int /*dstByteCount*/) const
+{
+    return false;
+}
+
+bool CPrintUnitDataMap_Base::MapData_Line_OneByOne(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
+                                                   int dstByteCount) const
+{
+    for (int i = 0; i < lineCount; ++i)
+    {
+        if (!MapData_Line(lines[i].m_param, lines[i].m_pLine, dst, dstByteCount))
+        {
+            return false;
+        }
+    }
+    return true;
 }
 
 bool CPrintUnitDataMap_Base::Init_SrcBitMask()
@@ -98,4 +139,44 @@ void CPrintUnitDataMap_Base::MapData_Allocate()
 unsigned char* CPrintUnitDataMap_Base::MapData_Entry(int unitIndex, int entryIndex)
 {
     return m_mapData + unitIndex * m_unitMapDataSize + entryIndex * m_mapDataSizeOfByte;
+}
+
+int CPrintUnitDataMap_Base::SrcBitCount() const
+{
+    return m_srcBitCount;
+}
+
+int CPrintUnitDataMap_Base::DstBitCount() const
+{
+    return m_dstBitCount;
+}
+
+int CPrintUnitDataMap_Base::DataFrameWidth() const
+{
+    return m_dataFrameWidth;
+}
+
+const unsigned char* CPrintUnitDataMap_Base::AllMapData_Get() const
+{
+    return m_mapData;
+}
+
+void CPrintUnitDataMap_Base::SrcBitCount_Set(int srcBitCount)
+{
+    m_srcBitCount = srcBitCount;
+}
+
+int CPrintUnitDataMap_Base::UnitCount() const
+{
+    return m_unitCount;
+}
+
+int CPrintUnitDataMap_Base::SrcBitMask_Get() const
+{
+    return m_srcBitMask;
+}
+
+int CPrintUnitDataMap_Base::DstBitMask_Get() const
+{
+    return m_dstBitCount;
 }

@@ -35,10 +35,10 @@
 class DATAMAPPING_API CPrintUnitDataMap_Base
 {
 public:
-    CPrintUnitDataMap_Base() = default;
+    CPrintUnitDataMap_Base();
     // Copies share the table: both objects then own it, and one of them must be kept from freeing it.
-    CPrintUnitDataMap_Base(const CPrintUnitDataMap_Base& other) = default;
-    CPrintUnitDataMap_Base& operator=(const CPrintUnitDataMap_Base& other) = default;
+    CPrintUnitDataMap_Base(const CPrintUnitDataMap_Base& other);
+    CPrintUnitDataMap_Base& operator=(const CPrintUnitDataMap_Base& other);
 
     // Frees the table, if one was built.
     virtual ~CPrintUnitDataMap_Base();
@@ -69,27 +69,52 @@ public:
     virtual void CustomParam_Release(void* customParam) const;
 
     // Bits per source pixel.
-    int SrcBitCount() const { return m_srcBitCount; }
+    int SrcBitCount() const;
     // Bits that one unit has in one frame.
-    int DstBitCount() const { return m_dstBitCount; }
+    int DstBitCount() const;
     // Bits in one board data frame.
-    int DataFrameWidth() const { return m_dataFrameWidth; }
+    int DataFrameWidth() const;
     // The whole table, for reading; null if the style has none. Stays the map's.
-    const unsigned char* AllMapData_Get() const { return m_mapData; }
+    const unsigned char* AllMapData_Get() const;
 
 protected:
     // Computes m_mapDataSizeOfByte from the geometry: the pixels of one source byte times the frame width, in bytes.
     virtual void Init_MapDataSizeOfByte();
 
-    void SrcBitCount_Set(int srcBitCount) { m_srcBitCount = srcBitCount; }
+public:
+    // Maps `lineCount` source lines into one board line that nobody else touches meanwhile: leaves the bytes that
+    // MapData_Line leaves, called for one line after the other. False as soon as that is false for one of them. The
+    // styles do all units in one pass where their own MapData_Line would have run. The lines must not overlap `dst`.
+    virtual bool MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
+                                       int dstByteCount) const;
+
+protected:
+    // Maps a line without look-ups, if that leaves the same bytes as the look-ups through the virtual table; false if
+    // it does not: nothing has happened then. A style answers for objects of exactly its own class, for a subclass
+    // never: that one may have another look-up, and its lines are mapped through it.
+    virtual bool MapData_Line_Direct(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
+                                     int dstByteCount) const;
+
+    void SrcBitCount_Set(int srcBitCount);
     // Units that share one frame.
-    int UnitCount() const { return m_unitCount; }
+    int UnitCount() const;
     // Mask of one source pixel; 0 when unset or invalid.
-    int SrcBitMask_Get() const { return m_srcBitMask; }
+    int SrcBitMask_Get() const;
     // The bits of one unit in one frame. There is no destination mask: this is the bit count, on purpose.
-    int DstBitMask_Get() const { return m_dstBitCount; }
+    int DstBitMask_Get() const;
     // Sets the source mask from m_srcBitCount. False, with mask 0 and no log record, if that is neither 1 nor 2.
     bool Init_SrcBitMask();
+
+    // Whether geometry and table belong together: frames of whole bytes, and a table of `unitTableCount` x `entryCount`
+    // entries. They do after the style's own Init, and no longer when the base's has been called on top of it.
+    bool IsRegular(int frameByteCount, int entryCount, int unitTableCount) const
+    {
+        return frameByteCount > 0 && m_dataFrameWidth == 8 * frameByteCount && m_mapData != nullptr &&
+               m_unitMapDataSize == entryCount * m_mapDataSizeOfByte &&
+               m_mapDataSize == unitTableCount * m_unitMapDataSize;
+    }
+    // MapData_Line for one line after the other; false as soon as that is.
+    bool MapData_Line_OneByOne(const SSrcBandLine* lines, int lineCount, unsigned char* dst, int dstByteCount) const;
 
     // Makes the table m_mapDataSize zero bytes long.
     void MapData_Allocate();
@@ -105,6 +130,11 @@ protected:
     std::int32_t m_srcBitMask = 0;        // 1 for 1-bit pixels, 3 for 2-bit pixels, 0 when unset or invalid
     std::int32_t m_dataFrameWidth = 0;    // bits in one board data frame
     std::int32_t m_unitCount = 0;         // units that share one frame
+
+private:
+    // The generic mapping by look-ups through the virtual table: one for every source byte.
+    void MapData_Line_Table(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
+                            int dstByteCount) const;
 
     friend struct SMapTestAccess;
 };

@@ -3,7 +3,9 @@
 
 #include "KelCommon/KelCompiler.h"
 
-#if defined(CONTROLLERPLATFORM_BUILD)
+#if defined(CONTROLLERPLATFORM_STATIC)
+#define PLATFORM_API
+#elif defined(CONTROLLERPLATFORM_BUILD)
 #define PLATFORM_API KEL_EXPORT
 #else
 #define PLATFORM_API KEL_IMPORT

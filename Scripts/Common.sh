@@ -50,5 +50,11 @@ build_packages=(g++ cmake ninja-build ccache pkg-config libboost-log-dev libcli1
     nlohmann-json3-dev libtiff-dev)
 # What it takes to rip the demo page.
 page_packages=(ghostscript netpbm)
+# What it takes to check and test.
+test_packages=(abigail-tools binutils clang-format clang-tidy dpkg-dev file git libgmock-dev libgtest-dev
+    librapidcheck-dev shellcheck valgrind)
+# What it takes to build for 64-bit Windows, third-party libraries included, and to run the result.
+windows_packages=(binutils-mingw-w64-x86-64 bzip2 dpkg-dev g++-mingw-w64-x86-64-posix googletest libboost-tools-dev
+    libz-mingw-w64-dev util-linux wine wine64 xz-utils zip unzip)
 
 jobs=$(nproc)

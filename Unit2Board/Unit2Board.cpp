@@ -16,6 +16,7 @@ namespace
 {
 
 constexpr unsigned long waitMs = 100;
+constexpr unsigned long gatherMs = 1;
 constexpr unsigned withoutLimit = 4294967295U;
 
 // What m_pLineBuffer points to: the buffer's own class has a virtual operation but a plain destructor, so that only a
@@ -36,6 +37,12 @@ CUnit2Board::~CUnit2Board()
     m_pSrcBands = nullptr;
     Release_LineGenerator();
 }
+
+CUnit2Board::CUnit2Board() = default;
+
+CUnit2Board::CUnit2Board(const CUnit2Board& other) = default;
+
+CUnit2Board& CUnit2Board::operator=(const CUnit2Board& other) = default;
 
 bool CUnit2Board::Create(int lineGeneratorCount, CBandData** srcBands, int srcBandCount, CBandData& dstBand,
                          const CPrintUnitDataMap_Base& dataMap)
@@ -239,10 +246,18 @@ bool CUnit2Board::Process()
         return true;
     }
     // More lines can be handed out, or nothing came back for as long as one waits: both go back to handing out.
-    if (m_pLineBuffer->EmptyFIFO()->HasDataEvent().Wait(0, 0) ||
-        !m_pLineBuffer->FullFIFO()->HasDataEvent().Wait(waitMs, 0))
+    if (m_pLineBuffer->EmptyFIFO()->HasDataEvent().Wait(0, 0) || !FinishedLine_Wait())
     {
         m_processState = State_AddSourceLine;
     }
     return true;
+}
+
+// Waits until a line has come back. Being woken costs more than a line: for a moment lines may gather, as long as every
+// generator has one to work on. Lines that take so long that none comes in that moment are waited for one by one.
+bool CUnit2Board::FinishedLine_Wait()
+{
+    auto& fullFIFO = *m_pLineBuffer->FullFIFO();
+    return fullFIFO.HasData_WaitForMany(elementCount / 2, gatherMs) ||
+           fullFIFO.HasDataEvent().Wait(waitMs - gatherMs, 0);
 }

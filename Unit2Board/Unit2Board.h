@@ -23,10 +23,10 @@ extern template class DATAMAPPING_API CKelBaseThread<CUnit2Board>;
 class DATAMAPPING_API CUnit2Board : public CKelBaseThread<CUnit2Board>
 {
 public:
-    CUnit2Board() = default;
+    CUnit2Board();
     // Member-wise: a copy shares every owned object with the original. Nothing in the library copies a converter.
-    CUnit2Board(const CUnit2Board& other) = default;
-    CUnit2Board& operator=(const CUnit2Board& other) = default;
+    CUnit2Board(const CUnit2Board& other);
+    CUnit2Board& operator=(const CUnit2Board& other);
 
     // Frees the buffer, the array and the generators. Neither stops nor waits: the threads must have ended.
     ~CUnit2Board() override;
@@ -62,6 +62,7 @@ private:
     bool Initialize();
     bool AddSourceLine();
     bool Process();
+    bool FinishedLine_Wait();
     bool Create_LineGenerator();
     bool Release_LineGenerator();
     bool Stop_LineGenerator();

@@ -6,6 +6,8 @@
 #include "KelCommon/KelLog.h"
 #include "Platform/BandData/BandData.h"
 
+#include <algorithm>
+#include <new>
 #include <string>
 
 namespace
@@ -93,10 +95,15 @@ bool CUnit2Board_Line::CustomParam_Make()
 // True also when no line came: the same state runs again.
 bool CUnit2Board_Line::Line_Take()
 {
-    if (m_pLineBuffer->Wait_Out(m_pLineIndex, waitMs))
+    if (!m_pLineBuffer->InFIFO()->Out(m_pLineIndex))
     {
-        m_processState = State_Process;
+        m_pLineBuffer->FullFIFO()->HasData_Hurry(); // this generator brings nothing more until lines are handed out
+        if (!m_pLineBuffer->Wait_Out(m_pLineIndex, waitMs))
+        {
+            return true;
+        }
     }
+    m_processState = State_Process;
     return true;
 }
 
@@ -123,8 +130,20 @@ bool CUnit2Board_Line::AddDstData()
     return true;
 }
 
+// In one pass where every band has the line; what the map then does is what it does band by band. A band without the
+// line has its record between the others' turns.
 bool CUnit2Board_Line::MapBandData_Line_AllInput(int lineIndex)
 {
+    if (m_srcBandCount > 1 && std::all_of(m_pSrcBands, m_pSrcBands + m_srcBandCount,
+                                          [&](const CBandData* band) { return lineIndex < band->m_height; }))
+    {
+        if (!MapBandData_Line_OnePass(lineIndex))
+        {
+            KEL_LOG_AT(ESeverityLevel::Error, 135, "failure");
+            return false;
+        }
+        return true;
+    }
     for (int i = 0; i < m_srcBandCount; ++i)
     {
         if (!MapBandData_Line_OneInput(lineIndex, *m_pSrcBands[i]))
@@ -136,6 +155,42 @@ bool CUnit2Board_Line::MapBandData_Line_AllInput(int lineIndex)
     return true;
 }
 
+bool CUnit2Board_Line::MapBandData_Line_OnePass(int lineIndex)
+{
+    constexpr int runLength = 64; // bands that the map gets at once
+    alignas(SSrcBandLine) unsigned char room[runLength * sizeof(SSrcBandLine)]; // clearing it would cost as much again
+    auto* lines = reinterpret_cast<SSrcBandLine*>(room);
+    unsigned char* dst = m_pDstBand->m_pData + lineIndex * m_pDstBand->m_bytesPerLine;
+    for (int first = 0; first < m_srcBandCount; first += runLength)
+    {
+        const int count = std::min(runLength, m_srcBandCount - first);
+        for (int i = 0; i < count; ++i)
+        {
+            ::new (lines + i) SSrcBandLine(SrcLine_Get(lineIndex, *m_pSrcBands[first + i]));
+        }
+        if (!m_pDataMap->MapData_Line_AllInput(lines, count, dst, m_pDstBand->m_bytesPerLine))
+        {
+            // The record of MapBandData_Line_OneInput, whose place this takes.
+            KelLog_Write({ESeverityLevel::Error, "bool CUnit2Board_Line::MapBandData_Line_OneInput(int, const CBandData&)",
+                          KelLog_BaseName(__FILE__), 158},
+                         "failure");
+            return false;
+        }
+    }
+    return true;
+}
+
+SSrcBandLine CUnit2Board_Line::SrcLine_Get(int lineIndex, const CBandData& srcBand) const
+{
+    SSrcBandLine line;
+    line.m_param.m_unitIndex = srcBand.m_unitIndex;
+    line.m_param.m_unitDirection = srcBand.m_unitDirection;
+    line.m_param.m_lineBitCount = srcBand.m_width * srcBand.m_bitsPerPixel;
+    line.m_param.m_customParam = m_pCustomParam;
+    line.m_pLine = srcBand.m_pData + lineIndex * srcBand.m_bytesPerLine;
+    return line;
+}
+
 bool CUnit2Board_Line::MapBandData_Line_OneInput(int lineIndex, const CBandData& srcBand)
 {
     if (lineIndex >= srcBand.m_height)
@@ -143,14 +198,9 @@ bool CUnit2Board_Line::MapBandData_Line_OneInput(int lineIndex, const CBandData&
         KEL_LOG_AT(ESeverityLevel::Error, 144, "failure");
         return true; // a shorter band adds nothing; the line is finished all the same
     }
-    SSrcBandDataParam param;
-    param.m_unitIndex = srcBand.m_unitIndex;
-    param.m_unitDirection = srcBand.m_unitDirection;
-    param.m_lineBitCount = srcBand.m_width * srcBand.m_bitsPerPixel;
-    param.m_customParam = m_pCustomParam;
-    const unsigned char* src = srcBand.m_pData + lineIndex * srcBand.m_bytesPerLine;
+    const SSrcBandLine line = SrcLine_Get(lineIndex, srcBand);
     unsigned char* dst = m_pDstBand->m_pData + lineIndex * m_pDstBand->m_bytesPerLine;
-    if (!m_pDataMap->MapData_Line(param, src, dst, m_pDstBand->m_bytesPerLine))
+    if (!m_pDataMap->MapData_Line(line.m_param, line.m_pLine, dst, m_pDstBand->m_bytesPerLine))
     {
         KEL_LOG_AT(ESeverityLevel::Error, 158, "failure");
         return false;

@@ -16,6 +16,7 @@
 
 class CBandData;
 class CPrintUnitDataMap_Base;
+struct SSrcBandLine;
 
 class CUnit2Board_Line : public CKelBaseThread<CUnit2Board_Line>
 {
@@ -52,7 +53,9 @@ private:
     bool Process();
     bool AddDstData();
     bool MapBandData_Line_AllInput(int lineIndex);
+    bool MapBandData_Line_OnePass(int lineIndex);
     bool MapBandData_Line_OneInput(int lineIndex, const CBandData& srcBand);
+    SSrcBandLine SrcLine_Get(int lineIndex, const CBandData& srcBand) const;
 
     std::int32_t m_processState = 0;
     const CPrintUnitDataMap_Base* m_pDataMap = nullptr;

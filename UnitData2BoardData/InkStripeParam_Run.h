@@ -4,6 +4,7 @@
 
 #include "Platform/PrintParam/PrintParamRecords.h"
 
+#include <cstddef>
 #include <cstdint>
 
 struct SInkStripeParam_Run
@@ -18,3 +19,14 @@ struct SInkStripeParam_Run
     std::int32_t jobInfo_3 = 0;             // bits per pixel of the job
     std::int32_t jobWidth = 0;              // scan positions
 };
+static_assert(sizeof(SInkStripeParam_Pixel) == 32); // seven words, and one of 16 bits
+static_assert(offsetof(SInkStripeParam_Run, pixelParam) == 0);
+static_assert(offsetof(SInkStripeParam_Run, bandAttr) == 32);
+static_assert(offsetof(SInkStripeParam_Run, xMaxOffset_Right2Left) == 36);
+static_assert(offsetof(SInkStripeParam_Run, xMaxOffset_Left2Right) == 40);
+static_assert(offsetof(SInkStripeParam_Run, unitHorizon_1) == 44);
+static_assert(offsetof(SInkStripeParam_Run, unitHorizon_2) == 48);
+static_assert(offsetof(SInkStripeParam_Run, maskCount_1) == 52);
+static_assert(offsetof(SInkStripeParam_Run, jobInfo_3) == 56);
+static_assert(offsetof(SInkStripeParam_Run, jobWidth) == 60);
+static_assert(sizeof(SInkStripeParam_Run) == 64);

@@ -7,6 +7,15 @@
 #include "Platform/DataProcess/BandDataFIFO_S.h"
 #include "Platform/PrintParam/PrintParamGlobal.h"
 
+CUnitData2BoardData_AllUnit_2::CUnitData2BoardData_AllUnit_2() = default;
+
+CUnitData2BoardData_AllUnit_2::CUnitData2BoardData_AllUnit_2(const CUnitData2BoardData_AllUnit_2& other) = default;
+
+CUnitData2BoardData_AllUnit_2&
+CUnitData2BoardData_AllUnit_2::operator=(const CUnitData2BoardData_AllUnit_2& other) = default;
+
+CUnitData2BoardData_AllUnit_2::~CUnitData2BoardData_AllUnit_2() = default;
+
 bool CUnitData2BoardData_AllUnit_2::Create(CBandSetFIFO& inputFIFO)
 {
     m_pInputBufferFIFO = &inputFIFO;

@@ -14,11 +14,11 @@ class DATAMAPPING_API CUnitData2BoardData_AllUnit_2 : public CUnitData2BoardData
 public:
     using CBandSetFIFO = CKelThreadPtrFIFO_T<SBufferData<CBandData*>>;
 
-    CUnitData2BoardData_AllUnit_2() = default;
+    CUnitData2BoardData_AllUnit_2();
     // Member-wise: a copy shares every owned object with the original. Nothing in the library copies a stage.
-    CUnitData2BoardData_AllUnit_2(const CUnitData2BoardData_AllUnit_2& other) = default;
-    CUnitData2BoardData_AllUnit_2& operator=(const CUnitData2BoardData_AllUnit_2& other) = default;
-    ~CUnitData2BoardData_AllUnit_2() override = default;
+    CUnitData2BoardData_AllUnit_2(const CUnitData2BoardData_AllUnit_2& other);
+    CUnitData2BoardData_AllUnit_2& operator=(const CUnitData2BoardData_AllUnit_2& other);
+    ~CUnitData2BoardData_AllUnit_2() override;
 
     // Sets the stage up from the current configuration and starts its thread. The FIFO stays the caller's and must
     // outlive the stage. The output FIFO holds a single band. False, after a log record, if the thread could not be

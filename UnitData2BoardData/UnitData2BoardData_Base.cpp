@@ -21,6 +21,10 @@ template class CKelBaseThread<CUnitData2BoardData_Base>;
 
 CUnitData2BoardData_Base::CUnitData2BoardData_Base() : m_pInputElements(new std::vector<SInputElement>()) {}
 
+CUnitData2BoardData_Base::CUnitData2BoardData_Base(const CUnitData2BoardData_Base& other) = default;
+
+CUnitData2BoardData_Base& CUnitData2BoardData_Base::operator=(const CUnitData2BoardData_Base& other) = default;
+
 CUnitData2BoardData_Base::~CUnitData2BoardData_Base()
 {
     delete m_pOutputFIFO;

@@ -33,8 +33,8 @@ class DATAMAPPING_API CUnitData2BoardData_Base : public CKelBaseThread<CUnitData
 public:
     CUnitData2BoardData_Base();
     // Member-wise: a copy shares every owned object with the original. Nothing in the library copies a stage.
-    CUnitData2BoardData_Base(const CUnitData2BoardData_Base& other) = default;
-    CUnitData2BoardData_Base& operator=(const CUnitData2BoardData_Base& other) = default;
+    CUnitData2BoardData_Base(const CUnitData2BoardData_Base& other);
+    CUnitData2BoardData_Base& operator=(const CUnitData2BoardData_Base& other);
 
     // Frees the output FIFO with what is still queued in it, every band that the stage still holds (those of an
     // unfinished step too) and the map.

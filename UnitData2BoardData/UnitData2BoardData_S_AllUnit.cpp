@@ -42,6 +42,13 @@ CUnitData2BoardData_S_AllUnit::~CUnitData2BoardData_S_AllUnit()
     m_pInkStripeParam = nullptr;
 }
 
+CUnitData2BoardData_S_AllUnit::CUnitData2BoardData_S_AllUnit() = default;
+
+CUnitData2BoardData_S_AllUnit::CUnitData2BoardData_S_AllUnit(const CUnitData2BoardData_S_AllUnit& other) = default;
+
+CUnitData2BoardData_S_AllUnit&
+CUnitData2BoardData_S_AllUnit::operator=(const CUnitData2BoardData_S_AllUnit& other) = default;
+
 bool CUnitData2BoardData_S_AllUnit::Create(bool checkInput, const std::vector<CBandDataFIFO*>& inputFIFOs)
 {
     if (!CUnitData2BoardData_Base::Create(checkInput, inputFIFOs))

@@ -20,10 +20,10 @@ struct SInkStripeParam_Run;
 class DATAMAPPING_API CUnitData2BoardData_S_AllUnit : public CUnitData2BoardData_Base
 {
 public:
-    CUnitData2BoardData_S_AllUnit() = default;
+    CUnitData2BoardData_S_AllUnit();
     // Member-wise: a copy shares every owned object with the original. Nothing in the library copies a stage.
-    CUnitData2BoardData_S_AllUnit(const CUnitData2BoardData_S_AllUnit& other) = default;
-    CUnitData2BoardData_S_AllUnit& operator=(const CUnitData2BoardData_S_AllUnit& other) = default;
+    CUnitData2BoardData_S_AllUnit(const CUnitData2BoardData_S_AllUnit& other);
+    CUnitData2BoardData_S_AllUnit& operator=(const CUnitData2BoardData_S_AllUnit& other);
     ~CUnitData2BoardData_S_AllUnit() override;
 
     bool Create(bool checkInput, const std::vector<CBandDataFIFO*>& inputFIFOs) override;

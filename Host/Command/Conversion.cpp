@@ -18,7 +18,6 @@
 namespace
 {
 
-constexpr unsigned waitMs = 100;
 constexpr unsigned withoutLimit = 4294967295U;
 constexpr std::size_t keptRecords = 6;
 constexpr int bandSetCount = 2; // sets that the feeder may be ahead of the one-FIFO stage
@@ -175,18 +174,6 @@ void CConversion::Start()
             throw CRunError("a separation's thread could not be started: " + m_failures.Text_Get());
         }
     }
-}
-
-std::unique_ptr<CBandData> CConversion::Band_Next()
-{
-    CBandData* band = nullptr;
-    m_pOutput->Out(band, waitMs);
-    return std::unique_ptr<CBandData>(band);
-}
-
-bool CConversion::IsCompleted()
-{
-    return m_pOutput->IsCompleted();
 }
 
 void CConversion::Error_Check()

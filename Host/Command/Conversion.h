@@ -58,11 +58,8 @@ public:
     // Starts the stage and the producers. Throws CRunError.
     void Start();
 
-    // The next board band, or null: none came within 100 ms, or there are no more.
-    std::unique_ptr<CBandData> Band_Next();
-
-    // True once the stage has ended and all its bands were taken.
-    bool IsCompleted();
+    // Where the stage puts its board bands, completed when it has ended. The stage's; null before Start.
+    CBandDataFIFO_S* Output() const { return m_pOutput; }
 
     // Throws why the job cannot go on, if it cannot: a producer's error, or a CRunError for a stage that stopped early.
     void Error_Check();

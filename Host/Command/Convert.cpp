@@ -1,6 +1,7 @@
 // The convert command: job, conversion, writer, and what the user is told.
 #include "Host/Command/Convert.h"
 
+#include "Host/Command/BoardOutput.h"
 #include "Host/Command/Conversion.h"
 #include "Host/Command/Interrupt.h"
 #include "Host/HostError.h"
@@ -24,11 +25,11 @@ namespace
 
 using Seconds = std::chrono::duration<double>;
 
+constexpr unsigned lookMs = 50; // how often the main thread looks after a running job
+
 struct SResult
 {
-    std::int64_t bands = 0;
-    std::int64_t lines = 0;
-    std::int64_t bytes = 0;
+    SBoardCount count;
     Seconds elapsed{0};
 };
 
@@ -116,34 +117,33 @@ std::unique_ptr<CBoardWriter> Writer_Make(const SConvertOptions& options, const 
     return std::make_unique<CBoardTiffWriter>(options.m_output, Job_BoardInfo(job), size, options.m_compression);
 }
 
-// Takes the board bands from the stage to the writer. False if the user interrupted it.
+// Has all the board bands written, and completes the output. False if the user interrupted it.
 bool Bands_Write(CConversion& conversion, CBoardWriter& writer, CProgress& progress, SResult& result)
 {
     const auto begin = std::chrono::steady_clock::now();
-    while (!conversion.IsCompleted())
+    CBoardOutput output(*conversion.Output(), writer);
+    if (!output.Start("CBoardOutput"))
+    {
+        throw CRunError("the thread that writes the board data could not be started");
+    }
+    while (!output.WaitExit(lookMs))
     {
         if (CInterrupt::IsRequested())
         {
             return false;
         }
-        const std::unique_ptr<CBandData> band = conversion.Band_Next();
-        if (band == nullptr)
-        {
-            conversion.Error_Check();
-            continue;
-        }
-        writer.Band_Write(*band);
-        ++result.bands;
-        result.lines += band->m_height;
-        result.bytes += band->m_dataSize;
-        progress.Update(result.bands, result.bytes);
+        conversion.Error_Check();
+        const SBoardCount count = output.Count_Get();
+        progress.Update(count.bands, count.bytes);
     }
+    output.Error_Check();
     conversion.Error_Check();
     if (CInterrupt::IsRequested()) // while the last band was on its way
     {
         return false;
     }
     writer.Finish();
+    result.count = output.Count_Get();
     result.elapsed = std::chrono::steady_clock::now() - begin;
     return true;
 }
@@ -160,8 +160,9 @@ void Summary_Print(std::ostream& stream, const SConvertOptions& options, const S
     const double seconds = result.elapsed.count();
     stream.precision(3);
     stream << (IsStandardOutput(options.m_output) ? "standard output" : Path_Text(options.m_output)) << ": "
-           << result.bands << " bands, " << result.lines << " lines, " << result.bytes << " bytes of board data\n"
-           << "  " << seconds << " s, " << ByteText_Make(static_cast<double>(result.bytes) / seconds)
+           << result.count.bands << " bands, " << result.count.lines << " lines, " << result.count.bytes
+           << " bytes of board data\n"
+           << "  " << seconds << " s, " << ByteText_Make(static_cast<double>(result.count.bytes) / seconds)
            << "/s; the stage was mapping for " << mapping.count() << " s\n  stalls: ";
     Stall_Print(stream, "input", stall.m_input);
     stream << ", ";
@@ -193,7 +194,7 @@ bool Job_Convert(const SConvertOptions& options)
         {
             return false;
         }
-        progress.Finish(result.bands, result.bytes);
+        progress.Finish(result.count.bands, result.count.bytes);
     }
     Summary_Print(IsStandardOutput(options.m_output) ? std::cerr : std::cout, options, result, conversion.Stall_Get());
     return true;

@@ -1,6 +1,8 @@
 // The signal handlers behind the interrupt flag.
 #include "Host/Command/Interrupt.h"
 
+#include "Platform/Helper/ProcessHelper.h"
+
 #include <array>
 #include <atomic>
 #include <csignal>
@@ -17,14 +19,13 @@ extern "C" void Interrupt_Handle(int signalNumber)
     std::signal(signalNumber, SIG_DFL);
 }
 
-// What a user, a service manager and a closed terminal send.
-constexpr std::array signalNumbers = {
-    SIGINT,
-    SIGTERM,
-#if defined(SIGHUP)
-    SIGHUP,
-#endif
-};
+void TerminalClose_Note()
+{
+    g_bInterrupted = true;
+}
+
+// What a user and a service manager send.
+constexpr std::array signalNumbers = {SIGINT, SIGTERM};
 
 } // namespace
 
@@ -35,6 +36,7 @@ CInterrupt::CInterrupt()
     {
         std::signal(signalNumber, &Interrupt_Handle);
     }
+    CProcessHelper::TerminalClose_Handle(&TerminalClose_Note);
 }
 
 CInterrupt::~CInterrupt()
@@ -43,6 +45,7 @@ CInterrupt::~CInterrupt()
     {
         std::signal(signalNumber, SIG_DFL);
     }
+    CProcessHelper::TerminalClose_Handle(nullptr);
 }
 
 bool CInterrupt::IsRequested()

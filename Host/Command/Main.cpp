@@ -12,6 +12,7 @@
 #include <map>
 #include <new>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -91,7 +92,7 @@ void Options_Add(CLI::App& app, SCommandLine& line)
     convert->add_option("--log", line.logFile, "Append the library's log records to this file")->type_name("FILE");
 }
 
-int Run(int argumentCount, char** arguments)
+int Run(const std::vector<std::string>& arguments)
 {
     CProcessHelper::WriteSignals_Ignore();
     SCommandLine line;
@@ -101,9 +102,14 @@ int Run(int argumentCount, char** arguments)
     app.require_subcommand(1);
     app.footer(exitStatusText);
     Options_Add(app, line);
+    std::vector<const char*> texts;
+    for (const std::string& argument : arguments)
+    {
+        texts.push_back(argument.c_str());
+    }
     try
     {
-        app.parse(argumentCount, arguments);
+        app.parse(static_cast<int>(texts.size()), texts.data());
     }
     catch (const CLI::ParseError& error)
     {
@@ -133,9 +139,10 @@ int Run(int argumentCount, char** arguments)
 
 int main(int argumentCount, char** arguments)
 {
+    const CConsoleText console;
     try
     {
-        return Run(argumentCount, arguments);
+        return Run(CProcessHelper::Arguments_Get(argumentCount, arguments));
     }
     catch (const CInputError& error)
     {

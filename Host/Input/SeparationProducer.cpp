@@ -178,7 +178,7 @@ bool CSeparationProducer::Rows_Read()
         }
         unsigned char* row = Row_At(m_rowsRead);
         m_reader->Row_Read(row);
-        m_bInk = m_bInk || HasInk(row, static_cast<std::size_t>(m_reader->RowBytes()));
+        m_bInk = m_bInk || !m_plan.bMarkBlank || HasInk(row, static_cast<std::size_t>(m_reader->RowBytes()));
     }
     return true;
 }

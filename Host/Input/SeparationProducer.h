@@ -104,7 +104,7 @@ private:
     // rows.
     int m_swathIndex = 0;
     int m_rowsRead = 0;  // of this swath
-    bool m_bInk = false; // seen in this swath
+    bool m_bInk = false; // seen in this swath, or nobody wants to know
 
     mutable std::mutex m_errorLock;
     std::exception_ptr m_error; // guarded by m_errorLock

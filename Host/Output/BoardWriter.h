@@ -1,5 +1,5 @@
-// What becomes of board bands at the end of the road. The command hands every band of the stage's output FIFO to one
-// writer, on one thread, in their order.
+// What becomes of board bands at the end of the road. The command's output thread hands every band of the stage's
+// output FIFO to one writer, in their order; when the thread has ended, the main thread completes it.
 #pragma once
 
 #include "Platform/BandData/BandData.h"

@@ -5,6 +5,9 @@
 // tries again. The events are changed only when the FIFO becomes empty or not empty, full or not full; being
 // manual-reset, they show the right state to whoever looks late.
 //
+// What every operation changes lies in one line of the processor's cache, and nothing else does: two threads that pass
+// elements to each other move that line, and the slot, back and forth, and nothing more.
+//
 // The FIFO owns what is queued in it: elements still inside when it is destroyed are deleted.
 #pragma once
 
@@ -18,7 +21,7 @@
 #include <string>
 
 template<class T>
-class CKelThreadPtrFIFO_T
+class alignas(64) CKelThreadPtrFIFO_T
 {
 public:
     // `bufferLen` is the capacity in elements, at least 1. Otherwise: a log record, and the int 0 is thrown.
@@ -32,7 +35,6 @@ public:
         m_pCompleted = new bool(false);
         m_bufferLen = bufferLen;
         m_ppItems = new T* [static_cast<std::size_t>(bufferLen)] {};
-        m_pCount = new std::int32_t(0);
         m_hasData.Reset();
         m_hasSpace.Set();
     }
@@ -48,8 +50,6 @@ public:
         ReleaseAllContent();
         delete[] m_ppItems;
         m_ppItems = nullptr;
-        delete m_pCount;
-        m_pCount = nullptr;
         m_hasSpace.Set();
         m_hasData.Set();
     }
@@ -58,14 +58,14 @@ public:
     bool In(T* element)
     {
         const CEnterLeaveCriticalSection guard(m_lock);
-        if (Count() >= m_bufferLen)
+        if (m_count >= m_bufferLen)
         {
             KEL_LOG_AT(ESeverityLevel::Error, 144, "failure");
             return false;
         }
         m_ppItems[m_inIndex] = element;
         m_inIndex = Next(m_inIndex);
-        const std::int32_t count = Count().fetch_add(1) + 1;
+        const std::int32_t count = m_count.fetch_add(1) + 1;
         if (count == 1)
         {
             m_hasData.Set();
@@ -73,6 +73,10 @@ public:
         if (count == m_bufferLen)
         {
             m_hasSpace.Reset();
+        }
+        if (m_enough > 0 && count >= m_enough)
+        {
+            HasData_Hurry();
         }
         return true;
     }
@@ -82,14 +86,14 @@ public:
     bool Out(T*& element)
     {
         const CEnterLeaveCriticalSection guard(m_lock);
-        if (Count() <= 0)
+        if (m_count <= 0)
         {
             return false;
         }
         element = m_ppItems[m_outIndex];
         m_ppItems[m_outIndex] = nullptr;
         m_outIndex = Next(m_outIndex);
-        const std::int32_t count = Count().fetch_sub(1) - 1;
+        const std::int32_t count = m_count.fetch_sub(1) - 1;
         if (count == 0)
         {
             m_hasData.Reset();
@@ -110,7 +114,7 @@ public:
         {
             return true;
         }
-        while (Count() >= 1)
+        while (m_count >= 1)
         {
             T* element = nullptr;
             if (!Out(element))
@@ -124,7 +128,7 @@ public:
             }
             delete element;
         }
-        Count().exchange(0);
+        m_count.exchange(0);
         m_inIndex = 0;
         m_outIndex = 0;
         m_hasData.Reset();
@@ -135,6 +139,35 @@ public:
     // The two events, for waiting and probing: set while the FIFO holds an element, set while it has room for one.
     CCustomManualResetEvent& HasDataEvent() { return m_hasData; }
     CCustomManualResetEvent& HasSpaceEvent() { return m_hasSpace; }
+
+    // Waits up to `timeoutMs` until the FIFO holds an element; true if it does. A FIFO that holds one already is not
+    // waited for. Otherwise the caller is not woken for the first one but lets them gather: until there are `enough`,
+    // until somebody who has nothing left to add calls HasData_Hurry, or until the time is over. One thread at a time.
+    bool HasData_WaitForMany(int enough, unsigned long timeoutMs)
+    {
+        {
+            const CEnterLeaveCriticalSection guard(m_lock);
+            if (m_count >= 1)
+            {
+                return true;
+            }
+            m_enough = enough;
+        }
+        const bool bHasData = m_hasData.Wait_Patiently(timeoutMs);
+        m_enough = 0;
+        return bHasData;
+    }
+
+    // Wakes the thread that lets elements gather, if there is one. For those who put elements in and are about to wait
+    // for something themselves.
+    void HasData_Hurry()
+    {
+        if (m_enough > 0)
+        {
+            m_enough = 0;
+            m_hasData.Hurry();
+        }
+    }
 
 protected:
     // The completed flag means nothing to the FIFO itself; it is kept here, under the FIFO's lock, for the classes
@@ -149,20 +182,22 @@ protected:
     bool IsCompletedAndEmpty()
     {
         const CEnterLeaveCriticalSection guard(m_lock);
-        return *m_pCompleted && Count() == 0;
+        return *m_pCompleted && m_count == 0;
     }
 
 private:
-    std::atomic_ref<std::int32_t> Count() { return std::atomic_ref<std::int32_t>(*m_pCount); }
     int Next(int index) const { return index + 1 == m_bufferLen ? 0 : index + 1; }
 
-    bool* m_pCompleted = nullptr;     // owned
-    std::int32_t* m_pCount = nullptr; // owned; changed atomically, under the lock
-    std::int32_t m_inIndex = 0;
-    std::int32_t m_outIndex = 0;
-    T** m_ppItems = nullptr; // owned ring; the elements in it too
-    std::int32_t m_bufferLen = 0;
     CCustomCriticalSection m_lock; // recursive: ReleaseAllContent takes elements with Out
     CCustomManualResetEvent m_hasData;
     CCustomManualResetEvent m_hasSpace;
+    std::atomic<std::int32_t> m_count{0}; // changed under the lock
+    std::int32_t m_inIndex = 0;
+    std::int32_t m_outIndex = 0;
+    std::atomic<std::int32_t> m_enough{0}; // what HasData_WaitForMany waits for; 0: nobody does
+
+    // Not changed by In and Out.
+    alignas(64) T** m_ppItems = nullptr; // owned ring; the elements in it too
+    std::int32_t m_bufferLen = 0;
+    bool* m_pCompleted = nullptr; // owned
 };

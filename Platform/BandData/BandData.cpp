@@ -1,8 +1,11 @@
 // Sizes and memory of a band.
 #include "Platform/BandData/BandData.h"
 
-#include <cstdlib>
+#include "Platform/BandData/BandMemory.h"
+
 #include <limits>
+
+static_assert(CBandData::dataAlignment == CBandMemory::alignment);
 
 CBandData::~CBandData()
 {
@@ -24,15 +27,13 @@ bool CBandData::Create(int width, int height, int bitsPerPixel, int alignBytes)
         return false;
     }
     const std::int64_t dataSize = lineBytes * height;
-    // calloc, because it hands out large blocks as untouched zero pages instead of clearing them a second time.
-    m_pAllocation = std::calloc(static_cast<std::size_t>(dataSize) + dataAlignment, 1);
+    m_allocatedSize = static_cast<std::size_t>(dataSize);
+    m_pAllocation = CBandMemory::Allocate(m_allocatedSize);
     if (m_pAllocation == nullptr)
     {
         return false;
     }
-    const auto address = reinterpret_cast<std::uintptr_t>(m_pAllocation);
-    const std::uintptr_t aligned = (address + dataAlignment - 1) / dataAlignment * dataAlignment;
-    m_pData = static_cast<unsigned char*>(m_pAllocation) + (aligned - address);
+    m_pData = m_pAllocation;
     m_width = width;
     m_height = height;
     m_lineCapacity = height;
@@ -55,7 +56,7 @@ bool CBandData::Height_Set(int height)
 
 void CBandData::Release()
 {
-    std::free(m_pAllocation);
+    CBandMemory::Release(m_pAllocation, m_allocatedSize);
     m_pAllocation = nullptr;
     m_pData = nullptr;
     m_width = 0;

@@ -33,6 +33,7 @@ static_assert(offsetof(SBandHeader, m_bandAttr) == 1 * 4);
 static_assert(offsetof(SBandHeader, m_unitIndex) == 4 * 4);
 static_assert(offsetof(SBandHeader, m_unitDirection) == 5 * 4);
 static_assert(offsetof(SBandHeader, m_bSkip) == 13 * 4);
+static_assert(sizeof(SBandHeader) == 14 * 4);
 
 class PLATFORM_API CBandData : public SBandHeader
 {
@@ -66,5 +67,6 @@ private:
     void Release();
 
     std::int32_t m_lineCapacity = 0; // lines that the memory has room for
-    void* m_pAllocation = nullptr;   // owned; the block that m_pData points into
+    unsigned char* m_pAllocation = nullptr; // owned; what m_pData was set to
+    std::size_t m_allocatedSize = 0;        // its bytes
 };

@@ -29,7 +29,11 @@ void CBandDataFIFO::SetCompletedFlag()
 bool CBandDataFIFO::Full_WaitForOut(unsigned long timeoutMs)
 {
     auto& event = m_buffer.FullFIFO()->HasDataEvent();
-    return m_consumerStall.Measure([&] { return event.Wait(0, 0); }, [&] { return event.Wait(timeoutMs, 0); });
+    // The end need not be waited for. It is told once: a stage that must go on asking, since another of its inputs has
+    // not ended, does so at its usual pace.
+    return m_consumerStall.Measure(
+        [&] { return event.Wait(0, 0); },
+        [&] { return (!IsCompleted() || m_bEndTold.exchange(true)) && event.Wait(timeoutMs, 0); });
 }
 
 bool CBandDataFIFO::Full_Out(CBandData*& band, unsigned long timeoutMs)

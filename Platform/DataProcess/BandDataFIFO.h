@@ -35,7 +35,8 @@ public:
     void SetCompletedFlag();                                   // nothing more will be queued
 
     // The stage's side.
-    virtual bool Full_WaitForOut(unsigned long timeoutMs);            // true if a full band is there to be taken
+    // True if a full band is there to be taken. Returns at once, though only the first time, if there will be none.
+    virtual bool Full_WaitForOut(unsigned long timeoutMs);
     virtual bool Full_Out(CBandData*& band, unsigned long timeoutMs); // takes the oldest full band
     virtual bool Empty_In(CBandData* band, unsigned long timeoutMs);  // gives a band back to the pool
     virtual bool IsCompleted();                                       // the producer has ended and nothing is left
@@ -47,6 +48,7 @@ public:
 private:
     CKelThreadBuffer_T<CBandData> m_buffer;
     std::atomic<bool> m_bCompleted{false};
+    std::atomic<bool> m_bEndTold{false}; // by Full_WaitForOut
     CStallCounter m_consumerStall;
     CStallCounter m_producerStall;
 };

@@ -26,12 +26,18 @@ bool CBandDataFIFO_S::In(CBandData* band, unsigned timeoutMs)
 void CBandDataFIFO_S::SetCompletedFlag()
 {
     Completed_Set();
+    if (IsCompletedAndEmpty())
+    {
+        HasDataEvent().Set(); // who waits for a band sees that there will be none
+    }
 }
 
 bool CBandDataFIFO_S::WaitForOut(unsigned timeoutMs)
 {
     auto& event = HasDataEvent();
-    return m_consumerStall.Measure([&] { return event.Wait(0, 0); }, [&] { return event.Wait(timeoutMs, 0); });
+    return !IsCompleted() &&
+           m_consumerStall.Measure([&] { return event.Wait(0, 0); }, [&] { return event.Wait(timeoutMs, 0); }) &&
+           !IsCompleted();
 }
 
 bool CBandDataFIFO_S::Out(CBandData*& band, unsigned timeoutMs)
@@ -39,7 +45,10 @@ bool CBandDataFIFO_S::Out(CBandData*& band, unsigned timeoutMs)
     return m_consumerStall.Measure([&] { return CFIFO::Out(band); },
                                    [&]
                                    {
-                                       HasDataEvent().Wait(timeoutMs, 0);
+                                       if (!IsCompleted())
+                                       {
+                                           HasDataEvent().Wait(timeoutMs, 0);
+                                       }
                                        return CFIFO::Out(band);
                                    });
 }

@@ -19,7 +19,7 @@ public:
     virtual bool In(CBandData* band, unsigned timeoutMs); // queues a band; false if there was no room in time
     virtual void SetCompletedFlag();                      // nothing more will be queued
 
-    // The next stage's side.
+    // The next stage's side. No wait goes on once the stage has ended.
     bool WaitForOut(unsigned timeoutMs);            // true if a band is there to be taken
     bool Out(CBandData*& band, unsigned timeoutMs); // takes the oldest band; false if none came in time
     bool IsCompleted();                             // the stage has ended and nothing is left

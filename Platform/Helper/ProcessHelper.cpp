@@ -1,10 +1,33 @@
 // The process and its terminal, through the system's own calls.
 #include "Platform/Helper/ProcessHelper.h"
 
+#include <atomic>
 #include <csignal>
 #include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
+
+namespace
+{
+
+std::atomic<void (*)()> g_pCloseHandler{nullptr};
+static_assert(std::atomic<void (*)()>::is_always_lock_free, "it is read inside a signal handler");
+
+extern "C" void Hangup_Handle(int signalNumber)
+{
+    std::signal(signalNumber, SIG_DFL);
+    if (void (*const pHandler)() = g_pCloseHandler)
+    {
+        pHandler();
+    }
+}
+
+} // namespace
+
+std::vector<std::string> CProcessHelper::Arguments_Get(int argumentCount, char** arguments)
+{
+    return {arguments, arguments + argumentCount};
+}
 
 bool CProcessHelper::IsErrorTerminal()
 {
@@ -35,3 +58,13 @@ std::int64_t CProcessHelper::ProcessId()
 {
     return getpid();
 }
+
+void CProcessHelper::TerminalClose_Handle(void (*pHandler)())
+{
+    g_pCloseHandler = pHandler;
+    std::signal(SIGHUP, pHandler == nullptr ? SIG_DFL : &Hangup_Handle);
+}
+
+CConsoleText::CConsoleText() = default;
+
+CConsoleText::~CConsoleText() = default;

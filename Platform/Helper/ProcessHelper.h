@@ -4,10 +4,16 @@
 #include "Platform/PlatformExport.h"
 
 #include <cstdint>
+#include <string>
+#include <vector>
 
 class PLATFORM_API CProcessHelper
 {
 public:
+    // The command line in UTF-8, the program's name first. The arguments are main's own; a system that has the command
+    // line in another form is asked for that instead.
+    static std::vector<std::string> Arguments_Get(int argumentCount, char** arguments);
+
     // True if standard error is a terminal that a person watches.
     static bool IsErrorTerminal();
 
@@ -26,4 +32,23 @@ public:
 
     // A number that no other living process has.
     static std::int64_t ProcessId();
+
+    // `pHandler` is called when the terminal is closed, or on Windows also for Ctrl-Break: once, in a signal handler or
+    // on a thread of the system's, so it may do no more than set a lock-free flag. Afterwards the system gives the
+    // process the time that it gives (on Windows some seconds). The next such event ends the process at once, as
+    // without a handler; so does null.
+    static void TerminalClose_Handle(void (*pHandler)());
+};
+
+// While it lives, the console takes UTF-8 text and cursor sequences, as terminals of other systems always do. For main.
+class PLATFORM_API CConsoleText
+{
+public:
+    CConsoleText();
+    ~CConsoleText();
+    CConsoleText(const CConsoleText&) = delete;
+    CConsoleText& operator=(const CConsoleText&) = delete;
+
+private:
+    [[maybe_unused]] unsigned m_formerCodePage = 0; // 0: nothing to put back
 };

@@ -33,6 +33,9 @@ constexpr DWORD WAIT_TIMEOUT = 258;
 // thread's handle, to be closed with CloseHandle, or null when the system cannot start one. `*threadId` (if not null)
 // receives a number that no other thread of this process has had. `securityAttributes` must be null, `stackSize` 0 asks
 // for the process default, and `creationFlags` must be 0: any other flag is refused with null.
+//
+// A thread with the default stack may run on a system thread that has run another one before, and that has slept since:
+// what is thread_local there may be older than the thread, and its destructors run later.
 PLATFORM_API HANDLE CreateThread(void* securityAttributes, std::size_t stackSize, ThreadStartRoutine startRoutine,
                                  void* parameter, DWORD creationFlags, DWORD* threadId);
 
@@ -45,5 +48,10 @@ PLATFORM_API bool GetExitCodeThread(HANDLE thread, DWORD* exitCode);
 
 // Gives the handle up. The thread, if it still runs, goes on.
 PLATFORM_API bool CloseHandle(HANDLE thread);
+
+// Ends the system threads that have nothing to run at the moment, and returns when they are gone. They end by
+// themselves after some seconds of sleep, and when the process exits; this is for a host that wants their stacks back at
+// once. Threads that run are not touched.
+PLATFORM_API void SleepingThreads_End();
 
 #endif

@@ -1,77 +1,107 @@
-// The manual-reset event: an atomic flag for those who only look, a condition variable for those who sleep.
+// The manual-reset event's slow half: a wait that does not find the event set.
 //
-// Set and Wait meet through two sequentially consistent atomics, the flag and the number of waiters: a waiter announces
-// itself before it looks at the flag for the last time, Set stores the flag before it looks for waiters, so one of the
-// two always sees the other.
+// Set and Wait meet through two sequentially consistent atomics, the word and the number of waiters: a waiter announces
+// itself before it looks at the word for the last time, Set changes the word before it looks for waiters, so one of the
+// two always sees the other. A stop request, which is no signal, changes the word by its count: a waiter that has looked
+// at the request too early then does not fall asleep.
 #include "Platform/Thread/CustomManualResetEvent.h"
 
+#include "Platform/Thread/AddressWait.h"
+#include "Platform/Thread/SpinWait.h"
 #include "Platform/Thread/WorkerWait.h"
 
-#include <chrono>
+namespace
+{
 
-CCustomManualResetEvent::CCustomManualResetEvent(bool bInitiallySet) : m_bSet(bInitiallySet) {}
+// As long as it takes to hand a handful of lines out and back; being put to sleep and woken takes longer.
+constexpr std::chrono::nanoseconds spinLimit{8000};
+
+} // namespace
+
+CCustomManualResetEvent::CCustomManualResetEvent(bool bInitiallySet) : m_word(bInitiallySet ? setBit : 0) {}
 
 CCustomManualResetEvent::~CCustomManualResetEvent()
 {
-    std::unique_lock lock(m_mutex);
-    m_bSet = true;
-    m_changed.notify_all();
-    m_changed.wait(lock, [this] { return m_waiterCount == 0; });
-}
-
-bool CCustomManualResetEvent::Wait(unsigned long timeoutMs, int /*reserved*/)
-{
-    const bool bSet = m_bSet;
-    return bSet || timeoutMs == 0 ? bSet : Wait_Slow(timeoutMs);
+    m_word.fetch_or(setBit);
+    m_word.fetch_add(wakeOne); // patient waiters too
+    std::uint32_t waiters = m_waiters.fetch_or(destroyedBit) | destroyedBit;
+    while (waiters != destroyedBit)
+    {
+        Wake();
+        CAddressWait::Sleep(m_waiters, waiters, CAddressWait::withoutLimit);
+        waiters = m_waiters.load();
+    }
 }
 
 bool CCustomManualResetEvent::Wait_Slow(unsigned long timeoutMs)
 {
-    bool bSet = false;
-    ++m_waiterCount;
+    return Wait_SpinThenSleep(timeoutMs, sleeperOne, [this](std::uint32_t& word) { return Wait_IsOver(word); });
+}
+
+bool CCustomManualResetEvent::Wait_Slow_Patiently(unsigned long timeoutMs)
+{
+    const std::uint32_t before = m_word.load();
+    if ((before & setBit) != 0)
+    {
+        return true;
+    }
+    return Wait_SpinThenSleep(timeoutMs, patientOne, [this, before](std::uint32_t& word)
+                              {
+                                  const bool bOver = Wait_IsOver(word);
+                                  const bool bHurried = (word & ~setBit) != before;
+                                  return bOver && (bHurried || CWorkerWait::IsStopRequested());
+                              });
+}
+
+template<class IsOver>
+bool CCustomManualResetEvent::Wait_SpinThenSleep(unsigned long timeoutMs, std::uint32_t sleeper, IsOver isOver)
+{
+    const auto deadline = timeoutMs >= waitWithoutLimit ? CAddressWait::withoutLimit : CAddressWait::Deadline(timeoutMs);
+    m_waiters.fetch_add(waiterOne);
+    std::uint32_t word = 0;
+    const auto bOver = [&] { return isOver(word); };
+    if (!m_spin.Until(bOver, spinLimit, sleeper == patientOne ? 16 : 4))
     {
         const CWorkerWait worker(*this);
-        std::unique_lock lock(m_mutex);
-        const auto bDone = [&]
+        m_waiters.fetch_add(sleeper);
+        bool bTimeLeft = true;
+        while (!isOver(word) && bTimeLeft)
         {
-            bSet = m_bSet;
-            return bSet || worker.IsStopRequested();
-        };
-        if (timeoutMs >= waitWithoutLimit)
-        {
-            m_changed.wait(lock, bDone);
+            CAddressWait::Sleep(m_word, word, deadline);
+            bTimeLeft = deadline == CAddressWait::withoutLimit || std::chrono::steady_clock::now() < deadline;
         }
-        else
-        {
-            m_changed.wait_for(lock, std::chrono::milliseconds(timeoutMs), bDone);
-        }
+        m_waiters.fetch_sub(sleeper);
     }
     // Last, when no stop request can reach this event through the worker any more: the destructor waits for this.
-    const std::lock_guard lock(m_mutex);
-    if (--m_waiterCount == 0)
+    const std::atomic<std::uint32_t>* waiters = &m_waiters;
+    if (m_waiters.fetch_sub(waiterOne) == destroyedBit + waiterOne)
     {
-        m_changed.notify_all();
+        CAddressWait::WakeAll(waiters);
     }
-    return bSet;
+    return (word & setBit) != 0;
 }
 
-void CCustomManualResetEvent::Set()
+// `word` is what was seen. The request is looked at after the word, so that one that comes later finds the word changed
+// by itself; and the word once more after a request, which must not hide a signal that came first.
+bool CCustomManualResetEvent::Wait_IsOver(std::uint32_t& word) const
 {
-    m_bSet = true;
-    if (m_waiterCount > 0)
+    word = m_word.load();
+    if ((word & setBit) == 0 && CWorkerWait::IsStopRequested())
     {
-        WakeAll();
+        word = m_word.load();
+        return true;
     }
+    return (word & setBit) != 0;
 }
 
-void CCustomManualResetEvent::Reset()
+void CCustomManualResetEvent::Wake()
 {
-    m_bSet = false;
+    CAddressWait::WakeAll(&m_word);
 }
 
+// Wakes all waiters without a signal: they look for what else has happened.
 void CCustomManualResetEvent::WakeAll()
 {
-    // Through the mutex: a waiter that has announced itself but does not sleep yet holds it.
-    const std::lock_guard lock(m_mutex);
-    m_changed.notify_all();
+    m_word.fetch_add(wakeOne);
+    Wake();
 }

@@ -11,8 +11,14 @@
 #include "Platform/PlatformExport.h"
 
 #include <atomic>
-#include <condition_variable>
-#include <mutex>
+#if defined(_WIN32)
+#include "Platform/Thread/CustomCriticalSection.h"
+#include "Platform/Thread/KernelEvent.h"
+#else
+#include "Platform/Thread/SpinWait.h"
+
+#include <cstdint>
+#endif
 
 class PLATFORM_API CCustomManualResetEvent
 {
@@ -36,14 +42,92 @@ public:
     void Set();
     void Reset();
 
+    // For a waiter that would rather find much to do than be woken for every little: as Wait, but a Set does not wake
+    // the caller, which sees the event set when Hurry wakes it, when its time is over, or when it looked before it
+    // slept. Where a system cannot tell its waiters apart this is Wait, and Hurry does nothing.
+    bool Wait_Patiently(unsigned long timeoutMs);
+    void Hurry();
+
 private:
     friend class CWorkerWait;
 
+#if defined(_WIN32)
     bool Wait_Slow(unsigned long timeoutMs);
-    void WakeAll();
+    void Kernel_Follow();
 
     std::atomic<bool> m_bSet;
     std::atomic<int> m_waiterCount{0};
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
+    CCustomCriticalSection m_kernelLock; // guards the two below
+    CKernelEvent m_kernelEvent;          // has the state of m_bSet while somebody waits
+    bool m_bKernelSet = false;
+#else
+    // m_word: the flag, and above it a count that makes every wake-up without a signal a change.
+    static constexpr std::uint32_t setBit = 1;
+    static constexpr std::uint32_t wakeOne = 2;
+    // m_waiters: waits in progress; those of them that may sleep, the patient ones and the others; and whether the
+    // destructor waits for the rest.
+    static constexpr std::uint32_t waiterOne = 1;
+    static constexpr std::uint32_t patientOne = 1U << 10;
+    static constexpr std::uint32_t sleeperOne = 1U << 20;
+    static constexpr std::uint32_t destroyedBit = 1U << 31;
+
+    bool IsSet() const { return (m_word.load() & setBit) != 0; }
+    bool Wait_Slow(unsigned long timeoutMs);
+    bool Wait_Slow_Patiently(unsigned long timeoutMs);
+    template<class IsOver>
+    bool Wait_SpinThenSleep(unsigned long timeoutMs, std::uint32_t sleeper, IsOver isOver);
+    bool Wait_IsOver(std::uint32_t& word) const;
+    void WakeAll();
+    void Wake();
+
+    std::atomic<std::uint32_t> m_word;
+    std::atomic<std::uint32_t> m_waiters{0};
+    CSpinWait m_spin;
+#endif
 };
+
+#if defined(_WIN32)
+
+inline bool CCustomManualResetEvent::Wait_Patiently(unsigned long timeoutMs)
+{
+    return Wait(timeoutMs);
+}
+
+inline void CCustomManualResetEvent::Hurry() {}
+
+#else
+
+inline bool CCustomManualResetEvent::Wait(unsigned long timeoutMs, int /*reserved*/)
+{
+    return IsSet() || (timeoutMs != 0 && Wait_Slow(timeoutMs));
+}
+
+inline bool CCustomManualResetEvent::Wait_Patiently(unsigned long timeoutMs)
+{
+    return IsSet() || (timeoutMs != 0 && Wait_Slow_Patiently(timeoutMs));
+}
+
+inline void CCustomManualResetEvent::Set()
+{
+    m_word.fetch_or(setBit);
+    if (m_waiters.load() >= sleeperOne)
+    {
+        Wake();
+    }
+}
+
+inline void CCustomManualResetEvent::Reset()
+{
+    m_word.fetch_and(~setBit);
+}
+
+inline void CCustomManualResetEvent::Hurry()
+{
+    m_word.fetch_add(wakeOne);
+    if (m_waiters.load() >= patientOne)
+    {
+        Wake();
+    }
+}
+
+#endif

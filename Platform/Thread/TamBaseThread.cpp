@@ -32,6 +32,15 @@ void Guarded_Run(std::exception_ptr& thrown, Part part)
 
 // The wait in progress.
 
+#if defined(_WIN32)
+
+void* CWorkerWait::StopHandle_Get()
+{
+    return t_pWorker == nullptr ? nullptr : t_pWorker->m_stopEvent.Handle();
+}
+
+#else
+
 CWorkerWait::CWorkerWait(CCustomManualResetEvent& event) : m_event(event), m_pWorker(t_pWorker)
 {
     if (m_pWorker != nullptr)
@@ -50,19 +59,9 @@ CWorkerWait::~CWorkerWait()
     }
 }
 
-bool CWorkerWait::IsStopRequested() const
+bool CWorkerWait::IsStopRequested()
 {
-    return m_pWorker != nullptr && m_pWorker->m_bStopRequested;
-}
-
-TamBaseThread* CWorkerWait::Worker_Get()
-{
-    return t_pWorker;
-}
-
-void CWorkerWait::Worker_Set(TamBaseThread* worker)
-{
-    t_pWorker = worker;
+    return t_pWorker != nullptr && t_pWorker->m_bStopRequested;
 }
 
 void CWorkerWait::Wake(TamBaseThread& worker)
@@ -72,6 +71,18 @@ void CWorkerWait::Wake(TamBaseThread& worker)
     {
         worker.m_pWait->m_event.WakeAll();
     }
+}
+
+#endif
+
+TamBaseThread* CWorkerWait::Worker_Get()
+{
+    return t_pWorker;
+}
+
+void CWorkerWait::Worker_Set(TamBaseThread* worker)
+{
+    t_pWorker = worker;
 }
 
 // The worker.
@@ -112,6 +123,9 @@ bool TamBaseThread::Start(const char* name)
         m_bSuccess = false;
         m_bPauseRequested = false;
         m_bStopRequested = false;
+#if defined(_WIN32)
+        m_stopEvent.Reset();
+#endif
         m_threadState = Preparing;
         m_bLive = true;
     }
@@ -171,8 +185,13 @@ void TamBaseThread::Stop()
         const std::lock_guard guard(m_stateLock);
         m_bStopRequested = true;
         m_stateChanged.notify_all();
+#if defined(_WIN32)
+        m_stopEvent.Set();
+#endif
     }
+#if !defined(_WIN32)
     CWorkerWait::Wake(*this);
+#endif
 }
 
 void TamBaseThread::Pause()
@@ -256,6 +275,10 @@ bool TamBaseThread::RunLoop()
 // Rests here while a pause is requested. False once a stop is.
 bool TamBaseThread::PausePoint()
 {
+    if (!m_bPauseRequested)
+    {
+        return !m_bStopRequested; // nothing to rest for: without the lock
+    }
     std::unique_lock lock(m_stateLock);
     if (m_bPauseRequested && !m_bStopRequested)
     {

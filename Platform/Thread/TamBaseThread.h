@@ -11,6 +11,9 @@
 #include "Platform/PlatformExport.h"
 #include "Platform/Thread/CreateThread.h"
 #include "Platform/Thread/CustomCriticalSection.h"
+#if defined(_WIN32)
+#include "Platform/Thread/KernelEvent.h"
+#endif
 
 #include <atomic>
 #include <condition_variable>
@@ -111,11 +114,15 @@ private:
     std::mutex m_stateLock;             // guards what follows, together with m_stateChanged
     std::condition_variable m_stateChanged;
     bool m_bReady = false;
-    bool m_bPauseRequested = false;
+    std::atomic<bool> m_bPauseRequested{false}; // changed under the lock
     bool m_bSuccess = false;
     bool m_bLive = false; // a run was started and its worker body has not ended
     std::atomic<bool> m_bStopRequested{false};
     int m_exitWaiterCount = 0;      // threads in WaitExit, which use m_threadHandle
+#if defined(_WIN32)
+    CKernelEvent m_stopEvent; // set while m_bStopRequested is; this worker's waits wait for it too
+#else
     CWorkerWait* m_pWait = nullptr; // the event wait in progress on this worker's thread; lives on its stack
     std::mutex m_waitLock;          // guards m_pWait
+#endif
 };

@@ -41,7 +41,7 @@ HANDLE CreateThread(void* securityAttributes, std::size_t stackSize, unsigned lo
 {
     g_calls.push_back({securityAttributes != nullptr, stackSize, parameter, creationFlags, threadId});
     return g_bRefuse ? nullptr
-                     : ::CreateThread(securityAttributes, stackSize, startRoutine, parameter, creationFlags, threadId);
+                     : ::CreateThread(nullptr, stackSize, startRoutine, parameter, creationFlags, threadId);
 }
 
 class CWorker : public CKelBaseThread<CWorker>
@@ -158,6 +158,7 @@ class KelBaseThreadOnAStarvedSystem : public testing::Test
 protected:
     void SetUp() override
     {
+        SleepingThreads_End(); // one of them would do
         pthread_getattr_default_np(&m_before);
         pthread_attr_t starved;
         pthread_attr_init(&starved);

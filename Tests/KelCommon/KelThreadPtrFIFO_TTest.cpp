@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <limits>
 #include <memory>
 #include <thread>
@@ -299,4 +300,81 @@ TEST(KelThreadPtrFIFO_T, CarriesBandSetsAsOneStepsInput)
     ASSERT_TRUE(fifo.Out(taken));
     EXPECT_EQ(taken, nullptr);
     ASSERT_TRUE(fifo.In(new SBandSet)); // a set without bands: deleted by the FIFO
+}
+
+// Waiting for many.
+
+TEST(KelThreadPtrFIFO_T, AFIFOThatHoldsAnElementIsNotWaitedFor)
+{
+    CKelThreadPtrFIFO_T<int> fifo(4);
+    ASSERT_TRUE(fifo.In(new int(1)));
+    const CStopWatch watch;
+    EXPECT_TRUE(fifo.HasData_WaitForMany(3, testPatienceMs));
+    EXPECT_LT(watch.Elapsed(), testPatience / 2);
+}
+
+TEST(KelThreadPtrFIFO_T, AnEmptyFIFOIsWaitedForUntilTheTimeIsOver)
+{
+    CKelThreadPtrFIFO_T<int> fifo(4);
+    const CStopWatch watch;
+    EXPECT_FALSE(fifo.HasData_WaitForMany(3, 20));
+    EXPECT_GE(watch.Elapsed(), std::chrono::milliseconds(20));
+    fifo.HasData_Hurry(); // nobody waits any more
+}
+
+TEST(KelThreadPtrFIFO_T, EnoughElementsEndTheWaitForMany)
+{
+    for (int round = 0; round < 1000; ++round)
+    {
+        CKelThreadPtrFIFO_T<int> fifo(4);
+        std::atomic<bool> bHasData{false};
+        const CStopWatch watch;
+        std::thread waiter([&] { bHasData = fifo.HasData_WaitForMany(3, testPatienceMs); });
+        for (int i = 0; i < 3; ++i)
+        {
+            if ((round + i) % 8 == 0)
+            {
+                std::this_thread::sleep_for(std::chrono::microseconds(round % 64));
+            }
+            ASSERT_TRUE(fifo.In(new int(i)));
+        }
+        waiter.join();
+        ASSERT_TRUE(bHasData);
+        ASSERT_LT(watch.Elapsed(), testPatience / 2) << round;
+    }
+}
+
+TEST(KelThreadPtrFIFO_T, AHurryEndsTheWaitForManyWithWhatThereIs)
+{
+    for (int round = 0; round < 1000; ++round)
+    {
+        CKelThreadPtrFIFO_T<int> fifo(4);
+        std::atomic<bool> bHasData{false};
+        const CStopWatch watch;
+        std::thread waiter([&] { bHasData = fifo.HasData_WaitForMany(3, testPatienceMs); });
+        if (round % 4 == 0)
+        {
+            std::this_thread::sleep_for(std::chrono::microseconds(round % 64));
+        }
+        ASSERT_TRUE(fifo.In(new int(0)));
+        fifo.HasData_Hurry();
+        waiter.join();
+        ASSERT_TRUE(bHasData);
+        ASSERT_LT(watch.Elapsed(), testPatience / 2) << round;
+    }
+}
+
+TEST(KelThreadPtrFIFO_T, AWaitForManyDoesNotDelayThoseWhoWaitForTheEvent)
+{
+    CKelThreadPtrFIFO_T<int> fifo(4);
+    std::atomic<int> releasedCount{0};
+    std::thread patient([&] { releasedCount += fifo.HasData_WaitForMany(4, testPatienceMs) ? 1 : 0; });
+    std::thread other([&] { releasedCount += fifo.HasDataEvent().Wait(testPatienceMs, 0) ? 1 : 0; });
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    ASSERT_TRUE(fifo.In(new int(0)));
+    other.join();
+    EXPECT_GE(releasedCount, 1);
+    fifo.HasData_Hurry();
+    patient.join();
+    EXPECT_EQ(releasedCount, 2);
 }

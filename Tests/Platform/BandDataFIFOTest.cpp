@@ -221,6 +221,24 @@ TEST(BandDataFIFO, IsCompletedNeverComesBeforeTheLastBandWhileAProducerRuns)
     }
 }
 
+TEST(BandDataFIFO, TheEndIsNotWaitedForTheFirstTime)
+{
+    const auto fifo = InputFIFO(1);
+    CBandData* band = nullptr;
+    ASSERT_TRUE(fifo->Empty_Out(band, 0));
+    ASSERT_TRUE(fifo->Full_In(band, 0));
+    fifo->SetCompletedFlag();
+    EXPECT_TRUE(fifo->Full_WaitForOut(testPatienceMs));
+    ASSERT_TRUE(fifo->Full_Out(band, 0));
+    const CStopWatch first;
+    EXPECT_FALSE(fifo->Full_WaitForOut(testPatienceMs));
+    EXPECT_LT(first.Elapsed(), testPatience / 2);
+    const CStopWatch second; // who asks on has a reason to; the pace is kept
+    EXPECT_FALSE(fifo->Full_WaitForOut(20));
+    EXPECT_GE(second.Elapsed(), 20ms);
+    ASSERT_TRUE(fifo->Empty_In(band, 0));
+}
+
 TEST(BandDataFIFO, PuttingIntoAFullFIFOIsARecordForEachOfTheTwoTries)
 {
     const auto fifo = InputFIFO(1);
@@ -373,6 +391,32 @@ TEST(BandDataFIFO_S, IsCompletedOnlyAfterTheFlagAndTheLastBand)
     ASSERT_TRUE(fifo.Out(band, 0));
     EXPECT_TRUE(fifo.IsCompleted());
     delete band;
+}
+
+TEST(BandDataFIFO_S, NoWaitForABandOutlastsTheEnd)
+{
+    CBandDataFIFO_S fifo(1);
+    const CStopWatch watch;
+    std::thread stage([&] { fifo.SetCompletedFlag(); });
+    CBandData* band = nullptr;
+    EXPECT_FALSE(fifo.Out(band, testPatienceMs));
+    stage.join();
+    EXPECT_FALSE(fifo.Out(band, testPatienceMs));
+    EXPECT_FALSE(fifo.WaitForOut(testPatienceMs));
+    EXPECT_LT(watch.Elapsed(), testPatience / 2);
+    EXPECT_TRUE(fifo.IsCompleted());
+}
+
+TEST(BandDataFIFO_S, TheLastBandsComeOutAfterTheEndWasSet)
+{
+    CBandDataFIFO_S fifo(2);
+    ASSERT_TRUE(fifo.In(new CBandData, 0));
+    fifo.SetCompletedFlag();
+    EXPECT_TRUE(fifo.WaitForOut(testPatienceMs));
+    CBandData* band = nullptr;
+    ASSERT_TRUE(fifo.Out(band, testPatienceMs));
+    delete band;
+    EXPECT_FALSE(fifo.WaitForOut(0));
 }
 
 TEST(BandDataFIFO_S, ItCountsTheStallsOfBothSides)

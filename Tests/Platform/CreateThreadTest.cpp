@@ -1,11 +1,13 @@
 // The system's threads under their common names, and the recursive lock.
 #include "Platform/Thread/CreateThread.h"
 #include "Platform/Thread/CustomCriticalSection.h"
+#include "Tests/Platform/SystemProbe.h"
 #include "Tests/Platform/TestSignal.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
 #include <set>
 #include <thread>
 #include <vector>
@@ -166,6 +168,138 @@ TEST(CreateThread, ARunningThreadHasNoExitCodeYet)
     CloseHandle(thread);
 }
 
+namespace
+{
+
+// Runs a thread to its end and says which system thread it was on.
+std::thread::id Thread_Run(DWORD* threadId = nullptr, std::size_t stackSize = 0)
+{
+    std::thread::id id;
+    const auto noteId = [](void* param) -> unsigned long
+    {
+        *static_cast<std::thread::id*>(param) = std::this_thread::get_id();
+        return 0;
+    };
+    const HANDLE thread = CreateThread(nullptr, stackSize, noteId, &id, 0, threadId);
+    EXPECT_NE(thread, nullptr);
+    EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
+    CloseHandle(thread);
+    return id;
+}
+
+} // namespace
+
+TEST(CreateThread, ASystemThreadThatHasSleptRunsTheNextThreadUnderANewNumber)
+{
+    SleepingThreads_End();
+    DWORD firstId = 0;
+    const auto first = Thread_Run(&firstId);
+    for (int i = 0; i < 1000; ++i)
+    {
+        DWORD id = 0;
+        ASSERT_EQ(Thread_Run(&id), first) << i;
+        ASSERT_NE(id, firstId);
+    }
+}
+
+TEST(CreateThread, AThreadWithAStackOfItsOwnHasASystemThreadOfItsOwn)
+{
+    SleepingThreads_End();
+    const auto first = Thread_Run();
+    EXPECT_NE(Thread_Run(nullptr, 1 << 20), first);
+    EXPECT_EQ(Thread_Run(), first);
+}
+
+TEST(CreateThread, SleepingThreadsCanBeEndedAndRunningOnesAreNotTouched)
+{
+    if (!CSystemProbe::IsAvailable())
+    {
+        GTEST_SKIP() << "the system does not tell how many threads there are";
+    }
+    SleepingThreads_End();
+    SJob job;
+    const HANDLE running = CreateThread(nullptr, 0, &WaitForRelease, &job, 0, nullptr);
+    ASSERT_TRUE(job.started.Wait());
+    const long before = CSystemProbe::ThreadCount();
+    Thread_Run();
+    EXPECT_GT(CSystemProbe::ThreadCount(), before);
+    SleepingThreads_End();
+    const CStopWatch watch; // a thread that has ended is listed a moment longer
+    while (CSystemProbe::ThreadCount() > before && watch.Elapsed() < testPatience)
+    {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(CSystemProbe::ThreadCount(), before);
+    EXPECT_FALSE(job.bEnded);
+    job.release.Raise();
+    EXPECT_EQ(WaitForSingleObject(running, INFINITE), WAIT_OBJECT_0);
+    CloseHandle(running);
+}
+
+TEST(CreateThread, SleepingThreadsCanBeEndedWhileOthersStartThreads)
+{
+    std::atomic<bool> bDone{false};
+    std::thread ender(
+        [&]
+        {
+            while (!bDone)
+            {
+                SleepingThreads_End();
+            }
+        });
+    std::vector<std::thread> starters;
+    for (int i = 0; i < 3; ++i)
+    {
+        starters.emplace_back(
+            []
+            {
+                for (int run = 0; run < 200; ++run)
+                {
+                    Thread_Run();
+                }
+            });
+    }
+    for (auto& starter : starters)
+    {
+        starter.join();
+    }
+    bDone = true;
+    ender.join();
+}
+
+TEST(CreateThread, AHandleThatIsClosedAtTheSameMomentAsTheThreadEndsIsNoHarm)
+{
+    for (int round = 0; round < 2000; ++round)
+    {
+        unsigned long value = 1;
+        SJob job;
+        const HANDLE waited = CreateThread(nullptr, 0, &ReturnAtOnce, &value, 0, nullptr);
+        const HANDLE closed = CreateThread(nullptr, 0, &WaitForRelease, &job, 0, nullptr);
+        job.release.Raise();
+        CloseHandle(closed);
+        ASSERT_EQ(WaitForSingleObject(waited, INFINITE), WAIT_OBJECT_0);
+        CloseHandle(waited);
+        while (!job.bEnded)
+        {
+            std::this_thread::yield();
+        }
+    }
+}
+
+// ThreadSanitizer does not take threads in a child of a process with threads.
+#if !defined(__SANITIZE_THREAD__)
+TEST(CreateThreadDeathTest, AChildProcessDoesNotWaitForItsParentsThreads)
+{
+    Thread_Run(); // one sleeps now, in this process
+    const auto runInTheChild = []
+    {
+        Thread_Run();
+        std::_Exit(0);
+    };
+    EXPECT_EXIT(runInTheChild(), testing::ExitedWithCode(0), "");
+}
+#endif
+
 #endif
 
 TEST(CustomCriticalSection, TheThreadThatHoldsItMayEnterAgain)
@@ -208,4 +342,34 @@ TEST(CustomCriticalSection, TheGuardHoldsItForItsScope)
     add();
     other.join();
     EXPECT_EQ(count, 2 * perThread);
+}
+
+TEST(CustomCriticalSection, ManyThreadsThatTakeItInTurnsLoseNothing)
+{
+    CCustomCriticalSection section;
+    constexpr int perThread = 2000;
+    int count = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i)
+    {
+        threads.emplace_back(
+            [&, i]
+            {
+                for (int turn = 0; turn < perThread; ++turn)
+                {
+                    const CEnterLeaveCriticalSection guard(section);
+                    if ((turn + i) % 64 == 0)
+                    {
+                        std::this_thread::yield(); // held for so long that the others sleep
+                    }
+                    const CEnterLeaveCriticalSection again(section);
+                    ++count;
+                }
+            });
+    }
+    for (auto& thread : threads)
+    {
+        thread.join();
+    }
+    EXPECT_EQ(count, 8 * perThread);
 }

@@ -357,3 +357,121 @@ TEST(CustomManualResetEvent, StopsAndSetsAndWaitsFromManyThreadsEndInAStoppedWor
         ASSERT_TRUE(worker.WaitExit(longWaitMs / 2));
     }
 }
+
+// Patient waits.
+
+TEST(CustomManualResetEvent, APatientWaitOnASetEventReturnsAtOnceAndAProbeDoesNotWait)
+{
+    CCustomManualResetEvent event(true);
+    const CStopWatch watch;
+    EXPECT_TRUE(event.Wait_Patiently(longWaitMs));
+    event.Reset();
+    EXPECT_FALSE(event.Wait_Patiently(0));
+    EXPECT_LT(watch.Elapsed(), early);
+}
+
+TEST(CustomManualResetEvent, APatientWaitReportsASignalAtTheLatestWhenItsTimeIsOver)
+{
+    CCustomManualResetEvent event(false);
+    EXPECT_FALSE(event.Wait_Patiently(5));
+    std::thread setter([&] { event.Set(); });
+    bool bSet = false;
+    const CStopWatch watch;
+    while (!bSet && watch.Elapsed() < testPatience)
+    {
+        bSet = event.Wait_Patiently(5);
+    }
+    setter.join();
+    EXPECT_TRUE(bSet);
+}
+
+TEST(CustomManualResetEvent, AHurryWakesAPatientWaiterWheneverItComesAfterTheSignal)
+{
+    for (int round = 0; round < 2000; ++round)
+    {
+        CCustomManualResetEvent event(false);
+        std::atomic<bool> bSet{false};
+        const CStopWatch watch;
+        std::thread waiter([&] { bSet = event.Wait_Patiently(longWaitMs); });
+        if (round % 4 == 0)
+        {
+            std::this_thread::sleep_for(std::chrono::microseconds(round % 64));
+        }
+        event.Set();
+        event.Hurry();
+        waiter.join();
+        ASSERT_TRUE(bSet);
+        ASSERT_LT(watch.Elapsed(), early) << round;
+    }
+}
+
+TEST(CustomManualResetEvent, AHurryWithoutASignalEndsNoWait)
+{
+    CCustomManualResetEvent event(false);
+    std::atomic<bool> bDone{false};
+    std::thread hurrier(
+        [&]
+        {
+            while (!bDone)
+            {
+                event.Hurry();
+                std::this_thread::yield();
+            }
+        });
+    const CStopWatch watch;
+    EXPECT_FALSE(event.Wait_Patiently(30));
+    EXPECT_FALSE(event.Wait(30, 0));
+    EXPECT_GE(watch.Elapsed(), 60ms);
+    bDone = true;
+    hurrier.join();
+}
+
+TEST(CustomManualResetEvent, AStopRequestEndsAPatientWait)
+{
+    for (int round = 0; round < 500; ++round)
+    {
+        CCustomManualResetEvent event(false);
+        CTestSignal entered;
+        CScriptedWorker worker;
+        worker.m_oneLoop = [&]
+        {
+            entered.Raise();
+            event.Wait_Patiently(longWaitMs);
+            return true;
+        };
+        const CStopWatch watch;
+        ASSERT_TRUE(worker.Start("Worker"));
+        ASSERT_TRUE(entered.Wait());
+        ASSERT_TRUE(worker.StopAndWait());
+        ASSERT_LT(watch.Elapsed(), early);
+    }
+}
+
+TEST(CustomManualResetEvent, DestructionReleasesPatientWaitersToo)
+{
+    for (int round = 0; round < 50; ++round)
+    {
+        auto event = std::make_unique<CCustomManualResetEvent>(false);
+        std::atomic<int> aboutToWaitCount{0};
+        std::vector<std::thread> waiters;
+        for (int i = 0; i < 4; ++i)
+        {
+            waiters.emplace_back(
+                [&, i, pEvent = event.get()]
+                {
+                    ++aboutToWaitCount;
+                    i % 2 == 0 ? pEvent->Wait_Patiently(longWaitMs) : pEvent->Wait(longWaitMs, 0);
+                });
+        }
+        while (aboutToWaitCount < 4)
+        {
+            std::this_thread::yield();
+        }
+        std::this_thread::sleep_for(5ms); // until they do wait
+        event.reset();
+        for (auto& waiter : waiters)
+        {
+            waiter.join();
+        }
+    }
+}

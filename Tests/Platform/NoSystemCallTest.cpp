@@ -2,53 +2,17 @@
 // kills at its first one. Linux only, where a process can bind itself so without any privilege.
 #if defined(__linux__)
 
+#include "KelCommon/KelThreadBuffer_T.h"
 #include "KelCommon/KelThreadPtrFIFO_T.h"
+#include "Platform/BandData/BandData.h"
+#include "Platform/Thread/CreateThread.h"
 #include "Platform/Thread/CustomManualResetEvent.h"
+#include "Tests/Support/SystemCallBan.h"
 
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <cstddef>
-#include <cstdlib>
-#include <iterator>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
-#include <sys/prctl.h>
-#include <sys/syscall.h>
 #include <thread>
-#include <unistd.h>
-
-namespace
-{
-
-// From now on the calling thread may only end the process; any other system call kills it.
-bool SystemCalls_Forbid()
-{
-    sock_filter program[] = {
-        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_exit_group, 0, 1),
-        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_KILL_PROCESS),
-    };
-    const sock_fprog filter = {static_cast<unsigned short>(std::size(program)), program};
-    return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
-}
-
-// Runs `work` once to bind its symbols, then again where a system call is deadly; exits 0 if it survives.
-template<class Work>
-[[noreturn]] void RunWithoutSystemCalls(Work work)
-{
-    work();
-    const bool bForbidden = SystemCalls_Forbid();
-    for (int i = 0; i < 1000; ++i)
-    {
-        work();
-    }
-    syscall(SYS_exit_group, bForbidden ? 0 : 77); // itself: a leak checker listens to the function of this name
-    std::abort();
-}
-
-} // namespace
 
 TEST(NoSystemCallDeathTest, TheHarnessCatchesTheSmallestSystemCall)
 {
@@ -92,5 +56,66 @@ TEST(NoSystemCallDeathTest, PassingAnElementThroughAFIFOThatNobodyWaitsForMakesN
     };
     EXPECT_EXIT(RunWithoutSystemCalls(work), testing::ExitedWithCode(0), "");
 }
+
+TEST(NoSystemCallDeathTest, TheWholeRoadOfALineIndexMakesNone)
+{
+    CKelThreadBuffer_T<int> buffer("Buffer");
+    int* elements[] = {new int(0), new int(0), new int(0)};
+    ASSERT_TRUE(buffer.Create(elements, 3));
+    const auto work = [&]
+    {
+        int* element = nullptr;
+        buffer.Empty_Out(element, 100);
+        buffer.Wait_In(element, 100);
+        buffer.InFIFO()->Out(element);
+        buffer.FullFIFO()->HasData_Hurry();
+        buffer.Full_In(element, 100);
+        buffer.FullFIFO()->HasData_WaitForMany(2, 100); // there is one already
+        buffer.Full_Out(element, 100);
+        buffer.Empty_In(element, 100);
+    };
+    EXPECT_EXIT(RunWithoutSystemCalls(work), testing::ExitedWithCode(0), "");
+}
+
+TEST(NoSystemCallDeathTest, ALockThatNobodyElseWantsMakesNoneAlsoWhenItIsEnteredAgain)
+{
+    CCustomCriticalSection section;
+    const auto work = [&]
+    {
+        const CEnterLeaveCriticalSection outer(section);
+        const CEnterLeaveCriticalSection inner(section);
+    };
+    EXPECT_EXIT(RunWithoutSystemCalls(work), testing::ExitedWithCode(0), "");
+}
+
+TEST(NoSystemCallDeathTest, ASignalMakesNoneWhileOnlyAPatientWaiterSleeps)
+{
+    const auto setWhileSomebodySleeps = []
+    {
+        auto* event = new CCustomManualResetEvent(false); // not destroyed: the thread still waits when the process ends
+        std::thread([event] { event->Wait_Patiently(60'000); }).detach();
+        std::this_thread::sleep_for(std::chrono::milliseconds(50)); // until it does sleep, most likely
+        RunWithoutSystemCalls(
+            [event]
+            {
+                event->Set();
+                event->Reset();
+            });
+    };
+    EXPECT_EXIT(setWhileSomebodySleeps(), testing::ExitedWithCode(0), "");
+}
+
+// A sanitizer's own memory functions make system calls.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST(NoSystemCallDeathTest, ABandThatIsMadeAgainInKeptMemoryMakesNone)
+{
+    CBandData other; // keeps the memory from being given back
+    ASSERT_TRUE(other.Create(800, 10'000, 1, 1));
+    CBandData second;
+    ASSERT_TRUE(second.Create(800, 10'000, 1, 1));
+    const auto work = [&] { second.Create(800, 10'000, 1, 1); };
+    EXPECT_EXIT(RunWithoutSystemCalls(work), testing::ExitedWithCode(0), "");
+}
+#endif
 
 #endif

@@ -1,8 +1,8 @@
 // Worker threads that cannot be started, and hours that pass at once: failures of the system that a test asks for.
 //
-// A test executable that compiles ThreadFailure.cpp puts its own CreateThread and WaitForSingleObject in front of the
-// thread library's, which every worker of the process then goes through. Where a system's threads cannot be overlaid in
-// this way (Windows), the file is left out together with the tests that need it. Nothing here fails unless asked to.
+// A test executable that compiles ThreadFailure.cpp (on Windows ThreadFailure_Windows.cpp) puts its own CreateThread
+// and WaitForSingleObject in front of the thread library's, which every worker of the process then goes through.
+// Nothing here fails unless asked to.
 #pragma once
 
 // While it lives, one creation of a worker thread fails as if the system had no thread left.

@@ -2,12 +2,18 @@
 // fails.
 //
 // The operations that fail belong to others, so this file puts its own in front of them: CreateThread and
-// TamBaseThread::Prepare by the ELF rule that the executable's symbol wins over the shared library's, which no other
-// object format has; the tests that need it exist on Linux only. All other tests of this executable run through these
-// too, with nothing set to fail.
+// TamBaseThread::Prepare, by the ELF rule that the executable's symbol wins over the shared library's, on Windows
+// through the executable's import table. All other tests of this executable run through these too, with nothing set to
+// fail.
 #include "Tests/Unit2Board/ConverterSupport.h"
 
 #include <new>
+
+#if defined(_WIN32)
+#include "Tests/Support/ImportTable.h"
+#else
+#include <dlfcn.h>
+#endif
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -43,12 +49,16 @@ TEST(SystemFailure, WithoutMemoryForTheElementsNothingIsStarted)
     EXPECT_TRUE(converter.WaitExit(0));
 }
 
-#if !defined(_WIN32)
-
-#include <dlfcn.h>
-
 namespace
 {
+
+#if defined(_WIN32)
+using StartRoutine = LPTHREAD_START_ROUTINE;
+using SecurityAttributes = LPSECURITY_ATTRIBUTES;
+#else
+using StartRoutine = ThreadStartRoutine;
+using SecurityAttributes = void*;
+#endif
 
 std::atomic<int> s_failingCall{-1}; // the call of CreateThread that fails, from 0; -1: none
 std::atomic<int> s_callCount{0};
@@ -58,7 +68,7 @@ std::atomic<const char*> s_failingName{"nobody"}; // the workers whose Prepare f
 
 struct SStart
 {
-    ThreadStartRoutine startRoutine;
+    StartRoutine startRoutine;
     void* parameter;
 };
 
@@ -95,19 +105,18 @@ public:
     CFailingPrepare& operator=(const CFailingPrepare&) = delete;
 };
 
-} // namespace
+decltype(&CreateThread) NextCreateThread_Get();
 
-HANDLE CreateThread(void* securityAttributes, std::size_t stackSize, ThreadStartRoutine startRoutine, void* parameter,
-                    DWORD creationFlags, DWORD* threadId)
+HANDLE Thread_Create(SecurityAttributes securityAttributes, std::size_t stackSize, StartRoutine startRoutine,
+                     void* parameter, DWORD creationFlags, DWORD* threadId)
 {
-    static const auto next =
-        reinterpret_cast<decltype(&CreateThread)>(dlsym(RTLD_NEXT, "_Z12CreateThreadPvmPFmS_ES_jPj"));
     if (s_callCount++ == s_failingCall)
     {
         return nullptr;
     }
     auto start = std::make_unique<SStart>(SStart{startRoutine, parameter});
-    const HANDLE thread = next(securityAttributes, stackSize, &CountedRoutine, start.get(), creationFlags, threadId);
+    const HANDLE thread =
+        NextCreateThread_Get()(securityAttributes, stackSize, &CountedRoutine, start.get(), creationFlags, threadId);
     if (thread != nullptr)
     {
         static_cast<void>(start.release()); // the thread's
@@ -116,10 +125,61 @@ HANDLE CreateThread(void* securityAttributes, std::size_t stackSize, ThreadStart
     return thread;
 }
 
+} // namespace
+
+#if defined(_WIN32)
+
+namespace
+{
+
+struct SWorkerName : TamBaseThread
+{
+    static const std::string& Get(const TamBaseThread& worker) { return worker.*(&SWorkerName::m_threadName); }
+};
+
+bool Prepare_Instead(TamBaseThread* worker)
+{
+    return SWorkerName::Get(*worker) != s_failingName.load();
+}
+
+// Before main, while there is one thread.
+const auto s_pNextCreateThread = CImportTable(nullptr).Replace("CreateThread", &Thread_Create);
+[[maybe_unused]] const auto s_pNextPrepare =
+    CImportTable(nullptr).Replace("_ZN13TamBaseThread7PrepareEv", &Prepare_Instead);
+
+decltype(&CreateThread) NextCreateThread_Get()
+{
+    return s_pNextCreateThread;
+}
+
+} // namespace
+
+#else
+
+HANDLE CreateThread(void* securityAttributes, std::size_t stackSize, ThreadStartRoutine startRoutine, void* parameter,
+                    DWORD creationFlags, DWORD* threadId)
+{
+    return Thread_Create(securityAttributes, stackSize, startRoutine, parameter, creationFlags, threadId);
+}
+
 bool TamBaseThread::Prepare()
 {
     return m_threadName != s_failingName.load();
 }
+
+namespace
+{
+
+decltype(&CreateThread) NextCreateThread_Get()
+{
+    static const auto next =
+        reinterpret_cast<decltype(&CreateThread)>(dlsym(RTLD_NEXT, "_Z12CreateThreadPvmPFmS_ES_jPj"));
+    return next;
+}
+
+} // namespace
+
+#endif
 
 TEST(SystemFailure, AGeneratorThatCannotBeStartedFailsCreateAndEndsThoseBeforeIt)
 {
@@ -225,5 +285,3 @@ TEST(SystemFailure, EveryThreadOfABandHasEndedWhenItsConverterHas)
     EXPECT_EQ(s_endedCount, 6);
     EXPECT_THAT(log.Summary(), IsEmpty());
 }
-
-#endif

@@ -1,8 +1,12 @@
-// Runs the real boardmap binary from a test, in a folder of the test's own, and looks at what it left behind. POSIX
-// shell syntax.
+// Runs the real boardmap binary from a test, in a folder of the test's own, and looks at what it left behind. Through
+// the POSIX shell, or the Windows command processor.
 #pragma once
 
 #include "Tests/Support/TestFolder.h"
+
+#if defined(_WIN32)
+#include "Tests/Host/Command/ProgramRun.h"
+#endif
 
 #include <gtest/gtest.h>
 
@@ -28,6 +32,31 @@ class CCommandTest : public testing::Test
 protected:
     std::filesystem::path In(const std::string& name) const { return m_folder / name; }
 
+#if defined(_WIN32)
+
+    static constexpr const char* intoFile = ">";
+
+    // Runs the program in the test's folder. `arguments` is UTF-8, an empty one is ''; a last ">name" takes standard
+    // output.
+    SCommandResult Boardmap_Run(std::string arguments) const
+    {
+        for (auto at = arguments.find("''"); at != std::string::npos; at = arguments.find("''"))
+        {
+            arguments.replace(at, 2, "\"\"");
+        }
+        const auto redirection = arguments.find('>');
+        const bool bRedirected = redirection != std::string::npos;
+        const CProgramRun run("\"" BOARDMAP_PROGRAM "\" " + arguments.substr(0, redirection), m_folder.Path(),
+                              bRedirected ? In(arguments.substr(redirection + 1)) : m_scratch / "out",
+                              m_scratch / "error");
+        return {run.Wait(), bRedirected ? "" : Text_Read(m_scratch / "out"), Text_Read(m_scratch / "error")};
+    }
+
+#else
+
+    // Takes standard output through a pipe into the file whose name follows.
+    static constexpr const char* intoFile = "| cat >";
+
     // Runs a shell line in the test's folder; $boardmap is the program.
     SCommandResult Shell_Run(const std::string& line) const
     {
@@ -44,10 +73,18 @@ protected:
         return result;
     }
 
-    SCommandResult Boardmap_Run(const std::string& arguments) const { return Shell_Run("\"$boardmap\" " + arguments); }
+    SCommandResult Boardmap_Run(const std::string& arguments) const
+    {
+        return Shell_Run("\"$boardmap\" " + arguments);
+    }
+
+#endif
 
     // The names of the files in the test's folder.
-    std::vector<std::string> Files() const { return m_folder.Names(); }
+    std::vector<std::string> Files() const
+    {
+        return m_folder.Names();
+    }
 
     // A 1-bit separation in which pixel (x, y) has ink where `ink` says so.
     template<class Ink>
@@ -94,6 +131,19 @@ protected:
         }
         File_Write(In(name), text.str());
     }
+
+#if defined(_WIN32)
+    // What the system ends lines with is no matter of these tests.
+    static std::string Text_Read(const std::filesystem::path& file)
+    {
+        std::string text = File_Read(file);
+        for (auto at = text.find("\r\n"); at != std::string::npos; at = text.find("\r\n"))
+        {
+            text.erase(at, 1);
+        }
+        return text;
+    }
+#endif
 
     CTestFolder m_folder;
     CTestFolder m_scratch; // beside it, so that the program's folder holds the program's files only

@@ -105,7 +105,7 @@ TEST_F(Convert, TheRawStreamHoldsTheSameBandsInAFileAndOnStandardOutput)
     Job_Write("job.toml", {"a.tif"}, 8);
     ASSERT_EQ(Boardmap_Run("convert job.toml").status, 0);
     ASSERT_EQ(Boardmap_Run("convert job.toml --format raw").status, 0);
-    const auto piped = Shell_Run("\"$boardmap\" convert job.toml --format raw -o - | cat >piped.raw");
+    const auto piped = Boardmap_Run(std::string("convert job.toml --format raw -o - ") + intoFile + "piped.raw");
     EXPECT_EQ(piped.status, 0);
     EXPECT_THAT(piped.error, StartsWith("standard output: 4 bands")); // the summary stays out of the data
     EXPECT_EQ(File_Read(In("job.boards.raw")), File_Read(In("piped.raw")));
@@ -249,6 +249,8 @@ TEST_F(Convert, ASeparationThatBreaksHalfWayLeavesNothingAndKeepsAnOlderResult)
     EXPECT_THAT(Files(), ElementsAre("a.tif", "job.boards.tif", "job.toml"));
 }
 
+#if !defined(_WIN32)
+
 TEST_F(Convert, AFullDiskFailsTheRunAndAClosedPipeToo)
 {
     Separation_Write("a.tif", 4000, 100, &Pattern);
@@ -263,11 +265,18 @@ TEST_F(Convert, AFullDiskFailsTheRunAndAClosedPipeToo)
     EXPECT_THAT(closed.error, HasSubstr("standard output"));
 }
 
+#endif
+
 TEST_F(Convert, NothingThatTheJobReadsIsWrittenTo)
 {
     Separation_Write("a.tif", 16, 16, &Pattern);
     Job_Write("job.toml", {"a.tif"}, 16);
-    std::filesystem::create_symlink("a.tif", In("link.tif"));
+    std::error_code noLinks; // a system that has no symbolic links for us: another name for the same file does
+    std::filesystem::create_symlink("a.tif", In("link.tif"), noLinks);
+    if (noLinks)
+    {
+        std::filesystem::create_hard_link(In("a.tif"), In("link.tif"));
+    }
     std::filesystem::create_hard_link(In("a.tif"), In("hard.tif"));
     const std::string separation = File_Read(In("a.tif"));
     const std::string job = File_Read(In("job.toml"));
@@ -291,6 +300,8 @@ TEST_F(Convert, NothingThatTheJobReadsIsWrittenTo)
     EXPECT_THAT(Files(), ElementsAre("a.tif", "hard.tif", "job.toml", "link.tif"));
 }
 
+#if !defined(_WIN32)
+
 TEST_F(Convert, APipeIsNoJobFile)
 {
     const auto result = Shell_Run("mkfifo pipe.toml && \"$boardmap\" convert pipe.toml");
@@ -306,6 +317,32 @@ TEST_F(Convert, AFileSizeLimitFailsTheRunAndLeavesNoFile)
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.error, HasSubstr("job.boards.tif"));
     EXPECT_THAT(Files(), ElementsAre("a.tif", "job.toml"));
+}
+
+#endif
+
+TEST_F(Convert, FilesMayHaveNamesInAnyScript)
+{
+    Separation_Write("a.tif", 16, 16, &Pattern);
+    const std::u8string separation = u8"gr\u00FC\u00DFe \u65E5\u672C.tif";
+    std::filesystem::rename(In("a.tif"), m_folder.Path() / separation);
+    Job_Write("job.toml", {{separation.begin(), separation.end()}}, 16);
+    const std::u8string job = u8"\u4ED5\u4E8B.toml";
+    std::filesystem::rename(In("job.toml"), m_folder.Path() / job);
+    const std::u8string arguments = u8"convert \u4ED5\u4E8B.toml --log \u00FC.log";
+    const auto result = Boardmap_Run({arguments.begin(), arguments.end()});
+    EXPECT_EQ(result.status, 0) << result.error;
+    const std::u8string output = u8"\u4ED5\u4E8B.boards.tif";
+    EXPECT_THAT(result.out, StartsWith(std::string(output.begin(), output.end()) + ": 1 bands"));
+    for (const std::u8string& name : {separation, job, output, std::u8string(u8"\u00FC.log")})
+    {
+        EXPECT_GT(std::filesystem::file_size(m_folder.Path() / name), 0U);
+    }
+    EXPECT_EQ(Files().size(), 4U);
+
+    const std::u8string missing = u8"convert \u4ED5.toml";
+    const std::u8string message = u8"\u4ED5.toml: there is no such job file\n";
+    EXPECT_EQ(Boardmap_Run({missing.begin(), missing.end()}).error, std::string(message.begin(), message.end()));
 }
 
 TEST_F(Convert, LibraryRecordsGoToStandardErrorAndToAFileOnRequest)
@@ -335,6 +372,8 @@ TEST_F(Convert, ProgressIsPlainLinesABarOrNothing)
     EXPECT_THAT(Boardmap_Run("convert job.toml --progress none").error, IsEmpty());
     EXPECT_THAT(Boardmap_Run("convert job.toml --progress auto").error, IsEmpty()); // not a terminal
 }
+
+#if !defined(_WIN32)
 
 TEST_F(Convert, AnInterruptEndsTheRunInOrderWithStatus130AndLeavesNoFile)
 {
@@ -375,6 +414,8 @@ TEST_F(Convert, AnInterruptEndsTheRunInOrderWithStatus130AndLeavesNoFile)
     }
 }
 
+#endif
+
 #if !defined(BOARDMAP_SANITIZED) // the sanitizers' own address space is larger than any limit
 
 TEST_F(Convert, APageLargerThanTheMemoryLimitIsNoHardship)
@@ -412,7 +453,15 @@ TEST_F(Convert, APageLargerThanTheMemoryLimitIsNoHardship)
         stream.put('\x01'); // the last pixel of the last row
     }
     Job_Write("job.toml", {"tall.tif"}, 1000, "[Stage]\nSkipBlank = true\n");
+#if defined(_WIN32)
+    const auto result = Boardmap_Run("convert job.toml"); // nothing limits it, so it is taken at its word
+    const auto peak = result.out.find("peak memory ");
+    ASSERT_NE(peak, std::string::npos) << result.error;
+    EXPECT_THAT(result.out, HasSubstr(" MB\n"));
+    EXPECT_LT(std::stoi(result.out.substr(peak + 12)), 400);
+#else
     const auto result = Shell_Run("ulimit -v 400000 && MALLOC_ARENA_MAX=2 \"$boardmap\" convert job.toml");
+#endif
     EXPECT_EQ(result.status, 0) << result.error;
     EXPECT_THAT(result.out, StartsWith("job.boards.tif: 1 bands, 8000 lines"));
     const auto bands = TiffBands_Read(In("job.boards.tif"));

@@ -255,9 +255,8 @@ class ExampleJob : public CCommandTest, public testing::WithParamInterface<std::
 TEST_P(ExampleJob, EveryBitOfTheDemoPageStandsWhereTheTwinPutsIt)
 {
     const std::string name = GetParam();
-    std::filesystem::copy_file(std::string(DEMO_JOB_FOLDER) + '/' + name, std::string(DEMO_PAGE_FOLDER) + '/' + name,
-                               std::filesystem::copy_options::overwrite_existing);
-    const auto result = Boardmap_Run("convert '" + std::string(DEMO_PAGE_FOLDER) + '/' + name + "' -o boards.tif");
+    File_Write(std::string(DEMO_PAGE_FOLDER) + '/' + name, File_Read(std::string(DEMO_JOB_FOLDER) + '/' + name));
+    const auto result = Boardmap_Run("convert \"" + std::string(DEMO_PAGE_FOLDER) + '/' + name + "\" -o boards.tif");
     ASSERT_EQ(result.status, 0) << result.error;
 
     const CExample example(name);

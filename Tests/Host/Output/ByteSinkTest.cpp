@@ -92,6 +92,29 @@ TEST(OutputFile, WritesAndReadsAnywhereInItself)
     EXPECT_EQ(File_Read(folder / "f"), std::string("01ab45X789\0\0end", 15));
 }
 
+TEST(OutputFile, GoesOnBehindFourGibibytes)
+{
+    const CTestFolder folder;
+    constexpr std::int64_t far = (std::int64_t{5} << 30) + 1; // most of it a hole
+    COutputFile file(folder / "f", ESpecialFile::Refuse);
+    ASSERT_TRUE(file.TryWrite("begin", 5));
+    file.Position_Set(far);
+    ASSERT_TRUE(file.TryWrite("end", 3));
+    EXPECT_EQ(file.Size(), far + 3);
+    file.Position_Set(far + 1);
+    std::string text(3, ' ');
+    EXPECT_EQ(file.TryRead(text.data(), 3), 2U);
+    EXPECT_EQ(text, "nd ");
+    file.Finish();
+    EXPECT_EQ(std::filesystem::file_size(folder / "f"), static_cast<std::uintmax_t>(far + 3));
+    std::ifstream stream(folder / "f", std::ios::binary);
+    stream.seekg(far);
+    stream.read(text.data(), 3);
+    EXPECT_EQ(text, "end");
+    stream.seekg(5);
+    EXPECT_EQ(stream.get(), 0);
+}
+
 TEST(OutputFile, LongestFileNameStillHasRoomForTheTemporaryName)
 {
     const CTestFolder folder;

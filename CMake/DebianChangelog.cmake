@@ -1,0 +1,26 @@
+# debian_changelog(MARKDOWN FOLDER): writes FOLDER/changelog.Debian.gz, the Debian form of CHANGELOG.md. A version is a
+# heading "## VERSION - YYYY-MM-DD" with a list of changes below it.
+function(debian_changelog markdown folder)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${markdown})
+    file(STRINGS ${markdown} lines)
+    set(text "")
+    set(signature "")
+    foreach(line IN LISTS lines)
+        if(line MATCHES "^## ([0-9.]+) - ([0-9-]+)$")
+            set(version ${CMAKE_MATCH_1})
+            execute_process(COMMAND ${CMAKE_COMMAND} -E env LC_ALL=C date -u -R -d ${CMAKE_MATCH_2}
+                OUTPUT_VARIABLE date OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+            string(APPEND text "${signature}datamapping (${version}-1) stable; urgency=medium\n\n")
+            set(signature "\n -- ${CPACK_PACKAGE_CONTACT}  ${date}\n\n")
+        elseif(signature AND line MATCHES "^- (.*)$")
+            string(APPEND text "  * ${CMAKE_MATCH_1}\n")
+        elseif(signature AND line MATCHES "^  (.*)$")
+            string(APPEND text "    ${CMAKE_MATCH_1}\n")
+        endif()
+    endforeach()
+    string(APPEND text "${signature}")
+    string(REGEX REPLACE "\n\n$" "\n" text "${text}")
+    file(CONFIGURE OUTPUT ${folder}/changelog.Debian CONTENT "${text}" @ONLY)
+    execute_process(COMMAND ${GZIP_PROGRAM} -9nc ${folder}/changelog.Debian OUTPUT_FILE ${folder}/changelog.Debian.gz
+        COMMAND_ERROR_IS_FATAL ANY)
+endfunction()

@@ -1,0 +1,46 @@
+// Which source lines of a board line go through a pass together.
+//
+// The maps' MapData_Line_AllInput come through here, on any thread. Lines are taken in order. A pass is begun, given
+// one line after the other until it refuses one, and then maps them all; so a line that shares its place with an
+// earlier one, or differs in length, begins the next run, and the bytes are those of mapping one after the other.
+#pragma once
+
+#include "DataMap/PrintUnitDataMap_Base.h"
+
+// From so many lines on, one pass is faster than one line after the other.
+constexpr int lineRunMin = 3;
+
+// `pass` offers:
+//   void Begin();                              nothing has been added
+//   bool Line_Add(const SSrcBandLine& line);   false if the line cannot join those added so far, or no run at all
+//   void Run_Map(const SSrcBandLine* lines, int lineCount, unsigned char* dst, int dstByteCount);   those added
+// Lines that cannot be added and short runs go through the map's MapData_Line. False as soon as that is.
+template<class TPass>
+bool LineRuns_Map(TPass& pass, const CPrintUnitDataMap_Base& map, const SSrcBandLine* lines, int lineCount,
+                  unsigned char* dst, int dstByteCount)
+{
+    int next = 0;
+    while (next < lineCount)
+    {
+        const int first = next;
+        pass.Begin();
+        while (next < lineCount && pass.Line_Add(lines[next]))
+        {
+            ++next;
+        }
+        if (next - first >= lineRunMin)
+        {
+            pass.Run_Map(lines + first, next - first, dst, dstByteCount);
+            continue;
+        }
+        next = next == first ? first + 1 : next;
+        for (int i = first; i < next; ++i)
+        {
+            if (!map.MapData_Line(lines[i].m_param, lines[i].m_pLine, dst, dstByteCount))
+            {
+                return false;
+            }
+        }
+    }
+    return true;
+}

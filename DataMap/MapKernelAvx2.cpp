@@ -1,0 +1,21 @@
+// The kernel for processors with vectors of 32 bytes (AVX2). The build compiles this file, and no other
+// code, with these instructions; MapKernel_Get() hands it out only where they can run.
+#include "DataMap/Vector32.h"
+#include "DataMap/VectorKernel.h"
+
+namespace
+{
+struct STag
+{
+};
+using Vector = SVector32<STag>;
+using Kernel = SVectorKernel<Vector>;
+} // namespace
+
+const SMapKernel mapKernelAvx2 = {"avx2",
+                                &SSelectField<Vector>::functions,
+                                Kernel::Rows_Transpose,
+                                Kernel::Columns_Map<false>,
+                                Kernel::Columns_Map<true>,
+                                Kernel::Planes_Split,
+                                Kernel::Nibbles_Expand};

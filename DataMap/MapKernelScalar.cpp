@@ -1,0 +1,104 @@
+// The scalar kernel: the definition of every inner loop, in standard C++ for any processor.
+//
+// Its one liberty is to transpose the bits of eight bytes inside one 64-bit word. The spreading of one unit's field is
+// not here: without vectors nothing is faster than the map's table.
+#include "DataMap/MapKernel.h"
+
+#include <cstdint>
+
+namespace
+{
+using Word = std::uint64_t;
+
+// Byte `index` of each of the 8 rows, row 0 in the most significant byte.
+Word Rows_Gather(const unsigned char* const* rows, int index)
+{
+    Word word = 0;
+    for (int row = 0; row < 8; ++row)
+    {
+        word = word << 8 | (rows[row] != nullptr ? rows[row][index] : 0U);
+    }
+    return word;
+}
+
+// Exchanges bit (row, column) with bit (column, row); row 0 is the most significant byte, column 0 its highest bit.
+constexpr Word Bits_Transpose(Word word)
+{
+    Word changed = (word ^ (word >> 7)) & 0x00AA00AA00AA00AAU;
+    word ^= changed ^ (changed << 7);
+    changed = (word ^ (word >> 14)) & 0x0000CCCC0000CCCCU;
+    word ^= changed ^ (changed << 14);
+    changed = (word ^ (word >> 28)) & 0x00000000F0F0F0F0U;
+    return word ^ changed ^ (changed << 28);
+}
+
+void Rows_Transpose(const unsigned char* const* rows, int offset, int byteCount, bool bSwapPairs, unsigned char* dst)
+{
+    const int flip = bSwapPairs ? 1 : 0;
+    for (int i = 0; i < byteCount; ++i)
+    {
+        const Word frames = Bits_Transpose(Rows_Gather(rows, offset + i));
+        for (int pixel = 0; pixel < 8; ++pixel)
+        {
+            dst[8 * i + (pixel ^ flip)] = static_cast<unsigned char>(frames >> (56 - 8 * pixel));
+        }
+    }
+}
+
+void Columns_Or(const unsigned char* const* columns, int columnCount, int byteCount, unsigned char* dst)
+{
+    for (int column = 0; column < columnCount; ++column)
+    {
+        const unsigned char* src = columns[column];
+        unsigned char* out = dst + column;
+        for (int i = 0; i < byteCount; ++i)
+        {
+            *out = static_cast<unsigned char>(*out | src[i]);
+            out += columnCount;
+        }
+    }
+}
+
+void Columns_Store(const unsigned char* const* columns, int columnCount, int byteCount, unsigned char* dst)
+{
+    for (int column = 0; column < columnCount; ++column)
+    {
+        const unsigned char* src = columns[column];
+        unsigned char* out = dst + column;
+        for (int i = 0; src != nullptr && i < byteCount; ++i)
+        {
+            *out = src[i];
+            out += columnCount;
+        }
+    }
+}
+
+// The high bits of a byte's four pairs, packed into the low nibble.
+constexpr unsigned HighBits(unsigned value)
+{
+    return (value >> 4 & 8U) | (value >> 3 & 4U) | (value >> 2 & 2U) | (value >> 1 & 1U);
+}
+
+void Planes_Split(const unsigned char* src, int byteCount, unsigned char* high, unsigned char* low)
+{
+    for (int i = 0; i < byteCount; i += 2)
+    {
+        const unsigned first = src[i];
+        const unsigned second = i + 1 < byteCount ? src[i + 1] : 0U;
+        high[i / 2] = static_cast<unsigned char>(HighBits(first) << 4 | HighBits(second));
+        low[i / 2] = static_cast<unsigned char>(HighBits(first << 1) << 4 | HighBits(second << 1));
+    }
+}
+
+void Nibbles_Expand(const unsigned char* table, const unsigned char* src, int byteCount, unsigned char* dst)
+{
+    for (int i = 0; i < byteCount; ++i)
+    {
+        dst[2 * i] = table[src[i] / 16];
+        dst[2 * i + 1] = table[src[i] % 16];
+    }
+}
+} // namespace
+
+const SMapKernel mapKernelScalar = {"scalar",      nullptr,      Rows_Transpose, Columns_Or,
+                                    Columns_Store, Planes_Split, Nibbles_Expand};

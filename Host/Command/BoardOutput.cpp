@@ -1,0 +1,69 @@
+// The output thread; see the header.
+#include "Host/Command/BoardOutput.h"
+
+#include <limits>
+#include <memory>
+
+namespace
+{
+
+constexpr unsigned waitMs = 100;
+
+} // namespace
+
+CBoardOutput::CBoardOutput(CBandDataFIFO_S& bands, CBoardWriter& writer) : m_pBands(&bands), m_pWriter(&writer) {}
+
+CBoardOutput::~CBoardOutput()
+{
+    Stop();
+    WaitExit(std::numeric_limits<unsigned int>::max());
+}
+
+SBoardCount CBoardOutput::Count_Get() const
+{
+    const std::lock_guard guard(m_lock);
+    return m_count;
+}
+
+void CBoardOutput::Error_Check() const
+{
+    const std::lock_guard guard(m_lock);
+    if (m_error != nullptr)
+    {
+        std::rethrow_exception(m_error);
+    }
+}
+
+bool CBoardOutput::OneLoop()
+{
+    try
+    {
+        Band_Write();
+        return true;
+    }
+    catch (...)
+    {
+        const std::lock_guard guard(m_lock);
+        m_error = std::current_exception();
+        return false;
+    }
+}
+
+void CBoardOutput::Band_Write()
+{
+    CBandData* next = nullptr;
+    if (!m_pBands->Out(next, waitMs))
+    {
+        if (m_pBands->IsCompleted())
+        {
+            Stop();
+        }
+        return;
+    }
+    const std::unique_ptr<CBandData> band(next);
+    m_pWriter->Band_Write(*band);
+    const std::lock_guard guard(m_lock);
+    ++m_count.bands;
+    m_count.lines += band->m_height;
+    m_count.bytes += band->m_dataSize;
+}

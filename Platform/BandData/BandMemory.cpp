@@ -1,0 +1,354 @@
+// Blocks from the system, and the list of those that are kept.
+//
+// A block begins with a line of its own description; the data follows some lines later, not always as many: bands of one
+// step are read side by side, and if all began at the same place of a page they would crowd each other out of the cache.
+//
+// Under AddressSanitizer everything of a block that is not data is forbidden, and all of it while it is kept, as the
+// general allocator would have it.
+#include "Platform/BandData/BandMemory.h"
+
+#include "KelCommon/KelCompiler.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
+
+namespace
+{
+
+constexpr std::size_t pageSize = 4096;
+constexpr std::size_t hugePageSize = std::size_t{2} << 20;
+constexpr std::size_t lineSize = CBandMemory::alignment;
+
+// What a block begins with, at the begin of a page.
+struct SBlock
+{
+    std::size_t size; // of the whole block, this included
+    void* memory;     // what the system gave: the block, or something in front of it
+};
+static_assert(sizeof(SBlock) <= lineSize);
+
+constexpr std::size_t RoundUp(std::size_t size, std::size_t unit)
+{
+    return (size + unit - 1) / unit * unit;
+}
+
+unsigned char* Bytes_Of(SBlock* block)
+{
+    return reinterpret_cast<unsigned char*>(block);
+}
+
+// The data begins within the block's first page, behind the description.
+SBlock* Block_Of(unsigned char* data)
+{
+    const auto address = reinterpret_cast<std::uintptr_t>(data);
+    return reinterpret_cast<SBlock*>(data - address % pageSize);
+}
+
+unsigned char* Data_Place(SBlock* block)
+{
+    constexpr unsigned places = pageSize / lineSize - 1;
+    static std::atomic<unsigned> next{0};
+    const unsigned place = next++ * 5 % places; // 5: the lines behind the first one are soon wanted too
+    return Bytes_Of(block) + (1 + place) * lineSize;
+}
+
+// Room for the data at any of its places, in whole pages; in whole huge pages where that wastes less than a quarter.
+std::size_t BlockSize_Of(std::size_t dataSize)
+{
+    const std::size_t size = RoundUp(dataSize + pageSize, pageSize);
+    const std::size_t huge = RoundUp(size, hugePageSize);
+    return huge - size < huge / 4 ? huge : size;
+}
+
+void Block_Forbid(SBlock* block)
+{
+    KEL_MEMORY_FORBID(Bytes_Of(block) + lineSize, block->size - lineSize);
+}
+
+// The system's part. Data that was never used is zero.
+
+#if defined(__linux__)
+
+SBlock* Block_Make(std::size_t size)
+{
+    const bool bHuge = size % hugePageSize == 0;
+    const std::size_t reserve = bHuge ? size + hugePageSize : size;
+    void* memory = mmap(nullptr, reserve, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED)
+    {
+        return nullptr;
+    }
+    if (bHuge)
+    {
+        // Huge pages lie at multiples of their size; what is before and behind goes back.
+        auto* begin = static_cast<unsigned char*>(memory);
+        const auto address = reinterpret_cast<std::uintptr_t>(memory);
+        const std::size_t before = RoundUp(address, hugePageSize) - address;
+        if (before > 0)
+        {
+            munmap(begin, before);
+        }
+        munmap(begin + before + size, hugePageSize - before);
+        memory = begin + before;
+        madvise(memory, size, MADV_HUGEPAGE); // a wish
+    }
+    return new (memory) SBlock{size, memory};
+}
+
+void Block_Free(SBlock* block)
+{
+    KEL_MEMORY_PERMIT(Bytes_Of(block), block->size);
+    munmap(block->memory, block->size);
+}
+
+#else
+
+SBlock* Block_Make(std::size_t size)
+{
+    // calloc, because it hands out large blocks as untouched zero pages instead of clearing them a second time.
+    void* memory = std::calloc(size + pageSize, 1);
+    if (memory == nullptr)
+    {
+        return nullptr;
+    }
+    const auto address = reinterpret_cast<std::uintptr_t>(memory);
+    unsigned char* begin = static_cast<unsigned char*>(memory) + (RoundUp(address, pageSize) - address);
+    return new (begin) SBlock{size, memory};
+}
+
+void Block_Free(SBlock* block)
+{
+    KEL_MEMORY_PERMIT(Bytes_Of(block), block->size);
+    std::free(block->memory);
+}
+
+#endif
+
+using Blocks = std::vector<SBlock*>;
+
+void Blocks_Free(const Blocks& blocks)
+{
+    std::for_each(blocks.begin(), blocks.end(), Block_Free);
+}
+
+// The kept blocks, and the count of everything. Blocks that are to be freed are handed to the caller, who does it when
+// the lock is free again.
+class CKeptBlocks
+{
+public:
+    // Never destroyed: bands may outlive whatever is.
+    static CKeptBlocks& Get()
+    {
+        static auto* kept = new CKeptBlocks();
+        return *kept;
+    }
+
+    // The smallest kept block that has the size and not half as much again; null if there is none.
+    SBlock* Take(std::size_t size)
+    {
+        const std::lock_guard guard(m_lock);
+        auto best = m_blocks.end();
+        for (auto i = m_blocks.begin(); i != m_blocks.end(); ++i)
+        {
+            const bool bFits = (*i)->size >= size && (*i)->size - size <= size / 2;
+            if (bFits && (best == m_blocks.end() || (*i)->size < (*best)->size))
+            {
+                best = i;
+            }
+        }
+        if (best == m_blocks.end())
+        {
+            return nullptr;
+        }
+        SBlock* block = *best;
+        m_blocks.erase(best);
+        m_statistic.m_keptBytes -= Size(*block);
+        ++m_statistic.m_reusedBlocks;
+        InUse_Add(*block);
+        return block;
+    }
+
+    // Counts a block that the system has just given. Returns kept ones for which there is no room any more.
+    Blocks Fresh_Count(const SBlock& block)
+    {
+        const std::lock_guard guard(m_lock);
+        ++m_statistic.m_freshBlocks;
+        InUse_Add(block);
+        return Surplus_Take();
+    }
+
+    // Keeps a block that is no longer in use. Returns those for which there is no room any more, perhaps itself.
+    Blocks Keep(SBlock& block)
+    {
+        const std::lock_guard guard(m_lock);
+        m_statistic.m_inUseBytes -= Size(block);
+        m_statistic.m_keptBytes += Size(block);
+        m_blocks.push_back(&block);
+        if (++m_roundCount >= CBandMemory::blocksPerRound)
+        {
+            m_roundCount = 0;
+            m_formerPeak = std::exchange(m_peak, m_statistic.m_inUseBytes);
+        }
+        return Surplus_Take();
+    }
+
+    Blocks All_Take()
+    {
+        const std::lock_guard guard(m_lock);
+        m_statistic.m_keptBytes = 0;
+        return std::exchange(m_blocks, {});
+    }
+
+    Blocks Reuse_Set(bool bOn)
+    {
+        const std::lock_guard guard(m_lock);
+        m_bOn = bOn;
+        return Surplus_Take();
+    }
+
+    SBandMemoryStatistic Statistic_Get()
+    {
+        const std::lock_guard guard(m_lock);
+        SBandMemoryStatistic statistic = m_statistic;
+        statistic.m_peakBytes = Peak();
+        return statistic;
+    }
+
+private:
+    static std::int64_t Size(const SBlock& block) { return static_cast<std::int64_t>(block.size); }
+    std::int64_t Peak() const { return std::max(m_peak, m_formerPeak); }
+
+    void InUse_Add(const SBlock& block)
+    {
+        m_statistic.m_inUseBytes += Size(block);
+        m_peak = std::max(m_peak, m_statistic.m_inUseBytes);
+    }
+
+    // The oldest first.
+    Blocks Surplus_Take()
+    {
+        const std::int64_t inUse = m_statistic.m_inUseBytes;
+        const std::int64_t limit = m_bOn && inUse > 0 ? Peak() - inUse : 0;
+        Blocks surplus;
+        auto i = m_blocks.begin();
+        for (; i != m_blocks.end() && m_statistic.m_keptBytes > limit; ++i)
+        {
+            m_statistic.m_keptBytes -= Size(**i);
+            surplus.push_back(*i);
+        }
+        m_blocks.erase(m_blocks.begin(), i);
+        return surplus;
+    }
+
+    std::mutex m_lock;
+    Blocks m_blocks; // the oldest first
+    SBandMemoryStatistic m_statistic;
+    std::int64_t m_peak = 0; // the most bytes in use in this round
+    std::int64_t m_formerPeak = 0;
+    int m_roundCount = 0;
+    bool m_bOn = true;
+};
+
+// When the library is unloaded.
+struct SCloser
+{
+    ~SCloser() { CBandMemory::Reuse_Set(false); }
+} g_closer;
+
+unsigned char* Block_Allocate(std::size_t dataSize)
+{
+    const std::size_t size = BlockSize_Of(dataSize);
+    SBlock* block = CKeptBlocks::Get().Take(size);
+    const bool bFresh = block == nullptr;
+    if (bFresh)
+    {
+        block = Block_Make(size);
+        if (block == nullptr)
+        {
+            CBandMemory::Trim(); // kept blocks of other sizes may be what is missing
+            block = Block_Make(size);
+        }
+        if (block == nullptr)
+        {
+            return nullptr;
+        }
+        Blocks_Free(CKeptBlocks::Get().Fresh_Count(*block));
+        Block_Forbid(block);
+    }
+    unsigned char* data = Data_Place(block);
+    KEL_MEMORY_PERMIT(data, dataSize);
+    if (!bFresh)
+    {
+        std::memset(data, 0, dataSize);
+    }
+    return data;
+}
+
+} // namespace
+
+unsigned char* CBandMemory::Allocate(std::size_t size)
+{
+    if (size >= smallestKept)
+    {
+        return Block_Allocate(size);
+    }
+    // The general allocator's blocks, aligned by hand; its own pointer stands in front of the data.
+    void* memory = std::calloc(size + alignment + sizeof(void*), 1);
+    if (memory == nullptr)
+    {
+        return nullptr;
+    }
+    const auto begin = reinterpret_cast<std::uintptr_t>(memory) + sizeof(void*);
+    unsigned char* data = static_cast<unsigned char*>(memory) + sizeof(void*) + (RoundUp(begin, alignment) - begin);
+    std::memcpy(data - sizeof(void*), &memory, sizeof(void*));
+    return data;
+}
+
+void CBandMemory::Release(unsigned char* data, std::size_t size)
+{
+    if (data == nullptr)
+    {
+        return;
+    }
+    if (size >= smallestKept)
+    {
+        SBlock* block = Block_Of(data);
+        Block_Forbid(block);
+        Blocks_Free(CKeptBlocks::Get().Keep(*block));
+        return;
+    }
+    void* memory = nullptr;
+    std::memcpy(&memory, data - sizeof(void*), sizeof(void*));
+    std::free(memory);
+}
+
+std::int64_t CBandMemory::Trim()
+{
+    const Blocks blocks = CKeptBlocks::Get().All_Take();
+    std::int64_t bytes = 0;
+    for (const SBlock* block : blocks)
+    {
+        bytes += static_cast<std::int64_t>(block->size);
+    }
+    Blocks_Free(blocks);
+    return bytes;
+}
+
+void CBandMemory::Reuse_Set(bool bOn)
+{
+    Blocks_Free(CKeptBlocks::Get().Reuse_Set(bOn));
+}
+
+SBandMemoryStatistic CBandMemory::Statistic_Get()
+{
+    return CKeptBlocks::Get().Statistic_Get();
+}
