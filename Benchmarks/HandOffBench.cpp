@@ -2,8 +2,8 @@
 //
 //   HandOffBench [--rounds N] [--json FILE]
 //
-// A line index goes there and back: 20 elements travel between two threads through two queues, as they do between a band
-// converter and its generator. The library's FIFOs are measured in turns with the bounded queues of two well-known
+// A line index goes there and back: 20 elements travel between two threads through two queues, as they do between a
+// band converter and its generator. The library's FIFOs are measured in turns with the bounded queues of two well-known
 // libraries, where those are installed; the peers wait as their makers offer it, or by trying again and yielding where
 // they offer nothing. README.md beside this file tells how to read the result.
 #include "Benchmarks/Figures.h"
@@ -343,7 +343,8 @@ void HandOff_Measure(CFigures& figures, int rounds)
     figures.Add({"line index there and back, " + names[0], "", medians[0] * 1e9, "ns", 0});
     for (std::size_t i = 1; i < medians.size(); ++i)
     {
-        figures.Add({"line index, against " + names[i], "<= 1 x peer", medians[0] * 1e9, "ns", medians[0] / medians[i]});
+        figures.Add(
+            {"line index, against " + names[i], "<= 1 x peer", medians[0] * 1e9, "ns", medians[0] / medians[i]});
     }
 }
 
@@ -352,8 +353,8 @@ void WakeUp_Measure(CFigures& figures, int rounds)
     for (const int restUs : {0, 100})
     {
         const std::chrono::microseconds rest(restUs);
-        const auto medians = Medians_InTurns(
-            rounds, {[&] { return WakeUp_Seconds<COwnEvent>(rest); }, [&] { return WakeUp_Seconds<CStandardEvent>(rest); }});
+        const auto medians = Medians_InTurns(rounds, {[&] { return WakeUp_Seconds<COwnEvent>(rest); },
+                                                      [&] { return WakeUp_Seconds<CStandardEvent>(rest); }});
         const std::string name = restUs == 0 ? "wake-up, answered at once" : "wake-up of a thread that sleeps";
         figures.Add({name, "<= 1 x std", medians[0] * 1e9, "ns", medians[0] / medians[1]});
     }

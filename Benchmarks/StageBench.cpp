@@ -4,11 +4,11 @@
 //              [--lines N] [--frame BITS] [--inflight N] [--bits 1|2] [--pattern noise|full|none|checker]
 //              [--stripes N] [--bands N] [--rounds N] [--json FILE]
 //
-// One producer thread gives filled bands as fast as the stage takes them, without touching their pixels; the main thread
-// takes the board bands and deletes them. A figure is the time from one board band to the next, held against a plain
-// copy of the same bytes on one core, measured in turns with it. Without options it measures the table: the goal's band
-// (16 units, 400 nozzles, 35,000 lines, 2 generators), other numbers of generators, and other contents. --curves varies
-// one parameter and leaves the others. README.md beside this file tells how to read the result.
+// One producer thread gives filled bands as fast as the stage takes them, without touching their pixels; the main
+// thread takes the board bands and deletes them. A figure is the time from one board band to the next, held against a
+// plain copy of the same bytes on one core, measured in turns with it. Without options it measures the table: the
+// goal's band (16 units, 400 nozzles, 35,000 lines, 2 generators), other numbers of generators, and other contents.
+// --curves varies one parameter and leaves the others. README.md beside this file tells how to read the result.
 #include "Benchmarks/Figures.h"
 #include "Platform/BandData/BandMemory.h"
 #include "Platform/DataProcess/BandDataFIFO.h"
@@ -33,14 +33,14 @@ constexpr unsigned long patienceMs = 100;
 
 struct SCase
 {
-    int units = 16; // with a band of their own
+    int units = 16;  // with a band of their own
     int stripes = 0; // more units, which print stripes
     int generators = 2;
     int nozzles = 400;
     int lines = 35'000;
-    int frame = 16; // bits
+    int frame = 16;   // bits
     int inFlight = 3; // bands of every unit
-    int bits = 1; // per pixel
+    int bits = 1;     // per pixel
     std::string pattern = "noise";
 };
 
@@ -287,8 +287,10 @@ void Curve_Measure(CFigures& figures, const SCase& base, const SEffort& effort, 
         std::vector<int> values;
     };
     const SCurve curves[] = {
-        {"generators", &SCase::generators, {1, 2, 3, 4, 6, 8}}, {"units", &SCase::units, {1, 2, 4, 8, 12, 16}},
-        {"frame", &SCase::frame, {16, 32, 64, 128}},            {"nozzles", &SCase::nozzles, {100, 200, 400, 1000, 2000, 4096}},
+        {"generators", &SCase::generators, {1, 2, 3, 4, 6, 8}},
+        {"units", &SCase::units, {1, 2, 4, 8, 12, 16}},
+        {"frame", &SCase::frame, {16, 32, 64, 128}},
+        {"nozzles", &SCase::nozzles, {100, 200, 400, 1000, 2000, 4096}},
         {"inflight", &SCase::inFlight, {1, 2, 3, 4, 6}},
     };
     for (const SCurve& curve : curves)
@@ -315,9 +317,10 @@ int main(int argumentCount, char** arguments)
     try
     {
         std::map<std::string, std::string> options = {
-            {"--curves", "none"}, {"--units", "16"},    {"--generators", "2"}, {"--nozzles", "400"}, {"--lines", "35000"},
-            {"--frame", "16"},    {"--inflight", "3"},  {"--bits", "1"},       {"--pattern", ""},    {"--stripes", "0"},
-            {"--rounds", "5"},    {"--bands", "9"},     {"--json", ""},
+            {"--curves", "none"}, {"--units", "16"},  {"--generators", "2"}, {"--nozzles", "400"},
+            {"--lines", "35000"}, {"--frame", "16"},  {"--inflight", "3"},   {"--bits", "1"},
+            {"--pattern", ""},    {"--stripes", "0"}, {"--rounds", "5"},     {"--bands", "9"},
+            {"--json", ""},
         };
         Options_Read(argumentCount, arguments, options);
         const auto number = [&](const char* name) { return std::stoi(options[name]); };

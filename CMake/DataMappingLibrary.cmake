@@ -18,7 +18,7 @@ target_link_libraries(DataMapping PUBLIC KelCommon ControllerPlatform::Controlle
 shared_library_settings(DataMapping)
 
 if(DATAMAPPING_STATIC_LIBRARIES)
-    set(objects ${DataMapObjectsStatic} ${ConverterObjectsStatic} ${StageObjectsStatic} ${KelCommonStaticObjects})
+    set(objects ${DataMapObjectsStatic} ${ConverterObjectsStatic} ${StageObjectsStatic} $<TARGET_OBJECTS:KelCommon>)
     add_static_edition(DataMappingStatic DataMapping ${objects})
     target_include_directories(DataMappingStatic PUBLIC ${library_includes})
     target_link_libraries(DataMappingStatic PUBLIC ControllerPlatformStatic)

@@ -2,6 +2,7 @@
 # library_folder and objdump set: copies the third-party DLLs that ours need, and those that they need, beside them, the
 # import library of Boost.Log beside ours, and the licences of all of it into licences/. A DLL without a known licence
 # stops the installation.
+cmake_policy(PUSH)
 cmake_policy(SET CMP0057 NEW)
 
 set(prefix $ENV{DESTDIR}${CMAKE_INSTALL_PREFIX})
@@ -86,3 +87,4 @@ endforeach()
 foreach(package IN ITEMS libcli11-dev libtomlplusplus-dev nlohmann-json3-dev)
     licence_install(header:${package})
 endforeach()
+cmake_policy(POP)

@@ -8,17 +8,19 @@ struct SBlockLine
     static constexpr int blockCount = 4;
     static constexpr int blockPixelCount = 100;
     static constexpr int blockByteCount = 13;
-    static constexpr int srcByteCount = 50;
-    static constexpr int room = 16; // bytes per block, zeros behind the block's own
+    static constexpr int room = 16; // bytes per block; what comes behind the block's own is undefined
 
-    // Block k: pixels 100 k to 100 k + 99. A block that begins on a byte keeps the four pixels behind it; the others
-    // end in four zeros.
+    // By place. A block that begins on a byte of the line keeps the four pixels behind it; the others end in four zeros.
     unsigned char m_blocks[blockCount][room];
 
-    // Cuts up the 50 bytes of `src`.
-    void Cut(const unsigned char* src);
+    // Cuts up the 50 bytes of `src`. Block k, pixels 100 k to 100 k + 99, takes place k (ascending) or 3 - k.
+    void Cut(const unsigned char* src, bool bAscending);
+};
 
-    // The blocks side by side: byte i of the block at place p is result[4 i + p], 4 x `room` bytes. Ascending: block k
-    // at place k; otherwise at place 3 - k.
-    void Interleave(bool bAscending, unsigned char* result) const;
+// The same with the blocks side by side: byte i of the block at place p is m_bytes[4 i + p].
+struct SBlockColumns
+{
+    unsigned char m_bytes[SBlockLine::blockCount * SBlockLine::room];
+
+    void Cut(const unsigned char* src, bool bAscending);
 };

@@ -5,9 +5,9 @@
 
 #include <algorithm>
 
-CColumnPass::CColumnPass(int columnCount) : m_columnCount(columnCount)
+void CColumnPass::Clear()
 {
-    std::fill_n(m_columns, columnCount, nullptr);
+    std::fill_n(m_columns, m_columnCount, nullptr);
 }
 
 void CColumnPass::Columns_Store(int byteCount, unsigned char* dst) const

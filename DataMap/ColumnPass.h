@@ -9,8 +9,11 @@ class CColumnPass
 public:
     static constexpr int columnCountMax = 256;
 
-    // `columnCount`: 0 to columnCountMax. No column is set.
-    explicit CColumnPass(int columnCount);
+    // `columnCount`: 0 to columnCountMax. To be cleared before its first use.
+    explicit CColumnPass(int columnCount) : m_columnCount(columnCount) {}
+
+    // Forgets all columns.
+    void Clear();
 
     bool HasColumn(int column) const { return m_columns[column] != nullptr; }
     void Column_Set(int column, const unsigned char* bytes) { m_columns[column] = bytes; }

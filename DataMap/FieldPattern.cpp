@@ -21,8 +21,8 @@ constexpr SFieldPattern Pattern_Make(const SPatternShape& shape)
     }
     for (int i = 0; i < SFieldPattern::size; ++i)
     {
-        pattern.m_source[i] = 0x80;
-        pattern.m_pixelMask[i] = static_cast<unsigned char>(0xFF << (8 - shape.srcBitCount));
+        pattern.m_rows[SFieldPattern::Row_Source][i] = 0x80;
+        pattern.m_rows[SFieldPattern::Row_PixelMask][i] = static_cast<unsigned char>(0xFF << (8 - shape.srcBitCount));
         const int position = i - SFieldPattern::lead;
         const int column = position % shape.frameByteCount;
         if (position < 0 || column >= shape.columnCount)
@@ -33,10 +33,10 @@ constexpr SFieldPattern Pattern_Make(const SPatternShape& shape)
         const int source = frame / pixelsPerByte * shape.columnCount + column;
         const int pixel = shape.bSwapPairs ? (frame % pixelsPerByte) ^ 1 : frame % pixelsPerByte;
         const int lowestBit = 8 - shape.srcBitCount * (pixel + 1);
-        pattern.m_source[i] = static_cast<unsigned char>(source);
-        pattern.m_pixelMask[i] = static_cast<unsigned char>(((1 << shape.srcBitCount) - 1) << lowestBit);
-        pattern.m_pixelBit[i] = static_cast<unsigned char>(8 * source + lowestBit);
-        pattern.m_target[i] = 0xFF;
+        pattern.m_rows[SFieldPattern::Row_Source][i] = static_cast<unsigned char>(source);
+        pattern.m_rows[SFieldPattern::Row_PixelMask][i] = static_cast<unsigned char>(((1 << shape.srcBitCount) - 1) << lowestBit);
+        pattern.m_rows[SFieldPattern::Row_PixelBit][i] = static_cast<unsigned char>(8 * source + lowestBit);
+        pattern.m_rows[SFieldPattern::Row_Target][i] = 0xFF;
     }
     return pattern;
 }

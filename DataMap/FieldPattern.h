@@ -4,32 +4,30 @@
 // the unit; the kernels read them from any thread.
 #pragma once
 
-// For each board byte behind the first frame's field byte: which source byte its pixel comes from and where in it.
+// For each board byte from the first frame's field byte on: where its pixel comes from.
 struct SFieldPattern
 {
-    static constexpr int lead = 16;   // entries before the field: bytes of a frame that belong to others
-    static constexpr int span = 128;  // board bytes that are described
+    static constexpr int lead = 16;  // board bytes in front of the field, which get nothing
+    static constexpr int span = 128; // board bytes from the field on
     static constexpr int size = lead + span;
 
-    unsigned char m_source[size];    // index of the source byte; 0x80: the board byte gets nothing
-    unsigned char m_pixelMask[size]; // the pixel's bits in the source byte; where there is none: any pixel's
-    unsigned char m_pixelBit[size];  // 8 x index of the source byte + number of the pixel's lowest bit in it
-    unsigned char m_target[size];    // 0xFF where the board byte gets a pixel, 0 elsewhere
+    // Begin(row, byteOffset) is where that row begins for frames whose field is `byteOffset` bytes behind their start.
+    enum ERow
+    {
+        Row_Source,    // index of the source byte; 0x80: the board byte gets nothing
+        Row_PixelMask, // the pixel's bits in the source byte; where there is none: any pixel's
+        Row_PixelBit,  // 8 x index of the source byte + number of the pixel's lowest bit in it
+        Row_Target,    // 0xFF where the board byte gets a pixel, 0 elsewhere
+        Row_Count
+    };
+    unsigned char m_rows[Row_Count][size];
 
     // 0 to groupSizeCount - 1: eight frames (of 2-bit pixels four, what one source byte gives) take 8, 16, 32, 64 or
     // 128 bytes.
     static constexpr int groupSizeCount = 5;
     int m_groupSizeIndex;
-};
 
-// The bits that one unit has in every frame, and the pixels that they come from.
-struct SFrameField
-{
-    const SFieldPattern* m_pPattern; // of frame size, pixel size and pixel order
-    int m_srcGroupByteCount;         // source bytes side by side: 1, or 4 for blocks
-    int m_byteOffset;                // the field's first byte in the frame
-    int m_lowestBit;                 // number of the field's lowest bit in that byte
-    unsigned char m_mask;            // the field's bits in that byte
+    const unsigned char* Begin(int byteOffset) const { return m_rows[0] + lead - byteOffset; }
 };
 
 class CFieldPattern

@@ -38,7 +38,7 @@ struct SFrameLayout
 
     // Bytes of board data that one source byte becomes.
     int EntrySize() const { return 8 * m_frameByteCount >> (m_srcBitCount - 1); }
-    bool HasUnit(int unitIndex) const { return unitIndex >= 0 && unitIndex < m_unitCount; }
+    bool HasUnit(int unitIndex) const { return static_cast<unsigned>(unitIndex) < static_cast<unsigned>(m_unitCount); }
 
     // The frame's row (position) of the first bit of a unit's field.
     int Row(int unitIndex) const
@@ -52,42 +52,34 @@ struct SFrameLayout
         return m_bReversed ? &CFieldPattern::swappedPattern : CFieldPattern::Pixel_Get(m_frameByteCount, m_srcBitCount);
     }
 
-    // The field of a unit, for frames that have a pattern.
-    SFrameField Field(int unitIndex, const SFieldPattern* pattern) const
+    EFieldKind FieldKind() const
     {
-        const auto row = static_cast<unsigned>(Row(unitIndex));
-        const int lastBit = 8 - static_cast<int>(row % 8) - m_fieldBitCount;
-        SFrameField field;
-        field.m_pPattern = pattern;
-        field.m_srcGroupByteCount = 1;
-        field.m_byteOffset = static_cast<int>(row / 8);
-        field.m_lowestBit = lastBit + (m_fieldBits == 0b10 ? 1 : 0);
-        field.m_mask = static_cast<unsigned char>(m_fieldBits << lastBit);
-        return field;
+        return m_srcBitCount == 2 ? Field_TwoBit : m_fieldBits == 0b11 ? Field_Double : Field_OneBit;
     }
 
-    // The kernel's function for such fields.
-    FieldFunction Function(const SMapKernel& kernel, const SFieldPattern* pattern) const
+    // ORs the field of a unit of the layout into frames that have the pattern `pattern`, as a FieldFunction does.
+    void Field_Or(const SFieldFunctions& functions, const SFieldPattern& pattern, int unitIndex,
+                  const unsigned char* src, int srcByteCount, unsigned char* dst, int dstByteCount) const
     {
-        const SFieldFunctions& functions = *kernel.m_pField_Or;
-        const int index = pattern->m_groupSizeIndex;
-        return m_srcBitCount == 2    ? functions.m_twoBit[index]
-               : m_fieldBits == 0b11 ? functions.m_double[index]
-                                     : functions.m_oneBit[index];
+        const auto row = static_cast<unsigned>(Row(unitIndex));
+        const unsigned lastBit = 8 - row % 8 - static_cast<unsigned>(m_fieldBitCount);
+        const unsigned lowestBit = lastBit + (m_fieldBits == 0b10 ? 1U : 0U);
+        functions.m_functions[FieldKind()][pattern.m_groupSizeIndex](
+            pattern.Begin(static_cast<int>(row / 8)), lowestBit, static_cast<unsigned>(m_fieldBits) << lastBit, src,
+            srcByteCount, dst, dstByteCount);
     }
 
     // MapData_Line for such a layout; false, with nothing done, if the kernel in use has no way for it.
     bool Line_Map(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst, int dstByteCount) const
     {
-        const SMapKernel& kernel = MapKernel_Get();
+        const SFieldFunctions* functions = MapKernel_Get().m_pField_Or;
         const SFieldPattern* pattern = Pattern();
-        if (kernel.m_pField_Or == nullptr || pattern == nullptr || !HasUnit(param.m_unitIndex))
+        if (functions == nullptr || pattern == nullptr || !HasUnit(param.m_unitIndex))
         {
             return false;
         }
         const int byteCount = BoardBytes_Clipped(param.m_lineBitCount, EntrySize(), dstByteCount);
-        Function(kernel, pattern)(Field(param.m_unitIndex, pattern), src, (param.m_lineBitCount + 7) >> 3, dst,
-                                  byteCount);
+        Field_Or(*functions, *pattern, param.m_unitIndex, src, (param.m_lineBitCount + 7) >> 3, dst, byteCount);
         return true;
     }
 };

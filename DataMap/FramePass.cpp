@@ -8,8 +8,6 @@
 
 namespace
 {
-constexpr unsigned char zeroColumn[transposeRoom] = {};
-
 // Lines of 2-bit pixels, parted into two rows each before they are transposed.
 struct SPlanePair
 {
@@ -21,29 +19,40 @@ struct SPlanePair
 class CLayoutPass
 {
 public:
-    explicit CLayoutPass(const SFrameLayout& layout) : m_layout(layout), m_frames(layout.m_frameByteCount) {}
-
-    void Begin()
+    explicit CLayoutPass(const SFrameLayout& layout)
+        : m_layout(layout), m_frames(layout.m_frameByteCount), m_unitCount(static_cast<unsigned>(layout.m_unitCount)),
+          m_firstRow(layout.Row(0)), m_rowStep(layout.Row(1) - layout.Row(0)), m_kind(layout.FieldKind())
     {
-        m_frames = CFramePass(m_layout.m_frameByteCount);
+    }
+
+    void Begin(const SSrcBandLine& line)
+    {
+        m_frames.Clear();
+        m_lineBitCount = line.m_param.m_lineBitCount;
         m_lineCount = 0;
     }
 
     bool Line_Add(const SSrcBandLine& line)
     {
         const SSrcBandDataParam& param = line.m_param;
-        if (!m_layout.HasUnit(param.m_unitIndex) || (m_lineCount > 0 && param.m_lineBitCount != m_lineBitCount))
+        const int row = m_firstRow + m_rowStep * param.m_unitIndex;
+        if (static_cast<unsigned>(param.m_unitIndex) >= m_unitCount || param.m_lineBitCount != m_lineBitCount ||
+            m_frames.HasRow(row) || m_frames.HasRow(row + m_layout.m_fieldBitCount - 1))
         {
             return false;
         }
-        const int row = m_layout.Row(param.m_unitIndex);
-        if (m_frames.HasRow(row) || (m_layout.m_fieldBitCount == 2 && m_frames.HasRow(row + 1)))
+        if (m_kind == Field_TwoBit)
         {
-            return false;
+            m_frames.Row_Set(row, m_planes[m_lineCount].m_high);
+            m_frames.Row_Set(row + 1, m_planes[m_lineCount].m_low);
+            ++m_lineCount;
+            return true;
         }
-        Rows_Set(row, line.m_pLine);
-        m_lineBitCount = param.m_lineBitCount;
-        ++m_lineCount;
+        m_frames.Row_Set(m_layout.m_fieldBits == 0b01 ? row + m_layout.m_fieldBitCount - 1 : row, line.m_pLine);
+        if (m_kind == Field_Double)
+        {
+            m_frames.Row_Set(row + 1, line.m_pLine);
+        }
         return true;
     }
 
@@ -65,30 +74,12 @@ public:
             else
             {
                 Lines_Part(lines, lineCount, offset, count);
-                m_frames.Frames_Or(0, (count + 1) / 2, false, out, tileByteCount);
+                m_frames.Frames_Or(0, CFramePass::PartedByteCount((count + 1) / 2), false, out, tileByteCount);
             }
         }
     }
 
 private:
-    void Rows_Set(int row, const unsigned char* line)
-    {
-        if (m_layout.m_srcBitCount == 2)
-        {
-            m_frames.Row_Set(row, m_planes[m_lineCount].m_high);
-            m_frames.Row_Set(row + 1, m_planes[m_lineCount].m_low);
-            return;
-        }
-        const int lastBit = m_layout.m_fieldBitCount - 1;
-        for (int bit = 0; bit <= lastBit; ++bit)
-        {
-            if ((m_layout.m_fieldBits >> (lastBit - bit) & 1) != 0)
-            {
-                m_frames.Row_Set(row + bit, line);
-            }
-        }
-    }
-
     void Lines_Part(const SSrcBandLine* lines, int lineCount, int offset, int byteCount)
     {
         const SMapKernel& kernel = MapKernel_Get();
@@ -100,21 +91,21 @@ private:
 
     const SFrameLayout& m_layout;
     CFramePass m_frames;
+    unsigned m_unitCount;
+    int m_firstRow;
+    int m_rowStep;
+    EFieldKind m_kind;
     int m_lineBitCount = 0;
-    int m_lineCount = 0;
+    int m_lineCount = 0; // of lines that are parted
     SPlanePair m_planes[CFramePass::rowCountMax / 2]; // of the lines in the order in which they were added
 };
 } // namespace
 
-CFramePass::CFramePass(int frameByteCount) : m_frameByteCount(frameByteCount)
-{
-    std::fill_n(m_rows, 8 * frameByteCount, nullptr);
-}
+const unsigned char CFramePass::zeroColumn[transposeRoom] = {};
 
-bool CFramePass::HasColumn(int column) const
+void CFramePass::Clear()
 {
-    const auto* rows = m_rows + 8 * column;
-    return std::any_of(rows, rows + 8, [](const unsigned char* row) { return row != nullptr; });
+    std::fill_n(m_rows, 8 * m_frameByteCount, nullptr);
 }
 
 void CFramePass::Frames_Or(int offset, int byteCount, bool bSwapPairs, unsigned char* dst, int dstByteCount) const

@@ -11,7 +11,7 @@
 constexpr int lineRunMin = 3;
 
 // `pass` offers:
-//   void Begin();                              nothing has been added
+//   void Begin(const SSrcBandLine& line);      a new run whose first line this will be, nothing has been added yet
 //   bool Line_Add(const SSrcBandLine& line);   false if the line cannot join those added so far, or no run at all
 //   void Run_Map(const SSrcBandLine* lines, int lineCount, unsigned char* dst, int dstByteCount);   those added
 // Lines that cannot be added and short runs go through the map's MapData_Line. False as soon as that is.
@@ -23,7 +23,7 @@ bool LineRuns_Map(TPass& pass, const CPrintUnitDataMap_Base& map, const SSrcBand
     while (next < lineCount)
     {
         const int first = next;
-        pass.Begin();
+        pass.Begin(lines[first]);
         while (next < lineCount && pass.Line_Add(lines[next]))
         {
             ++next;

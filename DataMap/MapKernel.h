@@ -15,25 +15,36 @@ constexpr int transposeByteCountMax = 64;
 constexpr int transposeRoom = 8 * transposeByteCountMax;
 // Room that Planes_Split and Nibbles_Expand round their results up to.
 constexpr int splitRoom = 64;
+// The most bytes that Quads_Split takes at once, and the length of each half of its results.
+constexpr int quadSrcByteCountMax = 128;
+constexpr int quadRoom = quadSrcByteCountMax / 4;
 
-// ORs the field of one unit into board frames: dst[0 .. dstByteCount - 1] only, frame 0 at dst. The `srcByteCount` bytes
-// of `src` must be enough for these frames.
-using FieldFunction = void (*)(const SFrameField& field, const unsigned char* src, int srcByteCount, unsigned char* dst,
-                               int dstByteCount);
+// ORs the field of one unit into board frames: dst[0 .. dstByteCount - 1] only, frame 0 at dst. `pattern`: the pattern's
+// Begin for the field's place in the frame. `lowestBit`, `mask`: the field's lowest bit and all its bits in that byte.
+// The `srcByteCount` bytes of `src` must be enough for the frames.
+using FieldFunction = void (*)(const unsigned char* pattern, unsigned lowestBit, unsigned mask, const unsigned char* src,
+                               int srcByteCount, unsigned char* dst, int dstByteCount);
 
-// For every group size of SFieldPattern.
+// What a field takes from a source byte.
+enum EFieldKind
+{
+    Field_OneBit, // a 1-bit pixel sets the one bit of the field
+    Field_Double, // a 1-bit pixel sets both bits of the field
+    Field_TwoBit, // a 2-bit pixel, both bits of the field
+    Field_Block,  // a 1-bit pixel from each of four source bytes, one bit in each of four board bytes
+    Field_Count
+};
+
 struct SFieldFunctions
 {
-    FieldFunction m_oneBit[SFieldPattern::groupSizeCount]; // a 1-bit pixel sets all bits of the field's mask
-    FieldFunction m_double[SFieldPattern::groupSizeCount]; // the same where that are two bits
-    FieldFunction m_twoBit[SFieldPattern::groupSizeCount]; // both bits of a 2-bit pixel
+    FieldFunction m_functions[Field_Count][SFieldPattern::groupSizeCount];
 };
 
 struct SMapKernel
 {
     const char* m_name;
 
-    // Null in the scalar kernel: there the table is the road.
+    // By kind and by the pattern's group size. Null in the scalar kernel: there the table is the road.
     const SFieldFunctions* m_pField_Or;
 
     // Transposes 8 rows of pixels: bit 7 - r of dst[p] becomes pixel p of rows[r], with bSwapPairs pixel p ^ 1. Bytes
@@ -50,6 +61,11 @@ struct SMapKernel
     // Parts pairs of bits: the high bits of the pairs in `src` go to `high`, the low bits to `low`, both packed again.
     // An odd last byte leaves the low halves of the last results 0. The room of both is rounded up to splitRoom.
     void (*m_pPlanes_Split)(const unsigned char* src, int byteCount, unsigned char* high, unsigned char* low);
+
+    // Parts groups of four bits, the pixel pairs of two planes: bits 3 of all groups go to the first half of `even`, bits
+    // 2 to its second half, bits 1 and 0 to those of `odd`; packed again, an incomplete last byte filled up with 0.
+    // `byteCount` is at most quadSrcByteCountMax, `even` and `odd` have room for 2 x quadRoom bytes.
+    void (*m_pQuads_Split)(const unsigned char* src, int byteCount, unsigned char* even, unsigned char* odd);
 
     // Every nibble of `src`, the high one first, becomes the byte that `table` (16 bytes) has for it: 2 x byteCount
     // bytes in `dst`, whose room is rounded up to splitRoom.

@@ -18,4 +18,5 @@ const SMapKernel mapKernelAvx2 = {"avx2",
                                 Kernel::Columns_Map<false>,
                                 Kernel::Columns_Map<true>,
                                 Kernel::Planes_Split,
+                                Kernel::Quads_Split,
                                 Kernel::Nibbles_Expand};

@@ -10,8 +10,32 @@ struct STag
 {
 };
 
+// What transposes the bits of every 8 bytes as the right side of a product; with the bytes of each pair of results
+// exchanged.
+constexpr std::uint64_t pixelMatrix = 0x0102040810204080U;
+constexpr std::uint64_t pixelMatrixSwapped = 0x0201080420108040U;
+
+// The matrix whose product with a byte has bit 0, 2, 4, 6, 1, 3, 5, 7 of the byte as bits 0 to 7.
+constexpr std::uint64_t pairMatrix = 0x0104104002082080U;
+
+struct SVector32Gfni : SVector32<STag>
+{
+    static constexpr bool bTransposesWords = true;
+
+    static void Words_Transpose(Type (&values)[8], bool bSwapPairs)
+    {
+        const Type pixels = Set_Word(bSwapPairs ? pixelMatrixSwapped : pixelMatrix);
+        for (Type& value : values)
+        {
+            value = _mm256_gf2p8affine_epi64_epi8(pixels, value, 0);
+        }
+    }
+    static Type Pairs_Part(Type x) { return _mm256_gf2p8affine_epi64_epi8(x, Set_Word(pairMatrix), 0); }
+};
+
 struct SVector64Gfni : SVector64<STag>
 {
+    using Half = SVector32Gfni;
     static constexpr bool bTransposesWords = true;
 
     // Low8 and High8 interleave whole halves here, so that nothing is left to be ordered.
@@ -25,15 +49,17 @@ struct SVector64Gfni : SVector64<STag>
     {
     }
 
-    // Transposes the bits of every 8 bytes; with bSwapPairs, exchanges the bytes of each pair of results.
     static void Words_Transpose(Type (&values)[8], bool bSwapPairs)
     {
-        const Type pixels = Set_Word(bSwapPairs ? 0x0201080420108040U : 0x0102040810204080U);
+        const Type pixels = Set_Word(bSwapPairs ? pixelMatrixSwapped : pixelMatrix);
         for (Type& value : values)
         {
             value = _mm512_gf2p8affine_epi64_epi8(pixels, value, 0);
         }
     }
+
+    // Every byte's pairs of bits parted: the high bits in its high half, the low bits in its low half.
+    static Type Pairs_Part(Type x) { return _mm512_gf2p8affine_epi64_epi8(x, Set_Word(pairMatrix), 0); }
 
 private:
     // 0, 64, 1, 65, ... 31, 95: the bytes of two vectors in turns.
@@ -53,23 +79,23 @@ constexpr __mmask64 everyByte = ~__mmask64{0};
 
 // Spreads a field by shifting: every board byte gets the eight source bits among which its pixel stands where the field
 // does, and keeps the field's bits.
-template<int vectorCountOf, bool bDouble>
+template<int vectorCountOf, EFieldKind kind>
 struct SShiftSpread
 {
     using Type = Vector::Type;
     static constexpr int vectorCount = vectorCountOf;
+    static constexpr bool bDouble = kind == Field_Double;
 
-    explicit SShiftSpread(const SFrameField& field)
+    SShiftSpread(const unsigned char* pattern, unsigned lowestBit, unsigned mask)
     {
-        const int begin = SFieldPattern::lead - field.m_byteOffset;
-        const unsigned lowest = bDouble ? field.m_mask & (0U - field.m_mask) : field.m_mask;
-        const Type position = Vector::Set(static_cast<unsigned char>(field.m_lowestBit));
-        const Type target = Vector::Load(field.m_pPattern->m_target + begin);
-        m_field = Vector::And(target, Vector::Set(static_cast<unsigned char>(lowest)));
-        m_upper = Vector::And(target, Vector::Set(static_cast<unsigned char>(lowest << 1)));
+        const unsigned moved = bDouble ? 1U << lowestBit : mask;
+        const Type position = Vector::Set(static_cast<unsigned char>(lowestBit));
+        const Type target = Vector::Load(pattern + SFieldPattern::Row_Target * SFieldPattern::size);
+        m_field = Vector::And(target, Vector::Set(static_cast<unsigned char>(moved)));
+        m_upper = Vector::And(target, Vector::Set(static_cast<unsigned char>(moved << 1)));
         for (int i = 0; i < vectorCount; ++i)
         {
-            const Type bit = Vector::Load(field.m_pPattern->m_pixelBit + begin + i * Vector::size);
+            const Type bit = Vector::Load(pattern + SFieldPattern::Row_PixelBit * SFieldPattern::size + i * Vector::size);
             m_shift[i] = _mm512_sub_epi8(bit, position);
             m_upperShift[i] = _mm512_sub_epi8(m_shift[i], Vector::Set(1));
         }
@@ -94,21 +120,13 @@ struct SShiftSpread
     Type m_shift[vectorCountOf];
     Type m_upperShift[vectorCountOf];
 };
-
-template<int groupByteCount, bool bDouble>
-using Loop = SFieldLoop<Vector, SShiftSpread<fieldVectorCount<Vector, groupByteCount>, bDouble>, groupByteCount>;
-
-// Both bits of a 2-bit pixel move like one.
-constexpr SFieldFunctions fieldFunctions = {
-    {Loop<8, false>::Or, Loop<16, false>::Or, Loop<32, false>::Or, Loop<64, false>::Or, Loop<128, false>::Or},
-    {Loop<8, true>::Or, Loop<16, true>::Or, Loop<32, true>::Or, Loop<64, true>::Or, Loop<128, true>::Or},
-    {Loop<8, false>::Or, Loop<16, false>::Or, Loop<32, false>::Or, Loop<64, false>::Or, Loop<128, false>::Or}};
 } // namespace
 
 const SMapKernel mapKernelAvx512Gfni = {"avx512-gfni",
-                                        &fieldFunctions,
+                                        &SFieldKernel<Vector, SShiftSpread>::functions,
                                         Kernel::Rows_Transpose,
                                         Kernel::Columns_Map<false>,
                                         Kernel::Columns_Map<true>,
                                         Kernel::Planes_Split,
+                                        Kernel::Quads_Split,
                                         Kernel::Nibbles_Expand};

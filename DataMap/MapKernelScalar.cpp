@@ -90,6 +90,18 @@ void Planes_Split(const unsigned char* src, int byteCount, unsigned char* high, 
     }
 }
 
+void Quads_Split(const unsigned char* src, int byteCount, unsigned char* even, unsigned char* odd)
+{
+    for (int i = 0; i < byteCount; i += 4)
+    {
+        unsigned char high[2] = {};
+        unsigned char low[2] = {};
+        Planes_Split(src + i, byteCount - i < 4 ? byteCount - i : 4, high, low);
+        Planes_Split(high, 2, even + i / 4, odd + i / 4);
+        Planes_Split(low, 2, even + quadRoom + i / 4, odd + quadRoom + i / 4);
+    }
+}
+
 void Nibbles_Expand(const unsigned char* table, const unsigned char* src, int byteCount, unsigned char* dst)
 {
     for (int i = 0; i < byteCount; ++i)
@@ -101,4 +113,4 @@ void Nibbles_Expand(const unsigned char* table, const unsigned char* src, int by
 } // namespace
 
 const SMapKernel mapKernelScalar = {"scalar",      nullptr,      Rows_Transpose, Columns_Or,
-                                    Columns_Store, Planes_Split, Nibbles_Expand};
+                                    Columns_Store, Planes_Split, Quads_Split,    Nibbles_Expand};

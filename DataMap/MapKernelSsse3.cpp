@@ -18,4 +18,5 @@ const SMapKernel mapKernelSsse3 = {"ssse3",
                                 Kernel::Columns_Map<false>,
                                 Kernel::Columns_Map<true>,
                                 Kernel::Planes_Split,
+                                Kernel::Quads_Split,
                                 Kernel::Nibbles_Expand};

@@ -9,6 +9,7 @@
 #include "KelCommon/KelLog.h"
 #include "Platform/Helper/BitOperator.h"
 
+#include <algorithm>
 #include <typeinfo>
 
 namespace
@@ -33,45 +34,65 @@ bool Frame_HasUnit(int frameByteCount, int unitIndex)
     return unitIndex >= 0 && blockCount * (unitIndex / 8 + 1) <= frameByteCount;
 }
 
-// The lines of one run: four rows each, cut out beforehand.
+bool IsAscending(const SSrcBandDataParam& param)
+{
+    return param.m_unitDirection == directionAscending;
+}
+
+// The lines of one run. Eight units of a group are transposed at once, all four blocks of them: a block's frames are
+// then one byte column of the board line.
 class CLinePass
 {
 public:
-    explicit CLinePass(int frameByteCount) : m_frameByteCount(frameByteCount), m_frames(frameByteCount) {}
+    explicit CLinePass(int frameByteCount) : m_frameByteCount(frameByteCount) {}
 
-    void Begin()
+    void Begin(const SSrcBandLine& /*line*/)
     {
-        m_frames = CFramePass(m_frameByteCount);
+        std::fill_n(m_rows, 8 * (m_frameByteCount / blockCount), nullptr);
         m_lineCount = 0;
     }
 
     bool Line_Add(const SSrcBandLine& line)
     {
         const SSrcBandDataParam& param = line.m_param;
-        if (!Frame_HasUnit(m_frameByteCount, param.m_unitIndex) || m_frames.HasRow(Block_Row(param, 0)))
+        if (!Frame_HasUnit(m_frameByteCount, param.m_unitIndex) || m_rows[param.m_unitIndex] != nullptr)
         {
             return false;
         }
         SBlockLine& blocks = m_lines[m_lineCount];
-        blocks.Cut(line.m_pLine);
-        for (int block = 0; block < blockCount; ++block)
-        {
-            m_frames.Row_Set(Block_Row(param, block), blocks.m_blocks[block]);
-        }
+        blocks.Cut(line.m_pLine, IsAscending(param));
+        m_rows[param.m_unitIndex] = blocks.m_blocks[0];
         ++m_lineCount;
         return true;
     }
 
     void Run_Map(const SSrcBandLine* /*lines*/, int /*lineCount*/, unsigned char* dst, int /*dstByteCount*/) const
     {
-        m_frames.Frames_Or(0, SBlockLine::room, false, dst, blockPixelCount * m_frameByteCount);
+        static_assert(sizeof(SBlockLine) == transposeByteCountMax);
+        constexpr int blockFrameCount = 8 * SBlockLine::room;
+        const SMapKernel& kernel = MapKernel_Get();
+        alignas(64) unsigned char tiles[CFramePass::frameByteCountMax / blockCount][transposeRoom];
+        const unsigned char* columns[CFramePass::frameByteCountMax];
+        for (int group = 0; group < m_frameByteCount / blockCount; ++group)
+        {
+            kernel.m_pRows_Transpose(m_rows + 8 * group, 0, transposeByteCountMax, false, tiles[group]);
+            for (int place = 0; place < blockCount; ++place)
+            {
+                columns[blockCount * group + place] = tiles[group] + place * blockFrameCount;
+            }
+        }
+        for (int column = m_frameByteCount / blockCount * blockCount; column < m_frameByteCount; ++column)
+        {
+            columns[column] = CFramePass::zeroColumn;
+        }
+        kernel.m_pColumns_Or(columns, m_frameByteCount, blockPixelCount, dst);
     }
 
 private:
     int m_frameByteCount;
     int m_lineCount = 0;
-    CFramePass m_frames;
-    SBlockLine m_lines[CFramePass::rowCountMax / blockCount];
+    const unsigned char* m_rows[8 * CFramePass::frameByteCountMax / blockCount]; // by unit
+    SBlockLine m_lines[8 * CFramePass::frameByteCountMax / blockCount];
 };
 } // namespace
 
@@ -92,15 +113,12 @@ bool CPrintUnitDataMap_03::MapData_Line(const SSrcBandDataParam& param, const un
     {
         if (const SFieldPattern* pattern = CFieldPattern::Block_Get(frameByteCount))
         {
-            SBlockLine line;
-            unsigned char side[blockCount * SBlockLine::room];
-            line.Cut(src);
-            line.Interleave(param.m_unitDirection == directionAscending, side);
-            const int bit = 7 - param.m_unitIndex % 8;
-            const SFrameField field = {pattern, blockCount, blockCount * (param.m_unitIndex / 8), bit,
-                                       static_cast<unsigned char>(1 << bit)};
-            kernel.m_pField_Or->m_oneBit[pattern->m_groupSizeIndex](field, side, sizeof(side), dst,
-                                                                    blockPixelCount * frameByteCount);
+            SBlockColumns side;
+            side.Cut(src, IsAscending(param));
+            const unsigned bit = 7 - static_cast<unsigned>(param.m_unitIndex) % 8;
+            kernel.m_pField_Or->m_functions[Field_Block][pattern->m_groupSizeIndex](
+                pattern->Begin(blockCount * (param.m_unitIndex / 8)), bit, 1U << bit, side.m_bytes, sizeof(side), dst,
+                blockPixelCount * frameByteCount);
             return true;
         }
     }

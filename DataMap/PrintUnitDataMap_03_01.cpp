@@ -38,9 +38,9 @@ class CLinePass
 public:
     explicit CLinePass(int columnCount) : m_columnCount(columnCount), m_columns(columnCount) {}
 
-    void Begin()
+    void Begin(const SSrcBandLine& /*line*/)
     {
-        m_columns = CColumnPass(m_columnCount);
+        m_columns.Clear();
         m_lineCount = 0;
     }
 
@@ -53,10 +53,10 @@ public:
             return false;
         }
         SBlockLine& blocks = m_lines[m_lineCount];
-        blocks.Cut(line.m_pLine);
-        for (int chunk = 0; chunk < chunkCount; ++chunk)
+        blocks.Cut(line.m_pLine, param.m_unitDirection == directionAscending);
+        for (int place = 0; place < chunkCount; ++place)
         {
-            m_columns.Column_Set(Chunk_BoardUnit(param, chunk), blocks.m_blocks[chunk]);
+            m_columns.Column_Set(chunkCount * param.m_unitIndex + place, blocks.m_blocks[place]);
         }
         ++m_lineCount;
         return true;
@@ -233,15 +233,13 @@ bool CPrintUnitDataMap_03_01::MapData_Line_Normal(const SSrcBandDataParam& param
 void CPrintUnitDataMap_03_01::MapData_Line_Bit_8(const SSrcBandDataParam& param, const unsigned char* src,
                                                  unsigned char* dst) const
 {
-    SBlockLine line;
-    unsigned char side[chunkCount * SBlockLine::room];
-    line.Cut(src);
-    line.Interleave(param.m_unitDirection == directionAscending, side);
+    SBlockColumns side;
+    side.Cut(src, param.m_unitDirection == directionAscending);
     unsigned char* out = dst + chunkCount * param.m_unitIndex;
     const int frameByteCount = m_dataFrameWidth;
     for (int k = 0; k < chunkByteCount; ++k)
     {
-        std::memcpy(out + k * frameByteCount, side + chunkCount * k, chunkCount);
+        std::memcpy(out + k * frameByteCount, side.m_bytes + chunkCount * k, chunkCount);
     }
 }
 

@@ -59,8 +59,9 @@ void CPrintUnitDataMap_1::Init_MapDataSizeOfByte()
 bool CPrintUnitDataMap_1::FrameLayout_Get(SFrameLayout& layout) const
 {
     constexpr int frameByteCount = 2;
-    if (typeid(*this) != typeid(CPrintUnitDataMap_1) || m_unitCount != 16 || m_mapDataSizeOfByte != 16 ||
-        !IsRegular(frameByteCount, 256, m_unitCount))
+    // The sizes stand for all that Init has set: calling the base's Init on top of it leaves a table that is not meant.
+    if (typeid(*this) != typeid(CPrintUnitDataMap_1) || m_unitMapDataSize != 4096 || m_mapDataSizeOfByte != 16 ||
+        m_unitCount != 16)
     {
         return false;
     }

@@ -75,10 +75,10 @@ bool CPrintUnitDataMap_2::Init(EDotSizeMode dotSizeMode, int dataFrameWidth)
 
 bool CPrintUnitDataMap_2::FrameLayout_Get(SFrameLayout& layout) const
 {
-    const int frameByteCount = m_dataFrameWidth / 8;
+    const int frameByteCount = m_dataFrameWidth >> 3;
+    // The size stands for all that Init has set: calling the base's Init on top of it leaves a table that is not meant.
     if (typeid(*this) != typeid(CPrintUnitDataMap_2) || m_srcBitCount != 1 || m_dstBitCount != 2 ||
-        m_unitCount != m_dataFrameWidth / 2 || m_mapDataSizeOfByte != m_dataFrameWidth ||
-        !IsRegular(frameByteCount, 256, m_unitCount))
+        m_unitMapDataSize <= 0 || m_unitMapDataSize != 2048 * frameByteCount)
     {
         return false;
     }

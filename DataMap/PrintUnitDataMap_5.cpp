@@ -36,11 +36,10 @@ bool CPrintUnitDataMap_5::Init(int srcBitCount, int dataFrameWidth)
 // right at Init and wrong later.
 bool CPrintUnitDataMap_5::FrameLayout_Get(SFrameLayout& layout) const
 {
-    const int frameByteCount = m_dataFrameWidth / 8;
+    const int frameByteCount = m_dataFrameWidth >> 3;
+    // The size stands for all that Init has set: calling the base's Init on top of it leaves a table that is not meant.
     if (typeid(*this) != typeid(CPrintUnitDataMap_5) || m_dstBitCount != m_srcBitCount ||
-        m_unitCount != m_dataFrameWidth >> (m_srcBitCount - 1) ||
-        m_mapDataSizeOfByte != m_dataFrameWidth >> (m_srcBitCount - 1) ||
-        !IsRegular(frameByteCount, 256, m_unitCount))
+        m_unitMapDataSize <= 0 || m_unitMapDataSize != 2048 * frameByteCount >> (m_srcBitCount - 1))
     {
         return false;
     }

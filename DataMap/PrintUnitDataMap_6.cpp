@@ -16,34 +16,32 @@ class CLinePass
 public:
     explicit CLinePass(int columnCount) : m_columnCount(columnCount), m_columns(columnCount) {}
 
-    void Begin()
+    void Begin(const SSrcBandLine& line)
     {
-        m_columns = CColumnPass(m_columnCount);
-        m_byteCount = -1;
+        m_columns.Clear();
+        m_lineBitCount = line.m_param.m_lineBitCount;
     }
 
     bool Line_Add(const SSrcBandLine& line)
     {
         const int column = line.m_param.m_unitIndex;
-        const int byteCount = CStaticHelper::AlignBytesByBits(1, line.m_param.m_lineBitCount);
-        if (column < 0 || column >= m_columnCount || m_columns.HasColumn(column) ||
-            (m_byteCount >= 0 && m_byteCount != byteCount))
+        if (static_cast<unsigned>(column) >= static_cast<unsigned>(m_columnCount) || m_columns.HasColumn(column) ||
+            line.m_param.m_lineBitCount != m_lineBitCount)
         {
             return false;
         }
         m_columns.Column_Set(column, line.m_pLine);
-        m_byteCount = byteCount;
         return true;
     }
 
     void Run_Map(const SSrcBandLine* /*lines*/, int /*lineCount*/, unsigned char* dst, int /*dstByteCount*/) const
     {
-        m_columns.Columns_Store(m_byteCount, dst);
+        m_columns.Columns_Store(CStaticHelper::AlignBytesByBits(1, m_lineBitCount), dst);
     }
 
 private:
     int m_columnCount;
-    int m_byteCount = -1; // of every line; -1: there is none yet
+    int m_lineBitCount = 0;
     CColumnPass m_columns;
 };
 } // namespace

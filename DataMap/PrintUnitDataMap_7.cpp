@@ -36,23 +36,22 @@ public:
         }
     }
 
-    void Begin()
+    void Begin(const SSrcBandLine& line)
     {
-        m_columns = CColumnPass(m_columnCount);
+        m_columns.Clear();
+        m_lineBitCount = line.m_param.m_lineBitCount;
         m_lineCount = 0;
     }
 
     bool Line_Add(const SSrcBandLine& line)
     {
         const int column = line.m_param.m_unitIndex;
-        const int lineBitCount = line.m_param.m_lineBitCount;
-        if (column < 0 || column >= m_columnCount || m_columns.HasColumn(column) ||
-            (m_lineCount > 0 && m_lineBitCount != lineBitCount))
+        if (static_cast<unsigned>(column) >= static_cast<unsigned>(m_columnCount) || m_columns.HasColumn(column) ||
+            line.m_param.m_lineBitCount != m_lineBitCount)
         {
             return false;
         }
         m_columns.Column_Set(column, m_pieces[m_lineCount]);
-        m_lineBitCount = lineBitCount;
         ++m_lineCount;
         return true;
     }

@@ -57,91 +57,84 @@ unsigned char Pattern_ToByte(int pattern, unsigned char planeMask)
     return static_cast<unsigned char>(value);
 }
 
-// One plane's pixels of a piece of a line, the even and the odd ones: a row of frames each.
-struct SPixelPair
+// A piece of a line, the pixels of each pair parted: a row of frames each, the high plane's in front of the low one's.
+struct SPairPiece
 {
     unsigned char m_even[transposeByteCountMax];
     unsigned char m_odd[transposeByteCountMax];
 };
 
-// A piece of a line: both planes, each of them parted again.
-struct SPlanePiece
-{
-    static constexpr int srcByteCount = 4 * transposeByteCountMax;
-
-    void Part(const unsigned char* src, int byteCount)
-    {
-        const SMapKernel& kernel = MapKernel_Get();
-        unsigned char high[srcByteCount / 2];
-        unsigned char low[srcByteCount / 2];
-        kernel.m_pPlanes_Split(src, byteCount, high, low);
-        kernel.m_pPlanes_Split(high, (byteCount + 1) / 2, m_high.m_even, m_high.m_odd);
-        kernel.m_pPlanes_Split(low, (byteCount + 1) / 2, m_low.m_even, m_low.m_odd);
-    }
-
-    SPixelPair m_high;
-    SPixelPair m_low;
-};
-
-// The whole bytes of the lines of one run: two rows per line and plane.
+// The lines of one run: two rows per line. Both planes are transposed at once; a plane's frames are then half a tile.
 class CLinePass
 {
 public:
-    explicit CLinePass(int unitCount)
-        : m_unitCount(unitCount), m_entrySize(unitCount / 2), m_high(unitCount / 4), m_low(unitCount / 4)
-    {
-    }
+    explicit CLinePass(int unitCount) : m_unitCount(unitCount), m_frames(unitCount / 4) {}
 
-    void Begin()
+    void Begin(const SSrcBandLine& line)
     {
-        m_high = CFramePass(m_unitCount / 4);
-        m_low = CFramePass(m_unitCount / 4);
+        m_frames.Clear();
+        m_byteCount = line.m_param.m_lineBitCount / 8;
         m_lineCount = 0;
     }
 
     bool Line_Add(const SSrcBandLine& line)
     {
         const int unit = line.m_param.m_unitIndex;
-        const int byteCount = line.m_param.m_lineBitCount / 8;
-        if (unit < 0 || unit >= m_unitCount || m_high.HasRow(2 * unit) ||
-            (m_lineCount > 0 && m_byteCount != byteCount))
+        if (static_cast<unsigned>(unit) >= static_cast<unsigned>(m_unitCount) || m_frames.HasRow(2 * unit) ||
+            line.m_param.m_lineBitCount / 8 != m_byteCount)
         {
             return false;
         }
-        const SPlanePiece& piece = m_pieces[m_lineCount];
-        m_high.Row_Set(2 * unit, piece.m_high.m_even);
-        m_high.Row_Set(2 * unit + 1, piece.m_high.m_odd);
-        m_low.Row_Set(2 * unit, piece.m_low.m_even);
-        m_low.Row_Set(2 * unit + 1, piece.m_low.m_odd);
-        m_byteCount = byteCount;
+        m_frames.Row_Set(2 * unit, m_pieces[m_lineCount].m_even);
+        m_frames.Row_Set(2 * unit + 1, m_pieces[m_lineCount].m_odd);
         ++m_lineCount;
         return true;
     }
 
+    // The whole source bytes only.
     void Run_Map(const SSrcBandLine* lines, int lineCount, unsigned char* dst, int dstByteCount)
     {
-        unsigned char* lowPlane = dst + dstByteCount / 2;
-        for (int done = 0; done < m_byteCount; done += SPlanePiece::srcByteCount)
+        static_assert(2 * quadRoom == transposeByteCountMax);
+        const SMapKernel& kernel = MapKernel_Get();
+        const int entrySize = m_unitCount / 2;
+        for (int done = 0; done < m_byteCount; done += quadSrcByteCountMax)
         {
-            const int count = std::min(SPlanePiece::srcByteCount, m_byteCount - done);
+            const int count = std::min(quadSrcByteCountMax, m_byteCount - done);
             for (int i = 0; i < lineCount; ++i)
             {
-                m_pieces[i].Part(lines[i].m_pLine + done, count);
+                kernel.m_pQuads_Split(lines[i].m_pLine + done, count, m_pieces[i].m_even, m_pieces[i].m_odd);
             }
-            const int rowByteCount = (count + 3) / 4;
-            m_high.Frames_Or(0, rowByteCount, false, dst + done * m_entrySize, count * m_entrySize);
-            m_low.Frames_Or(0, rowByteCount, false, lowPlane + done * m_entrySize, count * m_entrySize);
+            Frames_Or(kernel, 2 * count, dst + done * entrySize, dst + dstByteCount / 2 + done * entrySize);
         }
     }
 
 private:
+    void Frames_Or(const SMapKernel& kernel, int frameCount, unsigned char* highDst, unsigned char* lowDst) const
+    {
+        alignas(64) unsigned char tiles[CFramePass::frameByteCountMax][transposeRoom];
+        const unsigned char* high[CFramePass::frameByteCountMax];
+        const unsigned char* low[CFramePass::frameByteCountMax];
+        const int columnCount = m_unitCount / 4;
+        for (int column = 0; column < columnCount; ++column)
+        {
+            high[column] = CFramePass::zeroColumn;
+            low[column] = CFramePass::zeroColumn;
+            if (m_frames.HasColumn(column))
+            {
+                m_frames.Column_Transpose(kernel, column, tiles[column]);
+                high[column] = tiles[column];
+                low[column] = tiles[column] + transposeRoom / 2;
+            }
+        }
+        kernel.m_pColumns_Or(high, columnCount, frameCount, highDst);
+        kernel.m_pColumns_Or(low, columnCount, frameCount, lowDst);
+    }
+
     int m_unitCount;
-    int m_entrySize;
     int m_byteCount = 0; // whole bytes of every line
     int m_lineCount = 0;
-    CFramePass m_high;
-    CFramePass m_low;
-    SPlanePiece m_pieces[CFramePass::rowCountMax / 2];
+    CFramePass m_frames;
+    SPairPiece m_pieces[CFramePass::rowCountMax / 2];
 };
 
 // The pass, and after it what is left of every line.
@@ -151,14 +144,17 @@ class CTailedPass
 public:
     CTailedPass(int unitCount, TTail tail) : m_pass(unitCount), m_tail(tail) {}
 
-    void Begin() { m_pass.Begin(); }
+    void Begin(const SSrcBandLine& line) { m_pass.Begin(line); }
     bool Line_Add(const SSrcBandLine& line) { return m_pass.Line_Add(line); }
     void Run_Map(const SSrcBandLine* lines, int lineCount, unsigned char* dst, int dstByteCount)
     {
         m_pass.Run_Map(lines, lineCount, dst, dstByteCount);
         for (int i = 0; i < lineCount; ++i)
         {
-            m_tail(lines[i]);
+            if (lines[i].m_param.m_lineBitCount % 8 > 0)
+            {
+                m_tail(lines[i]);
+            }
         }
     }
 
@@ -234,16 +230,14 @@ bool CPrintUnitDataMap_8::MapData_Line_Field(const SSrcBandDataParam& param, con
 {
     const SMapKernel& kernel = MapKernel_Get();
     const SFrameLayout layout = {m_dataFrameWidth / 4, m_unitCount, 2, 2, 0b11, false};
-    if (kernel.m_pField_Or == nullptr || !HasOwnTable() || !layout.HasUnit(param.m_unitIndex) ||
-        layout.Pattern() == nullptr)
+    const SFieldPattern* pattern = layout.Pattern();
+    if (kernel.m_pField_Or == nullptr || !HasOwnTable() || !layout.HasUnit(param.m_unitIndex) || pattern == nullptr)
     {
         return false;
     }
     constexpr int pieceSize = 4 * splitRoom; // source bytes
     unsigned char high[pieceSize / 2];
     unsigned char low[pieceSize / 2];
-    const SFrameField field = layout.Field(param.m_unitIndex, layout.Pattern());
-    const FieldFunction Field_Or = layout.Function(kernel, layout.Pattern());
     const int entrySize = m_mapDataSizeOfByte;
     const int byteCount = param.m_lineBitCount / 8;
     for (int done = 0; done < byteCount; done += pieceSize)
@@ -251,8 +245,9 @@ bool CPrintUnitDataMap_8::MapData_Line_Field(const SSrcBandDataParam& param, con
         const int count = std::min(pieceSize, byteCount - done);
         unsigned char* out = dst + done * entrySize;
         kernel.m_pPlanes_Split(src + done, count, high, low);
-        Field_Or(field, high, (count + 1) / 2, out, count * entrySize);
-        Field_Or(field, low, (count + 1) / 2, out + planeByteCount, count * entrySize);
+        layout.Field_Or(*kernel.m_pField_Or, *pattern, param.m_unitIndex, high, (count + 1) / 2, out, count * entrySize);
+        layout.Field_Or(*kernel.m_pField_Or, *pattern, param.m_unitIndex, low, (count + 1) / 2, out + planeByteCount,
+                        count * entrySize);
     }
     return true;
 }

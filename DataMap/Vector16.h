@@ -113,6 +113,14 @@ struct SVector16
     }
     // The low bytes of the 16-bit words of a, then of b; the high bytes are 0.
     static Type Pack16(Type a, Type b) { return _mm_packus_epi16(a, b); }
+    // The low halves of every two bytes as one byte, in a 16-bit word: the first byte's on top. High halves must be 0.
+    static Type Nibbles_Join(Type a) { return _mm_maddubs_epi16(a, _mm_set1_epi16(0x0110)); }
+    // Both halves of a vector, each to its place.
+    static void Halves_Store(Type value, unsigned char* low, unsigned char* high)
+    {
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(low), value);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(high), _mm_unpackhi_epi64(value, value));
+    }
     // `value` where all bits of `bits` (a single one) are set in x, else 0.
     static Type Select(Type x, Type bits, Type value)
     {

@@ -68,6 +68,12 @@ struct SVector32
         }
     }
     static Type Pack16(Type a, Type b) { return _mm256_permute4x64_epi64(_mm256_packus_epi16(a, b), 0xD8); }
+    static Type Nibbles_Join(Type a) { return _mm256_maddubs_epi16(a, _mm256_set1_epi16(0x0110)); }
+    static void Halves_Store(Type value, unsigned char* low, unsigned char* high)
+    {
+        Half::Store(low, _mm256_castsi256_si128(value));
+        Half::Store(high, _mm256_extracti128_si256(value, 1));
+    }
     static Type Select(Type x, Type bits, Type value)
     {
         return And(_mm256_cmpeq_epi8(And(x, bits), bits), value);

@@ -22,14 +22,16 @@ struct SVector64
     }
     static void Or_Part(unsigned char* bytes, Type value, int count)
     {
+        // With masks of ones: GCC 12 warns of its own header otherwise.
+        auto half = _mm512_maskz_extracti64x4_epi64(0x0F, value, 0);
         if (count >= 32)
         {
-            Half::Store(bytes, Half::Or(Half::Load(bytes), _mm512_castsi512_si256(value)));
+            Half::Store(bytes, Half::Or(Half::Load(bytes), half));
             bytes += 32;
             count -= 32;
-            value = _mm512_maskz_shuffle_i64x2(0xFF, value, value, 0x4E);
+            half = _mm512_maskz_extracti64x4_epi64(0x0F, value, 1);
         }
-        Half::Or_Part(bytes, _mm512_castsi512_si256(value), count);
+        Half::Or_Part(bytes, half, count);
     }
     static Type Zero() { return _mm512_setzero_si512(); }
     static Type Set(unsigned char value) { return _mm512_set1_epi8(static_cast<char>(value)); }
@@ -89,6 +91,17 @@ struct SVector64
     {
         const Type order = _mm512_set_epi64(7, 5, 3, 1, 6, 4, 2, 0);
         return _mm512_maskz_permutexvar_epi64(0xFF, order, _mm512_packus_epi16(a, b));
+    }
+    static Type Nibbles_Join(Type a) { return _mm512_maddubs_epi16(a, _mm512_set1_epi16(0x0110)); }
+    static void Halves_Store(Type value, unsigned char* low, unsigned char* high)
+    {
+        if (high == low + size / 2)
+        {
+            Store(low, value);
+            return;
+        }
+        Half::Store(low, _mm512_maskz_extracti64x4_epi64(0x0F, value, 0));
+        Half::Store(high, _mm512_maskz_extracti64x4_epi64(0x0F, value, 1));
     }
     static Type Select(Type x, Type bits, Type value)
     {

@@ -63,17 +63,24 @@ struct SVectorKernel
         }
     }
 
+    static Type Row_Load(const unsigned char* row, int offset, int count)
+    {
+        return row == nullptr ? V::Zero() : First_Load(row + offset, count);
+    }
+
     // 8 rows of `count` bytes (at most `size`) from `offset` on become 8 x size bytes of frames.
     static void Rows_Block(const unsigned char* const* rows, int offset, int count, bool bSwapPairs, unsigned char* dst)
     {
-        Type values[8];
-        for (int row = 0; row < 8; ++row)
-        {
-            const unsigned char* src = rows[row];
-            values[row] = src == nullptr  ? V::Zero()
-                          : count == size ? V::Load(src + offset)
-                                          : V::Load_Part(src + offset, count);
-        }
+        // One after the other first: an array that is filled between branches would stay in memory.
+        const Type row0 = Row_Load(rows[0], offset, count);
+        const Type row1 = Row_Load(rows[1], offset, count);
+        const Type row2 = Row_Load(rows[2], offset, count);
+        const Type row3 = Row_Load(rows[3], offset, count);
+        const Type row4 = Row_Load(rows[4], offset, count);
+        const Type row5 = Row_Load(rows[5], offset, count);
+        const Type row6 = Row_Load(rows[6], offset, count);
+        const Type row7 = Row_Load(rows[7], offset, count);
+        Type values[8] = {row0, row1, row2, row3, row4, row5, row6, row7};
         if constexpr (V::bTransposesWords)
         {
             Interleave(values);
@@ -311,34 +318,30 @@ struct SVectorKernel
     // Every byte's pairs of bits parted: the high bits in its high half, the low bits in its low half.
     static Type Pairs_Part(Type x)
     {
-        // For each pair of pairs: what it becomes in the low half of the byte.
-        alignas(16) static constexpr unsigned char table[16] = {0x00, 0x01, 0x10, 0x11, 0x02, 0x03, 0x12, 0x13,
-                                                                0x20, 0x21, 0x30, 0x31, 0x22, 0x23, 0x32, 0x33};
-        const Type low = V::Shuffle(V::Set_Table(table), V::And(x, V::Set(0x0F)));
-        const Type high =
-            V::Shuffle(V::Set_Table(table), V::And(V::template ShiftRight16<4>(x), V::Set(0x0F)));
-        return V::Or(V::template ShiftLeft16<2>(high), low);
+        if constexpr (V::bTransposesWords)
+        {
+            return V::Pairs_Part(x);
+        }
+        else
+        {
+            // For each pair of pairs: what it becomes in the low half of the byte.
+            alignas(16) static constexpr unsigned char table[16] = {0x00, 0x01, 0x10, 0x11, 0x02, 0x03, 0x12, 0x13,
+                                                                    0x20, 0x21, 0x30, 0x31, 0x22, 0x23, 0x32, 0x33};
+            const Type parted = V::Set_Table(table);
+            const Type low = V::Shuffle(parted, V::And(x, V::Set(0x0F)));
+            const Type high = V::Shuffle(parted, V::And(V::template ShiftRight16<4>(x), V::Set(0x0F)));
+            return V::Or(V::template ShiftLeft16<2>(high), low);
+        }
     }
 
-    static void Planes_Block(Type first, Type second, unsigned char* high, unsigned char* low)
+    // The high bits of the pairs in both vectors, packed into one, and the low bits.
+    static void Planes_Part(Type first, Type second, Type& high, Type& low)
     {
         const Type a = Pairs_Part(first);
         const Type b = Pairs_Part(second);
-        V::Store(high, V::Pack16(High_Join(a), High_Join(b)));
-        V::Store(low, V::Pack16(Low_Join(a), Low_Join(b)));
-    }
-
-    // The high halves of two neighbouring bytes as the low byte of their word; the low halves likewise.
-    static Type High_Join(Type x)
-    {
-        const Type mask = V::template ShiftRight16<8>(V::Set(0xF0));
-        return V::Or(V::And(x, mask), V::template ShiftRight16<12>(x));
-    }
-    static Type Low_Join(Type x)
-    {
-        const Type mask = V::template ShiftRight16<8>(V::Set(0xF0));
-        const Type second = V::And(V::template ShiftRight16<8>(x), V::template ShiftRight16<8>(V::Set(0x0F)));
-        return V::Or(V::And(V::template ShiftLeft16<4>(x), mask), second);
+        high = V::Pack16(V::Nibbles_Join(V::And(V::template ShiftRight16<4>(a), V::Set(0x0F))),
+                         V::Nibbles_Join(V::And(V::template ShiftRight16<4>(b), V::Set(0x0F))));
+        low = V::Pack16(V::Nibbles_Join(V::And(a, V::Set(0x0F))), V::Nibbles_Join(V::And(b, V::Set(0x0F))));
     }
 
     static void Planes_Split(const unsigned char* src, int byteCount, unsigned char* high, unsigned char* low)
@@ -346,15 +349,46 @@ struct SVectorKernel
         int done = 0;
         for (; byteCount - done >= 2 * size; done += 2 * size)
         {
-            Planes_Block(V::Load(src + done), V::Load(src + done + size), high + done / 2, low + done / 2);
+            Planes_Store(V::Load(src + done), V::Load(src + done + size), high + done / 2, low + done / 2);
         }
         const int rest = byteCount - done;
         if (rest > 0)
         {
-            const Type first = rest >= size ? V::Load(src + done) : V::Load_Part(src + done, rest);
-            const Type second = rest > size ? V::Load_Part(src + done + size, rest - size) : V::Zero();
-            Planes_Block(first, second, high + done / 2, low + done / 2);
+            Planes_Store(First_Load(src + done, rest), Second_Load(src + done, rest), high + done / 2, low + done / 2);
         }
+    }
+
+    static void Quads_Split(const unsigned char* src, int byteCount, unsigned char* even, unsigned char* odd)
+    {
+        for (int done = 0; done < byteCount; done += 2 * size)
+        {
+            const int rest = byteCount - done;
+            Type planes[2];
+            Type parts[2];
+            Planes_Part(First_Load(src + done, rest), Second_Load(src + done, rest), planes[0], planes[1]);
+            Planes_Part(planes[0], planes[1], parts[0], parts[1]); // half of each is of the high plane, half of the low
+            V::Halves_Store(parts[0], even + done / 4, even + quadRoom + done / 4);
+            V::Halves_Store(parts[1], odd + done / 4, odd + quadRoom + done / 4);
+        }
+    }
+
+    static Type First_Load(const unsigned char* src, int count)
+    {
+        return count >= size ? V::Load(src) : V::Load_Part(src, count);
+    }
+    static Type Second_Load(const unsigned char* src, int count)
+    {
+        return count >= 2 * size ? V::Load(src + size)
+               : count > size    ? V::Load_Part(src + size, count - size)
+                                 : V::Zero();
+    }
+
+    static void Planes_Store(Type first, Type second, unsigned char* high, unsigned char* low)
+    {
+        Type values[2];
+        Planes_Part(first, second, values[0], values[1]);
+        V::Store(high, values[0]);
+        V::Store(low, values[1]);
     }
 
     static void Nibbles_Expand(const unsigned char* table, const unsigned char* src, int byteCount, unsigned char* dst)
@@ -385,15 +419,14 @@ struct SSelectSpread
     using Type = typename V::Type;
     static constexpr int vectorCount = vectorCountOf;
 
-    explicit SSelectSpread(const SFrameField& field)
+    SSelectSpread(const unsigned char* pattern, unsigned /*lowestBit*/, unsigned mask)
     {
-        const int begin = SFieldPattern::lead - field.m_byteOffset;
-        m_source = V::Load(field.m_pPattern->m_source + begin);
-        m_value = V::Set(bTwoBit ? static_cast<unsigned char>(field.m_mask & 0xAA) : field.m_mask);
-        m_lowValue = V::Set(static_cast<unsigned char>(field.m_mask & 0x55));
+        m_source = V::Load(pattern + SFieldPattern::Row_Source * SFieldPattern::size);
+        m_value = V::Set(static_cast<unsigned char>(bTwoBit ? mask & 0xAA : mask));
+        m_lowValue = V::Set(static_cast<unsigned char>(mask & 0x55));
         for (int i = 0; i < vectorCount; ++i)
         {
-            const Type bits = V::Load(field.m_pPattern->m_pixelMask + begin + i * V::size);
+            const Type bits = V::Load(pattern + SFieldPattern::Row_PixelMask * SFieldPattern::size + i * V::size);
             m_bits[i] = bTwoBit ? V::And(bits, V::Set(0xAA)) : bits;
             m_lowBits[i] = V::And(bits, V::Set(0x55));
         }
@@ -413,14 +446,15 @@ struct SSelectSpread
     Type m_lowBits[vectorCountOf];
 };
 
-// ORs a field, vector by vector. `groupByteCount`: board bytes of eight (2-bit pixels: four) frames.
-template<class V, class TSpread, int groupByteCount>
+// ORs a field, vector by vector. `groupByteCount`: board bytes of eight (2-bit pixels: four) frames, which take
+// `columnCount` source bytes.
+template<class V, class TSpread, int groupByteCount, int columnCount>
 struct SFieldLoop
 {
     using PartWord = SPartWord<V>;
     static constexpr int vectorCount = TSpread::vectorCount;
     static constexpr int stepByteCount = vectorCount * V::size;
-    static constexpr int stepGroupCount = stepByteCount / groupByteCount;
+    static constexpr int srcStep = stepByteCount / groupByteCount * columnCount;
 
     static void Step_Or(const TSpread& spread, std::uint64_t word, unsigned char* dst)
     {
@@ -432,50 +466,48 @@ struct SFieldLoop
         }
     }
 
-    static void Or(const SFrameField& field, const unsigned char* src, int srcByteCount, unsigned char* dst,
-                   int dstByteCount)
+    static void Or(const unsigned char* pattern, unsigned lowestBit, unsigned mask, const unsigned char* src,
+                   int srcByteCount, unsigned char* dst, int dstByteCount)
     {
-        const TSpread spread(field);
-        const std::ptrdiff_t srcStep = stepGroupCount * field.m_srcGroupByteCount;
-        const unsigned char* const srcEnd = src + srcByteCount;
-        while (dstByteCount >= 4 * stepByteCount && srcEnd - src >= 3 * srcStep + 8)
+        const TSpread spread(pattern, lowestBit, mask);
+        int stepCount = dstByteCount > 0 ? static_cast<int>(static_cast<unsigned>(dstByteCount) / stepByteCount) : 0;
+        const int rest = dstByteCount - stepCount * stepByteCount;
+        int spare = srcByteCount - 8; // source bytes behind the 8 that a step loads; below 0 it may not load them
+        for (; stepCount >= 4 && spare >= 3 * srcStep; stepCount -= 4)
         {
             Step_Or(spread, PartWord::Load(src), dst);
             Step_Or(spread, PartWord::Load(src + srcStep), dst + stepByteCount);
             Step_Or(spread, PartWord::Load(src + 2 * srcStep), dst + 2 * stepByteCount);
             Step_Or(spread, PartWord::Load(src + 3 * srcStep), dst + 3 * stepByteCount);
             src += 4 * srcStep;
+            spare -= 4 * srcStep;
             dst += 4 * stepByteCount;
-            dstByteCount -= 4 * stepByteCount;
         }
-        for (; dstByteCount >= stepByteCount && srcEnd - src >= 8; dstByteCount -= stepByteCount)
+        for (; stepCount > 0 && spare >= 0; --stepCount)
         {
             Step_Or(spread, PartWord::Load(src), dst);
             src += srcStep;
+            spare -= srcStep;
             dst += stepByteCount;
         }
-        for (; dstByteCount >= stepByteCount; dstByteCount -= stepByteCount)
+        for (; stepCount > 0; --stepCount)
         {
-            Step_Or(spread, Word_BeforeEnd(src, srcEnd, srcByteCount), dst);
+            Step_Or(spread, Word_AtEnd(src, spare, srcByteCount), dst);
             src += srcStep;
+            spare -= srcStep;
             dst += stepByteCount;
         }
-        if (dstByteCount > 0)
+        if (rest > 0)
         {
-            Rest_Or(spread, Word_BeforeEnd(src, srcEnd, srcByteCount), dst, dstByteCount);
+            Rest_Or(spread, spare >= 0 ? PartWord::Load(src) : Word_AtEnd(src, spare, srcByteCount), dst, rest);
         }
     }
 
 private:
-    // Up to 8 bytes from `src` on, nothing read behind `srcEnd` or before the line.
-    static std::uint64_t Word_BeforeEnd(const unsigned char* src, const unsigned char* srcEnd, int srcByteCount)
+    // The 8 + `spare` bytes from `src` on, less than 8, that are left of the line.
+    static std::uint64_t Word_AtEnd(const unsigned char* src, int spare, int srcByteCount)
     {
-        const auto count = static_cast<int>(srcEnd - src);
-        if (count >= 8)
-        {
-            return PartWord::Load(src);
-        }
-        return srcByteCount >= 8 ? PartWord::Load(srcEnd - 8) >> (64 - 8 * count) : PartWord::Load_Part(src, count);
+        return srcByteCount >= 8 ? PartWord::Load(src + spare) >> (-8 * spare & 63) : PartWord::Load_Part(src, 8 + spare);
     }
 
     // Less than a step.
@@ -498,18 +530,33 @@ private:
     }
 };
 
-template<class V, int groupByteCount>
-inline constexpr int fieldVectorCount = groupByteCount > V::size ? groupByteCount / V::size : 1;
+// The field functions of a kernel. TSpread<vectorCount, kind> spreads fields over vectors V.
+template<class V, template<int, EFieldKind> class TSpread>
+struct SFieldKernel
+{
+    template<EFieldKind kind, int groupByteCount>
+    static constexpr FieldFunction Function_Get()
+    {
+        constexpr int vectorCount = groupByteCount > V::size ? groupByteCount / V::size : 1;
+        return SFieldLoop<V, TSpread<vectorCount, kind>, groupByteCount, kind == Field_Block ? 4 : 1>::Or;
+    }
+
+    static constexpr SFieldFunctions functions = {
+        {{Function_Get<Field_OneBit, 8>(), Function_Get<Field_OneBit, 16>(), Function_Get<Field_OneBit, 32>(),
+          Function_Get<Field_OneBit, 64>(), Function_Get<Field_OneBit, 128>()},
+         {Function_Get<Field_Double, 8>(), Function_Get<Field_Double, 16>(), Function_Get<Field_Double, 32>(),
+          Function_Get<Field_Double, 64>(), Function_Get<Field_Double, 128>()},
+         {Function_Get<Field_TwoBit, 8>(), Function_Get<Field_TwoBit, 16>(), Function_Get<Field_TwoBit, 32>(),
+          Function_Get<Field_TwoBit, 64>(), Function_Get<Field_TwoBit, 128>()},
+         {nullptr, nullptr, Function_Get<Field_Block, 32>(), Function_Get<Field_Block, 64>(),
+          Function_Get<Field_Block, 128>()}}};
+};
 
 // The field functions of vectors that have no better way.
 template<class V>
 struct SSelectField
 {
-    template<int groupByteCount, bool bTwoBit>
-    using Loop = SFieldLoop<V, SSelectSpread<V, fieldVectorCount<V, groupByteCount>, bTwoBit>, groupByteCount>;
-
-    static constexpr SFieldFunctions functions = {
-        {Loop<8, false>::Or, Loop<16, false>::Or, Loop<32, false>::Or, Loop<64, false>::Or, Loop<128, false>::Or},
-        {Loop<8, false>::Or, Loop<16, false>::Or, Loop<32, false>::Or, Loop<64, false>::Or, Loop<128, false>::Or},
-        {Loop<8, true>::Or, Loop<16, true>::Or, Loop<32, true>::Or, Loop<64, true>::Or, Loop<128, true>::Or}};
+    template<int vectorCount, EFieldKind kind>
+    using Spread = SSelectSpread<V, vectorCount, kind == Field_TwoBit>;
+    static constexpr const SFieldFunctions& functions = SFieldKernel<V, Spread>::functions;
 };

@@ -53,6 +53,8 @@ page_packages=(ghostscript netpbm)
 # What it takes to check and test.
 test_packages=(abigail-tools binutils clang-format clang-tidy dpkg-dev file git libgmock-dev libgtest-dev
     librapidcheck-dev shellcheck valgrind)
+# What it takes to measure, peers included.
+bench_packages=(bitshuffle libbenchmark-dev libboost-dev libtbb-dev linux-perf python3-matplotlib python3-numpy)
 # What it takes to build for 64-bit Windows, third-party libraries included, and to run the result.
 windows_packages=(binutils-mingw-w64-x86-64 bzip2 dpkg-dev g++-mingw-w64-x86-64-posix googletest libboost-tools-dev
     libz-mingw-w64-dev util-linux wine wine64 xz-utils zip unzip)

@@ -157,7 +157,7 @@ bool CUnit2Board_Line::MapBandData_Line_AllInput(int lineIndex)
 
 bool CUnit2Board_Line::MapBandData_Line_OnePass(int lineIndex)
 {
-    constexpr int runLength = 64; // bands that the map gets at once
+    constexpr int runLength = 64;                                               // bands that the map gets at once
     alignas(SSrcBandLine) unsigned char room[runLength * sizeof(SSrcBandLine)]; // clearing it would cost as much again
     auto* lines = reinterpret_cast<SSrcBandLine*>(room);
     unsigned char* dst = m_pDstBand->m_pData + lineIndex * m_pDstBand->m_bytesPerLine;
@@ -171,7 +171,8 @@ bool CUnit2Board_Line::MapBandData_Line_OnePass(int lineIndex)
         if (!m_pDataMap->MapData_Line_AllInput(lines, count, dst, m_pDstBand->m_bytesPerLine))
         {
             // The record of MapBandData_Line_OneInput, whose place this takes.
-            KelLog_Write({ESeverityLevel::Error, "bool CUnit2Board_Line::MapBandData_Line_OneInput(int, const CBandData&)",
+            KelLog_Write({ESeverityLevel::Error,
+                          "bool CUnit2Board_Line::MapBandData_Line_OneInput(int, const CBandData&)",
                           KelLog_BaseName(__FILE__), 158},
                          "failure");
             return false;

@@ -1,5 +1,6 @@
 // boardmap's entry: the command line, the log switches, and the exit status.
 #include "Host/Command/Convert.h"
+#include "Host/Command/Kernels.h"
 #include "Host/HostError.h"
 #include "Host/Output/PathText.h"
 #include "Platform/Helper/ProcessHelper.h"
@@ -31,6 +32,7 @@ struct SCommandLine
     std::string job;
     std::string output;
     std::string logFile;
+    std::string kernel;
     bool bVerbose = false;
 };
 
@@ -88,8 +90,15 @@ void Options_Add(CLI::App& app, SCommandLine& line)
                                       {"plain", EProgress::Plain},
                                       {"none", EProgress::None}}))
         ->type_name("auto|bar|plain|none");
+    convert
+        ->add_option("--kernel", line.kernel,
+                     "The instructions that data is mapped with, for measuring: a name that boardmap kernels lists. "
+                     "Default: the best that this machine runs. The output is the same")
+        ->type_name("NAME")
+        ->check([](const std::string& name) { return std::string(name.empty() ? "needs a name" : ""); });
     convert->add_flag("-v,--verbose", line.bVerbose, "Show the library's log records on standard error");
     convert->add_option("--log", line.logFile, "Append the library's log records to this file")->type_name("FILE");
+    app.add_subcommand("kernels", "List the kernels, versions of the mapping's inner loops, that this machine runs");
 }
 
 int Run(const std::vector<std::string>& arguments)
@@ -99,6 +108,7 @@ int Run(const std::vector<std::string>& arguments)
     CLI::App app("boardmap: print unit separations in, head-driver board data out.", "boardmap");
     app.set_version_flag("--version", "boardmap " BOARDMAP_VERSION);
     app.set_help_flag("-h,--help", "Print this text and exit");
+    app.allow_windows_style_options(false); // on no system: a name may begin with a slash
     app.require_subcommand(1);
     app.footer(exitStatusText);
     Options_Add(app, line);
@@ -120,6 +130,12 @@ int Run(const std::vector<std::string>& arguments)
         std::cerr << error.what() << "; boardmap --help tells more\n";
         return Exit_BadInput;
     }
+    if (app.got_subcommand("kernels"))
+    {
+        Kernels_Print(std::cout);
+        return Exit_Done;
+    }
+    Kernel_Use(line.kernel);
     line.convert.m_job = Path_FromText(line.job);
     line.convert.m_output = Path_FromText(line.output);
     line.convert.m_log = Path_FromText(line.logFile);

@@ -1,7 +1,8 @@
 // The compiler's part: the only place where this code base leaves standard C++.
 //
 // Everything that needs an attribute, a declspec or a predefined identifier of one compiler is spelled here once and
-// used by name everywhere else. What has a run-time part here is a hint: leaving it out changes nothing that the code does.
+// used by name everywhere else. What has a run-time part here is a hint: leaving it out changes nothing that the code
+// does.
 #pragma once
 
 #if defined(_WIN32)

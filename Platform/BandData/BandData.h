@@ -66,7 +66,7 @@ public:
 private:
     void Release();
 
-    std::int32_t m_lineCapacity = 0; // lines that the memory has room for
+    std::int32_t m_lineCapacity = 0;        // lines that the memory has room for
     unsigned char* m_pAllocation = nullptr; // owned; what m_pData was set to
     std::size_t m_allocatedSize = 0;        // its bytes
 };

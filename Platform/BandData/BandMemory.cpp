@@ -1,7 +1,8 @@
 // Blocks from the system, and the list of those that are kept.
 //
-// A block begins with a line of its own description; the data follows some lines later, not always as many: bands of one
-// step are read side by side, and if all began at the same place of a page they would crowd each other out of the cache.
+// A block begins with a line of its own description; the data follows some lines later, not always as many: bands of
+// one step are read side by side, and if all began at the same place of a page they would crowd each other out of the
+// cache.
 //
 // Under AddressSanitizer everything of a block that is not data is forbidden, and all of it while it is kept, as the
 // general allocator would have it.

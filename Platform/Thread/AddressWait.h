@@ -1,8 +1,8 @@
 // Sleeping on a word of memory: what events, locks and threads of this library rest on. Internal to it.
 //
 // A thread sleeps for as long as a word holds the value that it has seen, or until another thread that has changed the
-// word wakes it. Nothing is made or freed for it, and a word that nobody sleeps on costs nothing: the callers keep count
-// of who sleeps, and wake only then.
+// word wakes it. Nothing is made or freed for it, and a word that nobody sleeps on costs nothing: the callers keep
+// count of who sleeps, and wake only then.
 #pragma once
 
 #include <atomic>
@@ -22,8 +22,8 @@ public:
     // reason: callers look and sleep again.
     static void Sleep(const Word& word, std::uint32_t seen, TimePoint deadline);
 
-    // Wake one, or all, of those who sleep on the word at this address. The word itself is not looked at and may be gone
-    // already.
+    // Wake one, or all, of those who sleep on the word at this address. The word itself is not looked at and may be
+    // gone already.
     static void WakeOne(const Word* word);
     static void WakeAll(const Word* word);
 

@@ -24,7 +24,7 @@
 namespace
 {
 
-constexpr std::chrono::seconds idleLimit{10};
+constexpr std::chrono::seconds idleLimit{60};
 constexpr std::size_t idleThreadLimit = 64;
 constexpr std::chrono::nanoseconds spinLimit{5000};
 
@@ -76,8 +76,7 @@ bool End_Wait(SThread& thread, CAddressWait::TimePoint deadline)
         std::uint32_t runs = SThread::Runs;
         thread.state.compare_exchange_strong(runs, SThread::RunsAwaited);
         CAddressWait::Sleep(thread.state, SThread::RunsAwaited, deadline);
-    } while (!bEnded() &&
-             (deadline == CAddressWait::withoutLimit || std::chrono::steady_clock::now() < deadline));
+    } while (!bEnded() && (deadline == CAddressWait::withoutLimit || std::chrono::steady_clock::now() < deadline));
     return bEnded();
 }
 
@@ -131,7 +130,7 @@ private:
     SThread* m_pThread; // what it runs, or will run once m_mail says so
     bool m_bSleeps;
     std::atomic<std::uint32_t> m_mail{Mail_None};
-    bool m_bJoined = false; // somebody joins this thread
+    bool m_bJoined = false;       // somebody joins this thread
     pthread_t m_id = pthread_t(); // set by the thread itself, which may be through before its maker learns it
 };
 

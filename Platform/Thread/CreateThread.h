@@ -50,8 +50,8 @@ PLATFORM_API bool GetExitCodeThread(HANDLE thread, DWORD* exitCode);
 PLATFORM_API bool CloseHandle(HANDLE thread);
 
 // Ends the system threads that have nothing to run at the moment, and returns when they are gone. They end by
-// themselves after some seconds of sleep, and when the process exits; this is for a host that wants their stacks back at
-// once. Threads that run are not touched.
+// themselves after a minute of sleep, and when the process exits; this is for a host that wants their stacks back
+// at once. Threads that run are not touched.
 PLATFORM_API void SleepingThreads_End();
 
 #endif

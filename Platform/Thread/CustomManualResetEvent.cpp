@@ -2,8 +2,8 @@
 //
 // Set and Wait meet through two sequentially consistent atomics, the word and the number of waiters: a waiter announces
 // itself before it looks at the word for the last time, Set changes the word before it looks for waiters, so one of the
-// two always sees the other. A stop request, which is no signal, changes the word by its count: a waiter that has looked
-// at the request too early then does not fall asleep.
+// two always sees the other. A stop request, which is no signal, changes the word by its count: a waiter that has
+// looked at the request too early then does not fall asleep.
 #include "Platform/Thread/CustomManualResetEvent.h"
 
 #include "Platform/Thread/AddressWait.h"
@@ -45,7 +45,8 @@ bool CCustomManualResetEvent::Wait_Slow_Patiently(unsigned long timeoutMs)
     {
         return true;
     }
-    return Wait_SpinThenSleep(timeoutMs, patientOne, [this, before](std::uint32_t& word)
+    return Wait_SpinThenSleep(timeoutMs, patientOne,
+                              [this, before](std::uint32_t& word)
                               {
                                   const bool bOver = Wait_IsOver(word);
                                   const bool bHurried = (word & ~setBit) != before;
@@ -56,7 +57,8 @@ bool CCustomManualResetEvent::Wait_Slow_Patiently(unsigned long timeoutMs)
 template<class IsOver>
 bool CCustomManualResetEvent::Wait_SpinThenSleep(unsigned long timeoutMs, std::uint32_t sleeper, IsOver isOver)
 {
-    const auto deadline = timeoutMs >= waitWithoutLimit ? CAddressWait::withoutLimit : CAddressWait::Deadline(timeoutMs);
+    const auto deadline =
+        timeoutMs >= waitWithoutLimit ? CAddressWait::withoutLimit : CAddressWait::Deadline(timeoutMs);
     m_waiters.fetch_add(waiterOne);
     std::uint32_t word = 0;
     const auto bOver = [&] { return isOver(word); };

@@ -71,7 +71,10 @@ private:
     static constexpr std::uint32_t sleeperOne = 1U << 20;
     static constexpr std::uint32_t destroyedBit = 1U << 31;
 
-    bool IsSet() const { return (m_word.load() & setBit) != 0; }
+    bool IsSet() const
+    {
+        return (m_word.load() & setBit) != 0;
+    }
     bool Wait_Slow(unsigned long timeoutMs);
     bool Wait_Slow_Patiently(unsigned long timeoutMs);
     template<class IsOver>

@@ -118,7 +118,7 @@ private:
     bool m_bSuccess = false;
     bool m_bLive = false; // a run was started and its worker body has not ended
     std::atomic<bool> m_bStopRequested{false};
-    int m_exitWaiterCount = 0;      // threads in WaitExit, which use m_threadHandle
+    int m_exitWaiterCount = 0; // threads in WaitExit, which use m_threadHandle
 #if defined(_WIN32)
     CKernelEvent m_stopEvent; // set while m_bStopRequested is; this worker's waits wait for it too
 #else

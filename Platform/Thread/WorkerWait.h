@@ -4,7 +4,8 @@
 // event with the worker, so that a stop request can wake it; on any other thread it does nothing. On Windows nothing is
 // registered: a worker has a kernel event for its stop request, and waits for both.
 //
-// Lock order: the worker's wait lock before the event's mutex, never the other way round.
+// A stop request holds the worker's wait lock while it wakes the event, so that the wait cannot be over before. The
+// event has no lock of its own.
 #pragma once
 
 class CCustomManualResetEvent;

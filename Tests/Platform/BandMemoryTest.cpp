@@ -1,6 +1,6 @@
 // The memory of bands: what is kept, what is given back, and that it is zero every time.
-#include "Platform/BandData/BandData.h"
 #include "Platform/BandData/BandMemory.h"
+#include "Platform/BandData/BandData.h"
 
 #include <gtest/gtest.h>
 
@@ -208,7 +208,7 @@ TEST_F(BandMemory, BandsOfAllSizesAreZeroWhateverTheMemoryHeldBefore)
     for (int i = 0; i < 100; ++i)
     {
         CBandData band;
-        ASSERT_TRUE(band.Create(800, 500 + 97 * i % 3000, 1, 1));
+        ASSERT_TRUE(band.Create(800, 3500 - 97 * i % 3000, 1, 1));
         ASSERT_EQ(std::count(band.m_pData, band.m_pData + band.m_dataSize, 0), band.m_dataSize) << i;
         std::memset(band.m_pData, 0xFF, static_cast<std::size_t>(band.m_dataSize));
     }

@@ -1,5 +1,5 @@
-// Child processes of a test in which system calls are deadly. Linux only, where a process can bind itself so without any
-// privilege.
+// Child processes of a test in which system calls are deadly. Linux only, where a process can bind itself so without
+// any privilege.
 #pragma once
 
 #if defined(__linux__)
@@ -47,11 +47,11 @@ inline bool SystemCalls_ForbidOwn()
     return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
 }
 
-// Ends the process itself: a leak checker listens to the function of this name.
-[[noreturn]] inline void Process_End(int status)
+// Ends the process itself: a leak checker listens to the function of this name. Not marked as one that does not return,
+// before which AddressSanitizer makes system calls.
+inline void Process_End(int status)
 {
     syscall(SYS_exit_group, status);
-    std::abort();
 }
 
 // Runs `work` once to bind its symbols, then again where a system call is deadly; exits 0 if it survives.
@@ -65,6 +65,7 @@ template<class Work>
         work();
     }
     Process_End(bForbidden ? 0 : 77);
+    std::abort();
 }
 
 #endif

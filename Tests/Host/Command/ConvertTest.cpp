@@ -1,14 +1,19 @@
 // boardmap convert from outside: what it prints, what it exits with, and what is on the disk afterwards.
 #include "Tests/Host/Command/CommandSupport.h"
 
+#if defined(_WIN32)
+#include "Host/Command/Convert.h"
+#endif
 #include "Host/Output/BoardRaw.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstring>
 #include <memory>
+#include <thread>
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -59,6 +64,28 @@ std::vector<std::vector<unsigned char>> TiffBands_Read(const std::filesystem::pa
         }
     } while (TIFFReadDirectory(tiff.get()) == 1);
     return bands;
+}
+
+// A page that takes a while: its conversion still runs when the first progress line is out.
+void LongPage_Write(const std::filesystem::path& file)
+{
+    TIFF* tiff = TIFFOpen(file.string().c_str(), "w");
+    ASSERT_NE(tiff, nullptr);
+    constexpr int width = 20000;
+    constexpr int height = 60000;
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, width);
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, height);
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 1);
+    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE);
+    TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_PACKBITS);
+    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, 1000);
+    std::vector<unsigned char> row(width / 8, 0x00);
+    for (std::uint32_t y = 0; y < height; ++y)
+    {
+        TIFFWriteScanline(tiff, row.data(), y, 0);
+    }
+    TIFFClose(tiff);
 }
 
 } // namespace
@@ -377,25 +404,8 @@ TEST_F(Convert, ProgressIsPlainLinesABarOrNothing)
 
 TEST_F(Convert, AnInterruptEndsTheRunInOrderWithStatus130AndLeavesNoFile)
 {
-    // A page that takes a while: it is still running when its first progress line is out.
-    std::vector<std::string> units(8, "big.tif");
-    TIFF* tiff = TIFFOpen(In("big.tif").string().c_str(), "w");
-    ASSERT_NE(tiff, nullptr);
-    constexpr int width = 20000;
-    constexpr int height = 60000;
-    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, width);
-    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, height);
-    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 1);
-    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
-    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE);
-    TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_PACKBITS);
-    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, 1000);
-    std::vector<unsigned char> row(width / 8, 0x00);
-    for (std::uint32_t y = 0; y < height; ++y)
-    {
-        TIFFWriteScanline(tiff, row.data(), y, 0);
-    }
-    TIFFClose(tiff);
+    const std::vector<std::string> units(8, "big.tif");
+    LongPage_Write(In("big.tif"));
     for (const auto& [signal, kind] :
          {std::pair<std::string, std::string>{"INT", "base"}, {"TERM", "ink-stripe"}, {"INT", "one-fifo"}})
     {
@@ -410,6 +420,34 @@ TEST_F(Convert, AnInterruptEndsTheRunInOrderWithStatus130AndLeavesNoFile)
                                       "tail -n 1 $log; rm -r ../$(basename \"$PWD\").log; exit $status");
         EXPECT_EQ(result.status, 130) << result.out << result.error;
         EXPECT_EQ(result.out, "interrupted; nothing was written\n");
+        EXPECT_THAT(Files(), ElementsAre("big.tif", "job.toml"));
+    }
+}
+
+#else
+
+// Without a console there is nobody to send an interrupt to another process: the command runs in this one.
+TEST_F(Convert, AnInterruptEndsTheRunInOrderAndLeavesNoFile)
+{
+    LongPage_Write(In("big.tif"));
+    for (const std::string kind : {"base", "ink-stripe", "one-fifo"})
+    {
+        Job_Write("job.toml", std::vector<std::string>(8, "big.tif"), 400, "[Stage]\nKind = \"" + kind + "\"\n");
+        SConvertOptions options;
+        options.m_job = In("job.toml");
+        options.m_output = In("job.boards.tif");
+        options.m_progress = EProgress::None;
+        std::thread user(
+            [this]
+            {
+                while (Files().size() < 3) // until there is a file in the making
+                {
+                    std::this_thread::yield();
+                }
+                std::raise(SIGINT);
+            });
+        EXPECT_FALSE(Convert_Run(options));
+        user.join();
         EXPECT_THAT(Files(), ElementsAre("big.tif", "job.toml"));
     }
 }

@@ -1,0 +1,514 @@
+// Several source lines at once against one after the other through the look-ups, for every style and kernel; single
+// lines likewise; and the classes for which no road but the look-ups is allowed.
+#include "Tests/DataMap/KernelSupport.h"
+
+#include <rapidcheck.h>
+
+#include <algorithm>
+
+namespace
+{
+int Draw(int first, int last)
+{
+    return *rc::gen::inRange(first, last + 1);
+}
+
+// A style as it is, but for a class name of its own: by contract it is mapped through MapData_Line and the look-ups.
+template<class TMap>
+class CLookUpMap : public TMap
+{
+};
+
+template<class TMap, class... TArguments>
+std::unique_ptr<CPrintUnitDataMap_Base> LookUpMap_Init(TArguments... arguments)
+{
+    return Map_Init<CLookUpMap<TMap>>(arguments...);
+}
+
+std::unique_ptr<CPrintUnitDataMap_Base> LookUpMap_Make(const STwinStyle& style)
+{
+    const EDotSizeMode mode = DotSizeMode_From(style.dotSizeMode);
+    switch (style.style)
+    {
+    case ETwinStyle::Style_1:
+        return LookUpMap_Init<CPrintUnitDataMap_1>(style.frameWidth);
+    case ETwinStyle::Style_2:
+        return LookUpMap_Init<CPrintUnitDataMap_2>(mode, style.frameWidth);
+    case ETwinStyle::Style_5:
+        return LookUpMap_Init<CPrintUnitDataMap_5>(style.srcBitCount, style.frameWidth);
+    case ETwinStyle::Style_6:
+        return LookUpMap_Init<CPrintUnitDataMap_6>(style.srcBitCount, style.frameWidth);
+    case ETwinStyle::Style_7:
+        return LookUpMap_Init<CPrintUnitDataMap_7>(mode, style.frameWidth);
+    case ETwinStyle::Style_8:
+        return LookUpMap_Init<CPrintUnitDataMap_8>(style.frameWidth);
+    case ETwinStyle::Style_03:
+        return LookUpMap_Init<CPrintUnitDataMap_03>(1, style.frameWidth);
+    case ETwinStyle::Style_03_01:
+        return LookUpMap_Init<CPrintUnitDataMap_03_01>(1, style.frameWidth);
+    }
+    throw std::invalid_argument("no such style");
+}
+
+bool IsBlockStyle(ETwinStyle style)
+{
+    return style == ETwinStyle::Style_03 || style == ETwinStyle::Style_03_01;
+}
+
+bool IsColumnStyle(ETwinStyle style)
+{
+    return style == ETwinStyle::Style_6 || style == ETwinStyle::Style_7;
+}
+
+// A layout of the style, also with frames that no kernel has a way for.
+STwinStyle Style_Draw(ETwinStyle style)
+{
+    STwinStyle layout = {style, Draw(1, 2), 16, Draw(1, 3)};
+    const int widths[] = {16, 16, 32, 64, 128, 8, 24, 40, 2 * Draw(1, 40), 256, 264};
+    switch (style)
+    {
+    case ETwinStyle::Style_1:
+        break;
+    case ETwinStyle::Style_8:
+        layout.frameWidth = Draw(1, 17) * 8;
+        break;
+    case ETwinStyle::Style_03:
+        layout.frameWidth = Draw(0, 1) == 0 ? 32 << Draw(0, 3) : Draw(16, 50) * 2;
+        break;
+    case ETwinStyle::Style_03_01:
+        layout.frameWidth = Draw(4, 40);
+        break;
+    default:
+        layout.frameWidth = widths[Draw(0, 10)];
+        break;
+    }
+    return layout;
+}
+
+int UnitCount_Of(const STwinStyle& layout)
+{
+    switch (layout.style)
+    {
+    case ETwinStyle::Style_2:
+        return layout.frameWidth / 2;
+    case ETwinStyle::Style_5:
+        return layout.frameWidth / layout.srcBitCount;
+    case ETwinStyle::Style_03:
+        return layout.frameWidth / 32 * 8;
+    case ETwinStyle::Style_03_01:
+        return layout.frameWidth / 4;
+    default:
+        return layout.frameWidth;
+    }
+}
+
+// The board bytes that lines of `lineBitCount` may touch when the map is told of `dstByteCount`.
+int DstSize_Needed(const STwinStyle& layout, int lineBitCount, int dstByteCount)
+{
+    const int bits = std::max(0, lineBitCount);
+    const int w = layout.frameWidth;
+    switch (layout.style)
+    {
+    case ETwinStyle::Style_6:
+        return (bits + 7) / 8 * w;
+    case ETwinStyle::Style_7:
+        return (2 * bits + 7) / 8 * w;
+    case ETwinStyle::Style_8:
+        return std::max(dstByteCount, std::max(0, dstByteCount / 2) + bits / 8 * w / 2);
+    case ETwinStyle::Style_03:
+        return (100 * w + 7) / 8;
+    case ETwinStyle::Style_03_01:
+        return 13 * w;
+    case ETwinStyle::Style_5:
+        return std::max(dstByteCount, bits / 8 * (8 / layout.srcBitCount * w / 8));
+    default:
+        return std::max(dstByteCount, bits / 8 * w);
+    }
+}
+
+struct SSource
+{
+    SSrcBandDataParam param;
+    std::unique_ptr<CExactBytes> bytes;
+};
+
+struct SLineSet
+{
+    STwinStyle style;
+    std::vector<SSource> sources;
+    int dstByteCount = 0;
+    Bytes before;
+    std::size_t misalignment = 0;
+};
+
+int LineBits_Draw(const STwinStyle& layout)
+{
+    if (IsBlockStyle(layout.style))
+    {
+        return 400;
+    }
+    const int first = IsColumnStyle(layout.style) ? 0 : -9;
+    switch (Draw(0, 3))
+    {
+    case 0:
+        return 8 * Draw(0, 40);
+    case 1:
+        return Draw(1000, 2300);
+    default:
+        return Draw(first, 420);
+    }
+}
+
+SSource Source_Draw(std::mt19937& random, const STwinStyle& layout, int unit, int lineBitCount)
+{
+    SSource source;
+    source.param = Param_Make(unit, lineBitCount, 1 + static_cast<int>(random() % 2));
+    const int byteCount = IsBlockStyle(layout.style) ? 50 : (std::max(0, lineBitCount) + 7) / 8;
+    Bytes bytes = Bytes_Random(random, static_cast<std::size_t>(byteCount));
+    if (layout.style == ETwinStyle::Style_8 && byteCount > 0 && random() % 2 == 0)
+    {
+        bytes.back() = static_cast<unsigned char>(bytes.back() & (random() % 2 == 0 ? 0xAA : 0x55)); // a last byte with an entry of its own
+    }
+    source.bytes = std::make_unique<CExactBytes>(bytes, random() % 16);
+    return source;
+}
+
+// All units in any order, some of them missing, some twice, and now and then lines of another length.
+SLineSet LineSet_Draw(const STwinStyle& layout)
+{
+    std::mt19937 random(static_cast<unsigned>(Draw(0, 1 << 20)));
+    SLineSet set;
+    set.style = layout;
+    std::vector<int> units(static_cast<std::size_t>(UnitCount_Of(layout)));
+    for (std::size_t i = 0; i < units.size(); ++i)
+    {
+        units[i] = static_cast<int>(i);
+    }
+    if (Draw(0, 2) != 0)
+    {
+        std::shuffle(units.begin(), units.end(), random);
+        units.resize(static_cast<std::size_t>(Draw(0, static_cast<int>(units.size()))));
+    }
+    for (int extra = Draw(-6, 3); extra > 0 && !units.empty(); --extra)
+    {
+        units.insert(units.begin() + static_cast<std::ptrdiff_t>(random() % units.size()), units[random() % units.size()]);
+    }
+    const int usual = LineBits_Draw(layout);
+    const int other = LineBits_Draw(layout);
+    const bool bOthers = Draw(0, 4) == 0;
+    int needed = 0;
+    set.dstByteCount = Draw(layout.style == ETwinStyle::Style_8 ? 0 : -2,
+                            2 * DstSize_Needed(layout, usual, 0) + layout.frameWidth);
+    for (const int unit : units)
+    {
+        const int bits = bOthers && random() % 3 == 0 ? other : usual;
+        set.sources.push_back(Source_Draw(random, layout, unit, bits));
+        needed = std::max(needed, DstSize_Needed(layout, bits, set.dstByteCount));
+    }
+    set.before = Draw(0, 1) == 0 ? Bytes(static_cast<std::size_t>(needed))
+                                 : Bytes_Random(random, static_cast<std::size_t>(needed));
+    set.misalignment = random() % 64;
+    return set;
+}
+
+std::vector<SSrcBandLine> Lines_Make(const SLineSet& set, void* scratch)
+{
+    std::vector<SSrcBandLine> lines;
+    for (const SSource& source : set.sources)
+    {
+        SSrcBandLine line;
+        line.m_param = source.param;
+        line.m_param.m_customParam = scratch;
+        line.m_pLine = source.bytes->Get();
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+Bytes Set_OneByOne(const CPrintUnitDataMap_Base& map, const SLineSet& set)
+{
+    const CMapScratch scratch(map);
+    const CFencedBytes dst(set.before, set.misalignment);
+    for (const SSrcBandLine& line : Lines_Make(set, scratch.Get()))
+    {
+        EXPECT_TRUE(map.MapData_Line(line.m_param, line.m_pLine, dst.Get(), set.dstByteCount));
+    }
+    EXPECT_TRUE(dst.FenceHolds());
+    return dst.Content();
+}
+
+Bytes Set_AllInput(const CPrintUnitDataMap_Base& map, const SLineSet& set)
+{
+    const CMapScratch scratch(map);
+    const CFencedBytes dst(set.before, set.misalignment);
+    const auto lines = Lines_Make(set, scratch.Get());
+    EXPECT_TRUE(map.MapData_Line_AllInput(lines.data(), static_cast<int>(lines.size()), dst.Get(), set.dstByteCount));
+    EXPECT_TRUE(dst.FenceHolds());
+    return dst.Content();
+}
+
+const std::vector<ETwinStyle> everyStyle = {ETwinStyle::Style_1, ETwinStyle::Style_2,  ETwinStyle::Style_5,
+                                            ETwinStyle::Style_6, ETwinStyle::Style_7,  ETwinStyle::Style_8,
+                                            ETwinStyle::Style_03, ETwinStyle::Style_03_01};
+
+class CAllInputTest : public testing::TestWithParam<ETwinStyle>
+{
+};
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(EveryStyle, CAllInputTest, testing::ValuesIn(everyStyle));
+
+TEST_P(CAllInputTest, EveryKernelMapsAnySetOfLinesAtOnceLikeTheLookUpsOneByOne)
+{
+    EXPECT_TRUE(rc::check(
+        [style = GetParam()]
+        {
+            const STwinStyle layout = Style_Draw(style);
+            const auto map = Map_Make(layout);
+            const auto lookUps = LookUpMap_Make(layout);
+            const SLineSet set = LineSet_Draw(layout);
+            const Bytes expected = Set_OneByOne(*lookUps, set);
+            for (const std::string& name : KernelNames_Available())
+            {
+                const CKernelGuard guard(name);
+                RC_ASSERT(Set_AllInput(*map, set) == expected);
+                RC_ASSERT(Set_OneByOne(*map, set) == expected);
+            }
+            RC_ASSERT(Set_AllInput(*lookUps, set) == expected);
+        }));
+}
+
+// Every length up to a few vectors, with the clipped tail, for the widths that kernels have a way for.
+TEST_P(CAllInputTest, EveryKernelMapsLinesOfEveryLengthAndClip)
+{
+    const ETwinStyle style = GetParam();
+    std::mt19937 random(11);
+    for (const int width : {16, 32, 64, 128})
+    {
+        const STwinStyle layout = {style, width == 32 ? 2 : 1, style == ETwinStyle::Style_1 ? 16 : width, 3};
+        const auto map = Map_Make(layout);
+        const auto lookUps = LookUpMap_Make(layout);
+        const int longest = IsBlockStyle(style) ? 0 : 150;
+        for (int bits = 0; bits <= longest; ++bits)
+        {
+            SLineSet set;
+            set.style = layout;
+            const int whole = DstSize_Needed(layout, IsBlockStyle(style) ? 400 : bits, 0);
+            set.dstByteCount = whole + static_cast<int>(random() % static_cast<unsigned>(width));
+            const int unitCount = std::max(1, UnitCount_Of(layout));
+            for (int i = 0; i < std::min(unitCount, 5); ++i)
+            {
+                const int unit = (i * 7 + bits) % unitCount;
+                set.sources.push_back(Source_Draw(random, layout, unit, IsBlockStyle(style) ? 400 : bits));
+            }
+            const int size = DstSize_Needed(layout, bits, set.dstByteCount);
+            set.before = Bytes_Random(random, static_cast<std::size_t>(size));
+            set.misalignment = random() % 64;
+            if (UnitCount_Of(layout) == 0)
+            {
+                continue; // style 03 in a frame that has room for no unit
+            }
+            const Bytes expected = Set_OneByOne(*lookUps, set);
+            for (const std::string& name : KernelNames_Available())
+            {
+                const CKernelGuard guard(name);
+                ASSERT_EQ(Set_OneByOne(*map, set), expected) << name << ", " << width << " wide, " << bits << " bits";
+                ASSERT_EQ(Set_AllInput(*map, set), expected) << name << ", " << width << " wide, " << bits << " bits";
+            }
+        }
+        if (style == ETwinStyle::Style_1)
+        {
+            break;
+        }
+    }
+}
+
+namespace
+{
+// Its look-up turns the table round: byte value v has the entry of 255 - v.
+template<class TMap>
+class CTurnedMap : public TMap
+{
+public:
+    const unsigned char* ByteMapData_Buffer(int unitIndex, int byteValue) const override
+    {
+        return TMap::ByteMapData_Buffer(unitIndex, 255 - byteValue);
+    }
+};
+
+Bytes Bytes_Inverted(Bytes bytes)
+{
+    for (unsigned char& value : bytes)
+    {
+        value = static_cast<unsigned char>(~value);
+    }
+    return bytes;
+}
+
+// The overriding class must map `src` as the style itself maps the inverted bytes; one line, and five at once.
+template<class TMap, class... TArguments>
+void LookUp_ExpectUsed(TArguments... arguments)
+{
+    const auto style = Map_Init<TMap>(arguments...);
+    const auto turned = Map_Init<CTurnedMap<TMap>>(arguments...);
+    std::mt19937 random(2);
+    Bytes expected(6400);
+    Bytes one(6400);
+    std::vector<Bytes> sources;
+    std::vector<SSrcBandLine> lines;
+    for (int unit = 0; unit < 5; ++unit)
+    {
+        sources.push_back(Bytes_Random(random, 50));
+        Line_Map(*style, Param_Make(unit, 400), Bytes_Inverted(sources.back()), expected);
+        Line_Map(*turned, Param_Make(unit, 400), sources.back(), one);
+    }
+    for (int unit = 0; unit < 5; ++unit)
+    {
+        lines.push_back({Param_Make(unit, 400), sources[static_cast<std::size_t>(unit)].data()});
+    }
+    Bytes all(6400);
+    EXPECT_TRUE(turned->MapData_Line_AllInput(lines.data(), 5, all.data(), 6400));
+    EXPECT_EQ(one, expected);
+    EXPECT_EQ(all, expected);
+}
+} // namespace
+
+TEST(OverriddenLookUp, IsAskedForEverySourceByteWhateverTheKernel)
+{
+    for (const std::string& name : KernelNames_Available())
+    {
+        SCOPED_TRACE(name);
+        const CKernelGuard guard(name);
+        LookUp_ExpectUsed<CPrintUnitDataMap_1>(16);
+        LookUp_ExpectUsed<CPrintUnitDataMap_2>(EDotSizeMode::Big, 32);
+        LookUp_ExpectUsed<CPrintUnitDataMap_5>(1, 16);
+        LookUp_ExpectUsed<CPrintUnitDataMap_5>(2, 32);
+        LookUp_ExpectUsed<CPrintUnitDataMap_03>(1, 64);
+    }
+}
+
+// Style 8 has only 16 entries per unit: the override asks for another unit's.
+TEST(OverriddenLookUp, IsAskedInStyle8Too)
+{
+    class CShiftedMap : public CPrintUnitDataMap_8
+    {
+    public:
+        const unsigned char* ByteMapData_Buffer(int unitIndex, int byteValue) const override
+        {
+            return CPrintUnitDataMap_8::ByteMapData_Buffer(unitIndex + 1, byteValue);
+        }
+    };
+    const auto style = Map_Init<CPrintUnitDataMap_8>(16);
+    const auto shifted = Map_Init<CShiftedMap>(16);
+    std::mt19937 random(2);
+    const Bytes src = Bytes_Random(random, 50);
+    std::vector<SSrcBandLine> lines;
+    Bytes expected(800);
+    for (int unit = 0; unit < 5; ++unit)
+    {
+        lines.push_back({Param_Make(unit, 400), src.data()});
+        Line_Map(*style, Param_Make(unit + 1, 400), src, expected);
+    }
+    Bytes one(800);
+    for (const SSrcBandLine& line : lines)
+    {
+        Line_Map(*shifted, line.m_param, src, one);
+    }
+    Bytes all(800);
+    EXPECT_TRUE(shifted->MapData_Line_AllInput(lines.data(), 5, all.data(), 800));
+    EXPECT_EQ(one, expected);
+    EXPECT_EQ(all, expected);
+}
+
+// A copy that is sliced out of a style, table and all, still is of a class with a look-up of its own.
+TEST(OverriddenLookUp, IsAskedOfACopyThatTookOverAStylesTable)
+{
+    class CCopiedMap : public CTurnedMap<CPrintUnitDataMap_5>
+    {
+    public:
+        explicit CCopiedMap(const CPrintUnitDataMap_5& other) { CPrintUnitDataMap_5::operator=(other); }
+    };
+    CPrintUnitDataMap_5 style;
+    ASSERT_TRUE(style.Init(1, 16));
+    CCopiedMap copy(style);
+    Bytes dst(16);
+    Line_Map(copy, Param_Make(0, 8), {0xFF}, dst); // 0xFF has the entry of 0
+    EXPECT_EQ(dst, Bytes(16));
+    SMapTestAccess::MapData_Set(copy, nullptr); // one owner only
+}
+
+namespace
+{
+// Fails on the third line that it is asked for, and counts them.
+template<class TMap>
+class CFailingMap : public TMap
+{
+public:
+    bool MapData_Line(const SSrcBandDataParam& param, const unsigned char* /*src*/, unsigned char* /*dst*/,
+                      int /*dstByteCount*/) const override
+    {
+        m_units.push_back(param.m_unitIndex);
+        return m_units.size() < 3;
+    }
+    mutable std::vector<int> m_units;
+};
+
+template<class TMap, class... TArguments>
+void Order_Expect(TArguments... arguments)
+{
+    CFailingMap<TMap> map;
+    ASSERT_TRUE(map.Init(arguments...));
+    const Bytes src(50, 0xFF);
+    std::vector<SSrcBandLine> lines;
+    for (const int unit : {3, 0, 2, 1})
+    {
+        lines.push_back({Param_Make(unit, 400), src.data()});
+    }
+    Bytes dst(6400);
+    EXPECT_FALSE(map.MapData_Line_AllInput(lines.data(), 4, dst.data(), 6400));
+    EXPECT_EQ(map.m_units, (std::vector<int>{3, 0, 2}));
+    EXPECT_EQ(dst, Bytes(6400));
+}
+} // namespace
+
+TEST(OverriddenMapData_Line, IsCalledInOrderUpToTheFirstFalse)
+{
+    Order_Expect<CPrintUnitDataMap_1>(16);
+    Order_Expect<CPrintUnitDataMap_2>(EDotSizeMode::Big, 16);
+    Order_Expect<CPrintUnitDataMap_5>(1, 16);
+    Order_Expect<CPrintUnitDataMap_6>(1, 16);
+    Order_Expect<CPrintUnitDataMap_7>(EDotSizeMode::Big, 16);
+    Order_Expect<CPrintUnitDataMap_8>(16);
+    Order_Expect<CPrintUnitDataMap_03>(1, 64);
+    Order_Expect<CPrintUnitDataMap_03_01>(1, 16);
+    Order_Expect<CPrintUnitDataMap_Base>(1, 1, 16);
+}
+
+TEST(AllInput, NoLineAtAllIsTrueAndTouchesNothing)
+{
+    for (const ETwinStyle style : everyStyle)
+    {
+        const auto map = Map_Make({style, 1, style == ETwinStyle::Style_03 ? 32 : 16, 1});
+        Bytes dst(64, 0x11);
+        EXPECT_TRUE(map->MapData_Line_AllInput(nullptr, 0, dst.data(), 64));
+        EXPECT_EQ(dst, Bytes(64, 0x11));
+    }
+}
+
+// Calling the base's Init on a map that is ready changes its geometry, not its table; the table is what counts.
+TEST(AllInput, AMapWhoseGeometryNoLongerFitsItsTableIsMappedByTheTable)
+{
+    CPrintUnitDataMap_5 map;
+    ASSERT_TRUE(map.Init(1, 32));
+    CLookUpMap<CPrintUnitDataMap_5> lookUps;
+    ASSERT_TRUE(lookUps.Init(1, 32));
+    ASSERT_TRUE(map.CPrintUnitDataMap_Base::Init(1, 1, 16));
+    ASSERT_TRUE(lookUps.CPrintUnitDataMap_Base::Init(1, 1, 16));
+    std::mt19937 random(2);
+    const Bytes src = Bytes_Random(random, 8);
+    Bytes expected(128);
+    Bytes dst(128);
+    Line_Map(lookUps, Param_Make(3, 64), src, expected);
+    Line_Map(map, Param_Make(3, 64), src, dst);
+    EXPECT_EQ(dst, expected);
+}

@@ -1,0 +1,81 @@
+// Interrupts as a flag: signals, and what a system does when the terminal is closed.
+#include "Host/Command/Interrupt.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+#if defined(_WIN32)
+#include "Tests/Support/ImportTable.h"
+#endif
+
+TEST(Interrupt, ASignalSetsTheFlagUntilTheNextOneBegins)
+{
+    for (const int signalNumber : {SIGINT, SIGTERM})
+    {
+        const CInterrupt interrupt;
+        EXPECT_FALSE(CInterrupt::IsRequested());
+        std::raise(signalNumber);
+        EXPECT_TRUE(CInterrupt::IsRequested());
+    }
+    const CInterrupt next;
+    EXPECT_FALSE(CInterrupt::IsRequested());
+}
+
+#if defined(_WIN32)
+
+namespace
+{
+
+PHANDLER_ROUTINE g_pHandler = nullptr;
+
+BOOL WINAPI Handler_Keep(PHANDLER_ROUTINE handler, BOOL bAdd)
+{
+    g_pHandler = bAdd != 0 ? handler : nullptr;
+    return TRUE;
+}
+
+} // namespace
+
+// The system would call the handler on a thread of its own.
+TEST(Interrupt, ABreakSetsTheFlagAndTheSecondOneIsLeftToTheSystem)
+{
+    const CImportTable platform("ControllerPlatform.dll");
+    const auto former = platform.Replace("SetConsoleCtrlHandler", &Handler_Keep);
+    {
+        const CInterrupt interrupt;
+        ASSERT_NE(g_pHandler, nullptr);
+        EXPECT_EQ(g_pHandler(CTRL_C_EVENT), FALSE); // a signal of the C library
+        EXPECT_FALSE(CInterrupt::IsRequested());
+        EXPECT_EQ(g_pHandler(CTRL_BREAK_EVENT), TRUE);
+        EXPECT_TRUE(CInterrupt::IsRequested());
+        EXPECT_EQ(g_pHandler(CTRL_BREAK_EVENT), FALSE);
+    }
+    EXPECT_EQ(g_pHandler, nullptr);
+    platform.Replace("SetConsoleCtrlHandler", former);
+}
+
+#else
+
+TEST(Interrupt, AClosedTerminalSetsTheFlag)
+{
+    const CInterrupt interrupt;
+    std::raise(SIGHUP);
+    EXPECT_TRUE(CInterrupt::IsRequested());
+}
+
+TEST(InterruptDeathTest, ASecondOneEndsTheProcess)
+{
+    for (const int signalNumber : {SIGINT, SIGTERM, SIGHUP})
+    {
+        const auto interruptTwice = [signalNumber]
+        {
+            const CInterrupt interrupt;
+            std::raise(signalNumber);
+            std::raise(signalNumber);
+        };
+        EXPECT_EXIT(interruptTwice(), testing::KilledBySignal(signalNumber), "");
+    }
+}
+
+#endif
