@@ -232,6 +232,7 @@ void Case_Measure(CFigures& figures, const SCase& one, const SEffort& effort, co
     run.Bands_Take(effort.bands); // memory and threads become warm
     CCopy copy(static_cast<std::size_t>(run.BoardBytes()));
     copy.Seconds();
+    const auto freshBefore = CBandMemory::Statistic_Get().m_freshBlocks;
     std::vector<double> bands;
     std::vector<double> copies;
     for (int round = 0; round < effort.rounds; ++round)
@@ -245,6 +246,9 @@ void Case_Measure(CFigures& figures, const SCase& one, const SEffort& effort, co
     }
     const double band = Median_Of(bands);
     figures.Add({name, goal, run.BoardBytes() / band / 1e9, "GB/s", Median_Of(copies) / band});
+    const auto fresh = CBandMemory::Statistic_Get().m_freshBlocks - freshBefore;
+    figures.Add({"  fresh blocks per band, " + name, "0", static_cast<double>(fresh) / (effort.rounds * effort.bands),
+                 "blocks", 0});
 }
 
 std::string Name_Of(const SCase& one)

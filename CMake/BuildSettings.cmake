@@ -33,7 +33,7 @@ if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
     if(DATAMAPPING_DEVELOPER)
         add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wold-style-cast -Wcast-qual
                             -Woverloaded-virtual -Werror)
-        if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+        if(MINGW AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
             # This compiler takes the sum of a literal and a string for an overlapping copy when it optimises fully.
             add_compile_options(-Wno-restrict)
         endif()

@@ -22,8 +22,8 @@ struct SFieldPattern
     };
     unsigned char m_rows[Row_Count][size];
 
-    // 0 to groupSizeCount - 1: eight frames (of 2-bit pixels four, what one source byte gives) take 8, 16, 32, 64 or
-    // 128 bytes.
+    // 0 to groupSizeCount - 1: the frames that one source byte gives (eight; four of 2-bit pixels; two of pairs) take
+    // 8, 16, 32, 64 or 128 bytes.
     static constexpr int groupSizeCount = 5;
     int m_groupSizeIndex;
 
@@ -47,10 +47,17 @@ public:
     {
         return frameByteCount <= frameByteCountMax ? blockPatterns[frameByteCount] : nullptr;
     }
+    // Pairs of 2-bit pixels, whose high bits are neighbours in one plane's frames and whose low bits in the other's:
+    // for the second pixel's high bit. Null as above, and for frames of less than 4 bytes.
+    static const SFieldPattern* Pair_Get(int frameByteCount)
+    {
+        return frameByteCount <= frameByteCountMax ? pairPatterns[frameByteCount] : nullptr;
+    }
     // Frames of 2 bytes with the 1-bit pixels of each pair swapped.
     static const SFieldPattern swappedPattern;
 
 private:
     static const SFieldPattern* const patterns[2][frameByteCountMax + 1];
     static const SFieldPattern* const blockPatterns[frameByteCountMax + 1];
+    static const SFieldPattern* const pairPatterns[frameByteCountMax + 1];
 };

@@ -20,8 +20,12 @@ class CLayoutPass
 {
 public:
     explicit CLayoutPass(const SFrameLayout& layout)
-        : m_layout(layout), m_frames(layout.m_frameByteCount), m_unitCount(static_cast<unsigned>(layout.m_unitCount)),
-          m_firstRow(layout.Row(0)), m_rowStep(layout.Row(1) - layout.Row(0)), m_kind(layout.FieldKind())
+        : m_layout(layout),
+          m_frames(layout.m_frameByteCount),
+          m_unitCount(static_cast<unsigned>(layout.m_unitCount)),
+          m_firstRow(layout.Row(0)),
+          m_rowStep(layout.Row(1) - layout.Row(0)),
+          m_kind(layout.FieldKind())
     {
     }
 
@@ -96,7 +100,7 @@ private:
     int m_rowStep;
     EFieldKind m_kind;
     int m_lineBitCount = 0;
-    int m_lineCount = 0; // of lines that are parted
+    int m_lineCount = 0;                              // of lines that are parted
     SPlanePair m_planes[CFramePass::rowCountMax / 2]; // of the lines in the order in which they were added
 };
 } // namespace

@@ -1,9 +1,9 @@
 // What a kernel is: the inner loops of the data maps, as one record of functions with a name.
 //
-// The maps ask MapKernel_Get() (MapKernelInUse.h) for the kernel in use, on whatever thread maps a line, and call its functions. Every
-// kernel leaves the same bytes as the scalar one; they differ in the instructions that they need. DataMapKernel.h is
-// the users' side: which kernels there are and which one is in use. Nothing here allocates, locks or logs, and nothing
-// is read or written beyond what a function says; source and destination never overlap.
+// The maps ask MapKernel_Get() (MapKernelInUse.h) for the kernel in use, on whatever thread maps a line, and call its
+// functions. Every kernel leaves the same bytes as the scalar one; they differ in the instructions that they need.
+// DataMapKernel.h is the users' side: which kernels there are and which one is in use. Nothing here allocates, locks or
+// logs, and nothing is read or written beyond what a function says; source and destination never overlap.
 #pragma once
 
 #include "DataMap/CpuFeature.h"
@@ -19,11 +19,11 @@ constexpr int splitRoom = 64;
 constexpr int quadSrcByteCountMax = 128;
 constexpr int quadRoom = quadSrcByteCountMax / 4;
 
-// ORs the field of one unit into board frames: dst[0 .. dstByteCount - 1] only, frame 0 at dst. `pattern`: the pattern's
-// Begin for the field's place in the frame. `lowestBit`, `mask`: the field's lowest bit and all its bits in that byte.
-// The `srcByteCount` bytes of `src` must be enough for the frames.
-using FieldFunction = void (*)(const unsigned char* pattern, unsigned lowestBit, unsigned mask, const unsigned char* src,
-                               int srcByteCount, unsigned char* dst, int dstByteCount);
+// ORs the field of one unit into board frames: dst[0 .. dstByteCount - 1] only, frame 0 at dst. `pattern`: the
+// pattern's Begin for the field's place in the frame. `lowestBit`, `mask`: the field's lowest bit and all its bits in
+// that byte. The `srcByteCount` bytes of `src` must be enough for the frames.
+using FieldFunction = void (*)(const unsigned char* pattern, unsigned lowestBit, unsigned mask,
+                               const unsigned char* src, int srcByteCount, unsigned char* dst, int dstByteCount);
 
 // What a field takes from a source byte.
 enum EFieldKind
@@ -35,10 +35,18 @@ enum EFieldKind
     Field_Count
 };
 
+using PairFunction = void (*)(const unsigned char* pattern, unsigned lowestBit, const unsigned char* src,
+                              int srcByteCount, unsigned char* high, unsigned char* low, int dstByteCount);
+// Pairs_Or has a function for each of the first group sizes.
+constexpr int pairGroupSizeCount = 3;
+
 struct SFieldFunctions
 {
     FieldFunction m_functions[Field_Count][SFieldPattern::groupSizeCount];
 };
+
+// Bytes that Blocks_Cut gives each of the four blocks.
+constexpr int blockRoom = 16;
 
 struct SMapKernel
 {
@@ -46,6 +54,11 @@ struct SMapKernel
 
     // By kind and by the pattern's group size. Null in the scalar kernel: there the table is the road.
     const SFieldFunctions* m_pField_Or;
+
+    // ORs the fields of one unit into the frames of both planes of a line of 2-bit pixels, `dstByteCount` bytes each.
+    // `pattern`: Begin of a pair pattern, `lowestBit`: the lower bit of the field in its byte. By the
+    // pattern's group size. Null in kernels that have no better way than Planes_Split and a field of 2-bit pixels.
+    const PairFunction* m_pPairs_Or;
 
     // Transposes 8 rows of pixels: bit 7 - r of dst[p] becomes pixel p of rows[r], with bSwapPairs pixel p ^ 1. Bytes
     // `offset` to `offset + byteCount - 1` of each row are read, 1 to transposeByteCountMax; a null row has no pixel
@@ -62,10 +75,17 @@ struct SMapKernel
     // An odd last byte leaves the low halves of the last results 0. The room of both is rounded up to splitRoom.
     void (*m_pPlanes_Split)(const unsigned char* src, int byteCount, unsigned char* high, unsigned char* low);
 
-    // Parts groups of four bits, the pixel pairs of two planes: bits 3 of all groups go to the first half of `even`, bits
-    // 2 to its second half, bits 1 and 0 to those of `odd`; packed again, an incomplete last byte filled up with 0.
-    // `byteCount` is at most quadSrcByteCountMax, `even` and `odd` have room for 2 x quadRoom bytes.
+    // Parts groups of four bits, the pixel pairs of two planes: bits 3 of all groups go to the first half of `even`,
+    // bits 2 to its second half, bits 1 and 0 to those of `odd`; packed again, an incomplete last byte filled up with
+    // 0. `byteCount` is at most quadSrcByteCountMax, `even` and `odd` have room for 2 x quadRoom bytes.
     void (*m_pQuads_Split)(const unsigned char* src, int byteCount, unsigned char* even, unsigned char* odd);
+
+    // Cuts the 50 bytes of a line of 400 pixels into four blocks of 100 pixels, each blockRoom bytes: 13 bytes, and
+    // what comes behind them is undefined. Block k, which begins at pixel 100 k, takes place k (ascending) or 3 - k. A
+    // block that begins on a byte keeps the four pixels behind it; the others end in four zeros. The second
+    // interleaves: byte i of the block at place p is dst[4 i + p].
+    void (*m_pBlocks_Cut)(const unsigned char* src, bool bAscending, unsigned char* dst);
+    void (*m_pBlocks_Interleave)(const unsigned char* src, bool bAscending, unsigned char* dst);
 
     // Every nibble of `src`, the high one first, becomes the byte that `table` (16 bytes) has for it: 2 x byteCount
     // bytes in `dst`, whose room is rounded up to splitRoom.

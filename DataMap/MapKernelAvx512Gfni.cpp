@@ -15,8 +15,12 @@ struct STag
 constexpr std::uint64_t pixelMatrix = 0x0102040810204080U;
 constexpr std::uint64_t pixelMatrixSwapped = 0x0201080420108040U;
 
-// The matrix whose product with a byte has bit 0, 2, 4, 6, 1, 3, 5, 7 of the byte as bits 0 to 7.
+// Matrices whose product with a byte has these bits of the byte as bits 0 to 7: 0, 2, 4, 6, 1, 3, 5, 7 (the pairs
+// parted) and 0, 4, 1, 5, 2, 6, 3, 7 (the halves shuffled).
 constexpr std::uint64_t pairMatrix = 0x0104104002082080U;
+constexpr std::uint64_t shuffleMatrix = 0x0110022004400880U;
+// As pixelMatrix, but bits 7, 3, 5, 1, 6, 2, 4 and 0 of all bytes become bytes 0 to 7.
+constexpr std::uint64_t quadMatrix = 0x0110044002200880U;
 
 struct SVector32Gfni : SVector32<STag>
 {
@@ -30,13 +34,13 @@ struct SVector32Gfni : SVector32<STag>
             value = _mm256_gf2p8affine_epi64_epi8(pixels, value, 0);
         }
     }
-    static Type Pairs_Part(Type x) { return _mm256_gf2p8affine_epi64_epi8(x, Set_Word(pairMatrix), 0); }
 };
 
 struct SVector64Gfni : SVector64<STag>
 {
     using Half = SVector32Gfni;
     static constexpr bool bTransposesWords = true;
+    static constexpr bool bPartsPairs = true;
 
     // Low8 and High8 interleave whole halves here, so that nothing is left to be ordered.
     static Type Low8(Type a, Type b) { return _mm512_permutex2var_epi8(a, Order_Low(), b); }
@@ -58,10 +62,55 @@ struct SVector64Gfni : SVector64<STag>
         }
     }
 
-    // Every byte's pairs of bits parted: the high bits in its high half, the low bits in its low half.
-    static Type Pairs_Part(Type x) { return _mm512_gf2p8affine_epi64_epi8(x, Set_Word(pairMatrix), 0); }
+    static void Planes_Part(Type first, Type second, Type& high, Type& low)
+    {
+        const Type a = Nibbles_Exchange(_mm512_gf2p8affine_epi64_epi8(first, Set_Word(pairMatrix), 0));
+        const Type b = Nibbles_Exchange(_mm512_gf2p8affine_epi64_epi8(second, Set_Word(pairMatrix), 0));
+        high = _mm512_permutex2var_epi8(a, Order_EveryOther(), b);
+        low = _mm512_permutex2var_epi8(a, _mm512_or_si512(Order_EveryOther(), Set(1)), b);
+    }
+    static void Quads_Part(Type first, Type second, Type& even, Type& odd)
+    {
+        const Type a = Quads_Gather(first);
+        const Type b = Quads_Gather(second);
+        even = _mm512_permutex2var_epi16(a, Order_Quads(), b);
+        odd = _mm512_permutex2var_epi16(a, _mm512_or_si512(Order_Quads(), _mm512_set1_epi16(1)), b);
+    }
 
 private:
+    // The low nibble of each first byte changes places with the high nibble of the byte behind it.
+    static Type Nibbles_Exchange(Type x)
+    {
+        constexpr int differAnd = 0x28;  // (first ^ second) & third
+        constexpr int differBoth = 0x96; // first ^ second ^ third
+        const Type changed = _mm512_ternarylogic_epi64(x, ShiftRight16<12>(x), _mm512_set1_epi16(0x000F), differAnd);
+        return _mm512_ternarylogic_epi64(x, changed, ShiftLeft16<12>(changed), differBoth);
+    }
+    // Every 8 bytes' high plane, even and odd pixels, and low plane, even and odd pixels: 2 bytes each.
+    static Type Quads_Gather(Type x)
+    {
+        const Type gathered = Nibbles_Exchange(_mm512_gf2p8affine_epi64_epi8(Set_Word(quadMatrix), x, 0));
+        return _mm512_gf2p8affine_epi64_epi8(gathered, Set_Word(shuffleMatrix), 0);
+    }
+
+    // 0, 2, 4, ... 126.
+    static Type Order_EveryOther()
+    {
+        alignas(64) static constexpr unsigned char order[64] = {
+            0,  2,  4,  6,  8,  10, 12,  14,  16,  18,  20,  22,  24,  26,  28,  30,  32,  34,  36,  38, 40, 42,
+            44, 46, 48, 50, 52, 54, 56,  58,  60,  62,  64,  66,  68,  70,  72,  74,  76,  78,  80,  82, 84, 86,
+            88, 90, 92, 94, 96, 98, 100, 102, 104, 106, 108, 110, 112, 114, 116, 118, 120, 122, 124, 126};
+        return Load(order);
+    }
+    // 16-bit words 0, 4, 8, ... 60, then 2, 6, 10, ... 62.
+    static Type Order_Quads()
+    {
+        alignas(64) static constexpr std::uint16_t order[32] = {0,  4,  8,  12, 16, 20, 24, 28, 32, 36, 40,
+                                                                44, 48, 52, 56, 60, 2,  6,  10, 14, 18, 22,
+                                                                26, 30, 34, 38, 42, 46, 50, 54, 58, 62};
+        return _mm512_load_si512(order);
+    }
+
     // 0, 64, 1, 65, ... 31, 95: the bytes of two vectors in turns.
     static Type Order_Low()
     {
@@ -95,7 +144,8 @@ struct SShiftSpread
         m_upper = Vector::And(target, Vector::Set(static_cast<unsigned char>(moved << 1)));
         for (int i = 0; i < vectorCount; ++i)
         {
-            const Type bit = Vector::Load(pattern + SFieldPattern::Row_PixelBit * SFieldPattern::size + i * Vector::size);
+            const Type bit =
+                Vector::Load(pattern + SFieldPattern::Row_PixelBit * SFieldPattern::size + i * Vector::size);
             m_shift[i] = _mm512_sub_epi8(bit, position);
             m_upperShift[i] = _mm512_sub_epi8(m_shift[i], Vector::Set(1));
         }
@@ -120,13 +170,108 @@ struct SShiftSpread
     Type m_shift[vectorCountOf];
     Type m_upperShift[vectorCountOf];
 };
+
+// Both planes' fields: the bits of a pair of 2-bit pixels are moved one by one. The second pixel's high bit and the
+// first one's low bit move by the same distance.
+struct SPairSpread
+{
+    using Type = Vector::Type;
+
+    SPairSpread(const unsigned char* pattern, unsigned lowestBit)
+    {
+        const Type target = Vector::Load(pattern + SFieldPattern::Row_Target * SFieldPattern::size);
+        const Type bit = Vector::Load(pattern + SFieldPattern::Row_PixelBit * SFieldPattern::size);
+        m_second = Vector::And(target, Vector::Set(static_cast<unsigned char>(1U << lowestBit)));
+        m_first = Vector::And(target, Vector::Set(static_cast<unsigned char>(2U << lowestBit)));
+        m_shift = _mm512_sub_epi8(bit, Vector::Set(static_cast<unsigned char>(lowestBit)));
+        m_shiftHigh = _mm512_add_epi8(m_shift, Vector::Set(1));
+        m_shiftLow = _mm512_sub_epi8(m_shift, Vector::Set(1));
+    }
+
+    void Or(std::uint64_t word, unsigned char* high, unsigned char* low) const
+    {
+        auto highFrames = Vector::Load(high);
+        auto lowFrames = Vector::Load(low);
+        Spread(word, highFrames, lowFrames);
+        Vector::Store(high, highFrames);
+        Vector::Store(low, lowFrames);
+    }
+    void Or_Part(std::uint64_t word, unsigned char* high, unsigned char* low, int byteCount) const
+    {
+        auto highFrames = Vector::Zero();
+        auto lowFrames = Vector::Zero();
+        Spread(word, highFrames, lowFrames);
+        Vector::Or_Part(high, highFrames, byteCount);
+        Vector::Or_Part(low, lowFrames, byteCount);
+    }
+
+private:
+    void Spread(std::uint64_t word, Type& high, Type& low) const
+    {
+        constexpr int orAnd = 0xF8; // first | (second & third)
+        const Type source = Vector::Set_Word(word);
+        const Type both = _mm512_maskz_multishift_epi64_epi8(everyByte, m_shift, source);
+        const Type highFirst = _mm512_maskz_multishift_epi64_epi8(everyByte, m_shiftHigh, source);
+        const Type lowSecond = _mm512_maskz_multishift_epi64_epi8(everyByte, m_shiftLow, source);
+        high = _mm512_ternarylogic_epi64(_mm512_ternarylogic_epi64(high, both, m_second, orAnd), highFirst, m_first,
+                                         orAnd);
+        low =
+            _mm512_ternarylogic_epi64(_mm512_ternarylogic_epi64(low, lowSecond, m_second, orAnd), both, m_first, orAnd);
+    }
+
+    Type m_first;
+    Type m_second;
+    Type m_shift;
+    Type m_shiftHigh;
+    Type m_shiftLow;
+};
+
+template<int groupByteCount>
+void Pairs_Or(const unsigned char* pattern, unsigned lowestBit, const unsigned char* src, int srcByteCount,
+              unsigned char* high, unsigned char* low, int dstByteCount)
+{
+    constexpr int srcStep = Vector::size / groupByteCount;
+    const SPairSpread spread(pattern, lowestBit);
+    const auto Step_Or = [&]
+    {
+        spread.Or(SPartWord<STag>::Load_Part(src, srcByteCount), high, low);
+        src += srcStep;
+        srcByteCount -= srcStep;
+        high += Vector::size;
+        low += Vector::size;
+        dstByteCount -= Vector::size;
+    };
+    while (dstByteCount >= 2 * Vector::size && srcByteCount >= srcStep + 8)
+    {
+        spread.Or(SPartWord<STag>::Load(src), high, low);
+        spread.Or(SPartWord<STag>::Load(src + srcStep), high + Vector::size, low + Vector::size);
+        src += 2 * srcStep;
+        srcByteCount -= 2 * srcStep;
+        high += 2 * Vector::size;
+        low += 2 * Vector::size;
+        dstByteCount -= 2 * Vector::size;
+    }
+    while (dstByteCount >= Vector::size)
+    {
+        Step_Or();
+    }
+    if (dstByteCount > 0)
+    {
+        spread.Or_Part(SPartWord<STag>::Load_Part(src, srcByteCount), high, low, dstByteCount);
+    }
+}
+
+constexpr PairFunction pairFunctions[pairGroupSizeCount] = {Pairs_Or<8>, Pairs_Or<16>, Pairs_Or<32>};
 } // namespace
 
 const SMapKernel mapKernelAvx512Gfni = {"avx512-gfni",
                                         &SFieldKernel<Vector, SShiftSpread>::functions,
+                                        pairFunctions,
                                         Kernel::Rows_Transpose,
                                         Kernel::Columns_Map<false>,
                                         Kernel::Columns_Map<true>,
                                         Kernel::Planes_Split,
                                         Kernel::Quads_Split,
+                                        SBlockKernel<Vector>::Blocks_Cut,
+                                        SBlockKernel<Vector>::Blocks_Interleave,
                                         Kernel::Nibbles_Expand};

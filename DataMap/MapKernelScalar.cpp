@@ -102,6 +102,37 @@ void Quads_Split(const unsigned char* src, int byteCount, unsigned char* even, u
     }
 }
 
+constexpr int blockByteCount = 13;
+
+// The block that begins on src[0], or in its middle.
+void Block_Cut(const unsigned char* src, bool bMiddle, unsigned char* block)
+{
+    for (int i = 0; i < blockByteCount; ++i)
+    {
+        const int next = i + 1 < blockByteCount ? src[i + 1] : 0;
+        block[i] = bMiddle ? static_cast<unsigned char>(src[i] << 4 | next >> 4) : src[i];
+    }
+}
+
+void Blocks_Cut(const unsigned char* src, bool bAscending, unsigned char* dst)
+{
+    for (int block = 0; block < 4; ++block)
+    {
+        const int place = bAscending ? block : 3 - block;
+        Block_Cut(src + 100 * block / 8, block % 2 != 0, dst + place * blockRoom);
+    }
+}
+
+void Blocks_Interleave(const unsigned char* src, bool bAscending, unsigned char* dst)
+{
+    unsigned char blocks[4 * blockRoom];
+    Blocks_Cut(src, bAscending, blocks);
+    for (int i = 0; i < 4 * blockByteCount; ++i)
+    {
+        dst[i] = blocks[i % 4 * blockRoom + i / 4];
+    }
+}
+
 void Nibbles_Expand(const unsigned char* table, const unsigned char* src, int byteCount, unsigned char* dst)
 {
     for (int i = 0; i < byteCount; ++i)
@@ -112,5 +143,6 @@ void Nibbles_Expand(const unsigned char* table, const unsigned char* src, int by
 }
 } // namespace
 
-const SMapKernel mapKernelScalar = {"scalar",      nullptr,      Rows_Transpose, Columns_Or,
-                                    Columns_Store, Planes_Split, Quads_Split,    Nibbles_Expand};
+const SMapKernel mapKernelScalar = {"scalar",   nullptr,           nullptr,       Rows_Transpose,
+                                    Columns_Or, Columns_Store,     Planes_Split,  Quads_Split,
+                                    Blocks_Cut, Blocks_Interleave, Nibbles_Expand};

@@ -13,10 +13,13 @@ using Kernel = SVectorKernel<Vector>;
 } // namespace
 
 const SMapKernel mapKernelSsse3 = {"ssse3",
-                                &SSelectField<Vector>::functions,
-                                Kernel::Rows_Transpose,
-                                Kernel::Columns_Map<false>,
-                                Kernel::Columns_Map<true>,
-                                Kernel::Planes_Split,
-                                Kernel::Quads_Split,
-                                Kernel::Nibbles_Expand};
+                                   &SSelectField<Vector>::functions,
+                                   nullptr,
+                                   Kernel::Rows_Transpose,
+                                   Kernel::Columns_Map<false>,
+                                   Kernel::Columns_Map<true>,
+                                   Kernel::Planes_Split,
+                                   Kernel::Quads_Split,
+                                   SBlockKernel<Vector>::Blocks_Cut,
+                                   SBlockKernel<Vector>::Blocks_Interleave,
+                                   Kernel::Nibbles_Expand};

@@ -44,7 +44,7 @@ bool IsAscending(const SSrcBandDataParam& param)
 class CLinePass
 {
 public:
-    explicit CLinePass(int frameByteCount) : m_frameByteCount(frameByteCount) {}
+    explicit CLinePass(int frameByteCount) : m_kernel(MapKernel_Get()), m_frameByteCount(frameByteCount) {}
 
     void Begin(const SSrcBandLine& /*line*/)
     {
@@ -60,7 +60,7 @@ public:
             return false;
         }
         SBlockLine& blocks = m_lines[m_lineCount];
-        blocks.Cut(line.m_pLine, IsAscending(param));
+        blocks.Cut(m_kernel, line.m_pLine, IsAscending(param));
         m_rows[param.m_unitIndex] = blocks.m_blocks[0];
         ++m_lineCount;
         return true;
@@ -70,12 +70,11 @@ public:
     {
         static_assert(sizeof(SBlockLine) == transposeByteCountMax);
         constexpr int blockFrameCount = 8 * SBlockLine::room;
-        const SMapKernel& kernel = MapKernel_Get();
         alignas(64) unsigned char tiles[CFramePass::frameByteCountMax / blockCount][transposeRoom];
         const unsigned char* columns[CFramePass::frameByteCountMax];
         for (int group = 0; group < m_frameByteCount / blockCount; ++group)
         {
-            kernel.m_pRows_Transpose(m_rows + 8 * group, 0, transposeByteCountMax, false, tiles[group]);
+            m_kernel.m_pRows_Transpose(m_rows + 8 * group, 0, transposeByteCountMax, false, tiles[group]);
             for (int place = 0; place < blockCount; ++place)
             {
                 columns[blockCount * group + place] = tiles[group] + place * blockFrameCount;
@@ -85,10 +84,11 @@ public:
         {
             columns[column] = CFramePass::zeroColumn;
         }
-        kernel.m_pColumns_Or(columns, m_frameByteCount, blockPixelCount, dst);
+        m_kernel.m_pColumns_Or(columns, m_frameByteCount, blockPixelCount, dst);
     }
 
 private:
+    const SMapKernel& m_kernel;
     int m_frameByteCount;
     int m_lineCount = 0;
     const unsigned char* m_rows[8 * CFramePass::frameByteCountMax / blockCount]; // by unit
@@ -114,7 +114,7 @@ bool CPrintUnitDataMap_03::MapData_Line(const SSrcBandDataParam& param, const un
         if (const SFieldPattern* pattern = CFieldPattern::Block_Get(frameByteCount))
         {
             SBlockColumns side;
-            side.Cut(src, IsAscending(param));
+            side.Cut(kernel, src, IsAscending(param));
             const unsigned bit = 7 - static_cast<unsigned>(param.m_unitIndex) % 8;
             kernel.m_pField_Or->m_functions[Field_Block][pattern->m_groupSizeIndex](
                 pattern->Begin(blockCount * (param.m_unitIndex / 8)), bit, 1U << bit, side.m_bytes, sizeof(side), dst,

@@ -36,7 +36,9 @@ int Chunk_BoardUnit(const SSrcBandDataParam& param, int chunk)
 class CLinePass
 {
 public:
-    explicit CLinePass(int columnCount) : m_columnCount(columnCount), m_columns(columnCount) {}
+    explicit CLinePass(int columnCount) : m_kernel(MapKernel_Get()), m_columnCount(columnCount), m_columns(columnCount)
+    {
+    }
 
     void Begin(const SSrcBandLine& /*line*/)
     {
@@ -53,7 +55,7 @@ public:
             return false;
         }
         SBlockLine& blocks = m_lines[m_lineCount];
-        blocks.Cut(line.m_pLine, param.m_unitDirection == directionAscending);
+        blocks.Cut(m_kernel, line.m_pLine, param.m_unitDirection == directionAscending);
         for (int place = 0; place < chunkCount; ++place)
         {
             m_columns.Column_Set(chunkCount * param.m_unitIndex + place, blocks.m_blocks[place]);
@@ -75,6 +77,7 @@ public:
     }
 
 private:
+    const SMapKernel& m_kernel;
     int m_columnCount;
     int m_lineCount = 0;
     CColumnPass m_columns;
@@ -234,7 +237,7 @@ void CPrintUnitDataMap_03_01::MapData_Line_Bit_8(const SSrcBandDataParam& param,
                                                  unsigned char* dst) const
 {
     SBlockColumns side;
-    side.Cut(src, param.m_unitDirection == directionAscending);
+    side.Cut(MapKernel_Get(), src, param.m_unitDirection == directionAscending);
     unsigned char* out = dst + chunkCount * param.m_unitIndex;
     const int frameByteCount = m_dataFrameWidth;
     for (int k = 0; k < chunkByteCount; ++k)

@@ -38,8 +38,8 @@ bool CPrintUnitDataMap_5::FrameLayout_Get(SFrameLayout& layout) const
 {
     const int frameByteCount = m_dataFrameWidth >> 3;
     // The size stands for all that Init has set: calling the base's Init on top of it leaves a table that is not meant.
-    if (typeid(*this) != typeid(CPrintUnitDataMap_5) || m_dstBitCount != m_srcBitCount ||
-        m_unitMapDataSize <= 0 || m_unitMapDataSize != 2048 * frameByteCount >> (m_srcBitCount - 1))
+    if (typeid(*this) != typeid(CPrintUnitDataMap_5) || m_dstBitCount != m_srcBitCount || m_unitMapDataSize <= 0 ||
+        m_unitMapDataSize != 2048 * frameByteCount >> (m_srcBitCount - 1))
     {
         return false;
     }

@@ -235,17 +235,28 @@ bool CPrintUnitDataMap_8::MapData_Line_Field(const SSrcBandDataParam& param, con
     {
         return false;
     }
+    const int entrySize = m_mapDataSizeOfByte;
+    const int byteCount = param.m_lineBitCount / 8;
+    const SFieldPattern* pairPattern = CFieldPattern::Pair_Get(layout.m_frameByteCount);
+    // Two fields of a line must not overlap: the planes of a line that was told to be too short would.
+    if (kernel.m_pPairs_Or != nullptr && pairPattern != nullptr && byteCount * entrySize <= planeByteCount)
+    {
+        const auto row = static_cast<unsigned>(layout.Row(param.m_unitIndex));
+        kernel.m_pPairs_Or[pairPattern->m_groupSizeIndex](pairPattern->Begin(static_cast<int>(row / 8)), 6 - row % 8,
+                                                          src, byteCount, dst, dst + planeByteCount,
+                                                          byteCount * entrySize);
+        return true;
+    }
     constexpr int pieceSize = 4 * splitRoom; // source bytes
     unsigned char high[pieceSize / 2];
     unsigned char low[pieceSize / 2];
-    const int entrySize = m_mapDataSizeOfByte;
-    const int byteCount = param.m_lineBitCount / 8;
     for (int done = 0; done < byteCount; done += pieceSize)
     {
         const int count = std::min(pieceSize, byteCount - done);
         unsigned char* out = dst + done * entrySize;
         kernel.m_pPlanes_Split(src + done, count, high, low);
-        layout.Field_Or(*kernel.m_pField_Or, *pattern, param.m_unitIndex, high, (count + 1) / 2, out, count * entrySize);
+        layout.Field_Or(*kernel.m_pField_Or, *pattern, param.m_unitIndex, high, (count + 1) / 2, out,
+                        count * entrySize);
         layout.Field_Or(*kernel.m_pField_Or, *pattern, param.m_unitIndex, low, (count + 1) / 2, out + planeByteCount,
                         count * entrySize);
     }

@@ -52,13 +52,11 @@ struct SVector16
     using PartWord = SPartWord<TTag>;
     using Half = SVector16; // there is no smaller one
     static constexpr int size = 16;
-    static constexpr bool bTransposesWords = false; // no instruction that transposes the bits of 8 bytes
+    static constexpr bool bTransposesWords = false; // has no instruction that transposes the bits of 8 bytes
+    static constexpr bool bPartsPairs = false;      // has no better way to part pairs of bits than any vector
 
     static Type Load(const unsigned char* bytes) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes)); }
-    static void Store(unsigned char* bytes, Type value)
-    {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), value);
-    }
+    static void Store(unsigned char* bytes, Type value) { _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), value); }
     static Type Load_Part(const unsigned char* bytes, int count)
     {
         const std::uint64_t low = PartWord::Load_Part(bytes, count < 8 ? count : 8);
@@ -115,6 +113,14 @@ struct SVector16
     static Type Pack16(Type a, Type b) { return _mm_packus_epi16(a, b); }
     // The low halves of every two bytes as one byte, in a 16-bit word: the first byte's on top. High halves must be 0.
     static Type Nibbles_Join(Type a) { return _mm_maddubs_epi16(a, _mm_set1_epi16(0x0110)); }
+    // Four vectors of 16 bytes, in as few stores as there can be: they may be loaded at once soon.
+    static void Store_Four(unsigned char* bytes, const Type (&values)[4])
+    {
+        for (int i = 0; i < 4; ++i)
+        {
+            Store(bytes + 16 * i, values[i]);
+        }
+    }
     // Both halves of a vector, each to its place.
     static void Halves_Store(Type value, unsigned char* low, unsigned char* high)
     {
@@ -122,10 +128,7 @@ struct SVector16
         _mm_storel_epi64(reinterpret_cast<__m128i*>(high), _mm_unpackhi_epi64(value, value));
     }
     // `value` where all bits of `bits` (a single one) are set in x, else 0.
-    static Type Select(Type x, Type bits, Type value)
-    {
-        return And(_mm_cmpeq_epi8(And(x, bits), bits), value);
-    }
+    static Type Select(Type x, Type bits, Type value) { return And(_mm_cmpeq_epi8(And(x, bits), bits), value); }
     // Exchanges the bits `mask` of b with the bits of a that stand `bits` below them.
     template<int bits>
     static void Bits_Exchange(Type& a, Type& b, Type mask)

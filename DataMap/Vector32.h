@@ -9,7 +9,8 @@ struct SVector32
     using Type = __m256i;
     using Half = SVector16<TTag>;
     static constexpr int size = 32;
-    static constexpr bool bTransposesWords = false; // no instruction that transposes the bits of 8 bytes
+    static constexpr bool bTransposesWords = false; // has no instruction that transposes the bits of 8 bytes
+    static constexpr bool bPartsPairs = false;      // has no better way to part pairs of bits than any vector
 
     static Type Load(const unsigned char* bytes) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes)); }
     static void Store(unsigned char* bytes, Type value)
@@ -69,15 +70,17 @@ struct SVector32
     }
     static Type Pack16(Type a, Type b) { return _mm256_permute4x64_epi64(_mm256_packus_epi16(a, b), 0xD8); }
     static Type Nibbles_Join(Type a) { return _mm256_maddubs_epi16(a, _mm256_set1_epi16(0x0110)); }
+    static void Store_Four(unsigned char* bytes, const __m128i (&values)[4])
+    {
+        Store(bytes, _mm256_inserti128_si256(_mm256_castsi128_si256(values[0]), values[1], 1));
+        Store(bytes + size, _mm256_inserti128_si256(_mm256_castsi128_si256(values[2]), values[3], 1));
+    }
     static void Halves_Store(Type value, unsigned char* low, unsigned char* high)
     {
         Half::Store(low, _mm256_castsi256_si128(value));
         Half::Store(high, _mm256_extracti128_si256(value, 1));
     }
-    static Type Select(Type x, Type bits, Type value)
-    {
-        return And(_mm256_cmpeq_epi8(And(x, bits), bits), value);
-    }
+    static Type Select(Type x, Type bits, Type value) { return And(_mm256_cmpeq_epi8(And(x, bits), bits), value); }
     template<int bits>
     static void Bits_Exchange(Type& a, Type& b, Type mask)
     {

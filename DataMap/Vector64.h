@@ -9,17 +9,15 @@ struct SVector64
     using Type = __m512i;
     using Half = SVector32<TTag>;
     static constexpr int size = 64;
-    static constexpr bool bTransposesWords = false; // no instruction that transposes the bits of 8 bytes
+    static constexpr bool bTransposesWords = false; // has no instruction that transposes the bits of 8 bytes
+    static constexpr bool bPartsPairs = false;      // has no better way to part pairs of bits than any vector
 
     // The first `count` bytes (0 to 64).
     static __mmask64 Part(int count) { return count >= 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1; }
 
     static Type Load(const unsigned char* bytes) { return _mm512_loadu_si512(bytes); }
     static void Store(unsigned char* bytes, Type value) { _mm512_storeu_si512(bytes, value); }
-    static Type Load_Part(const unsigned char* bytes, int count)
-    {
-        return _mm512_maskz_loadu_epi8(Part(count), bytes);
-    }
+    static Type Load_Part(const unsigned char* bytes, int count) { return _mm512_maskz_loadu_epi8(Part(count), bytes); }
     static void Or_Part(unsigned char* bytes, Type value, int count)
     {
         // With masks of ones: GCC 12 warns of its own header otherwise.
@@ -93,6 +91,12 @@ struct SVector64
         return _mm512_maskz_permutexvar_epi64(0xFF, order, _mm512_packus_epi16(a, b));
     }
     static Type Nibbles_Join(Type a) { return _mm512_maddubs_epi16(a, _mm512_set1_epi16(0x0110)); }
+    static void Store_Four(unsigned char* bytes, const __m128i (&values)[4])
+    {
+        const auto low = _mm256_inserti128_si256(_mm256_castsi128_si256(values[0]), values[1], 1);
+        const auto high = _mm256_inserti128_si256(_mm256_castsi128_si256(values[2]), values[3], 1);
+        Store(bytes, _mm512_maskz_inserti64x4(0xFF, _mm512_castsi256_si512(low), high, 1));
+    }
     static void Halves_Store(Type value, unsigned char* low, unsigned char* high)
     {
         if (high == low + size / 2)

@@ -113,6 +113,7 @@ int Run(const std::vector<std::string>& arguments)
     app.footer(exitStatusText);
     Options_Add(app, line);
     std::vector<const char*> texts;
+    texts.reserve(arguments.size());
     for (const std::string& argument : arguments)
     {
         texts.push_back(argument.c_str());
@@ -155,7 +156,7 @@ int Run(const std::vector<std::string>& arguments)
 
 int main(int argumentCount, char** arguments)
 {
-    const CConsoleText console;
+    [[maybe_unused]] const CConsoleText console;
     try
     {
         return Run(CProcessHelper::Arguments_Get(argumentCount, arguments));

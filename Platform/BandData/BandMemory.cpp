@@ -153,7 +153,9 @@ public:
         return *kept;
     }
 
-    // The smallest kept block that has the size and not half as much again; null if there is none.
+    // The smallest kept block that has the size and not half as much again. Null if there is none; the caller then
+    // makes one of that size, which counts as in use from now on: a block that comes back meanwhile is one more, not
+    // the same.
     SBlock* Take(std::size_t size)
     {
         const std::lock_guard guard(m_lock);
@@ -168,22 +170,30 @@ public:
         }
         if (best == m_blocks.end())
         {
+            ++m_statistic.m_freshBlocks;
+            InUse_Add(size);
             return nullptr;
         }
         SBlock* block = *best;
         m_blocks.erase(best);
         m_statistic.m_keptBytes -= Size(*block);
         ++m_statistic.m_reusedBlocks;
-        InUse_Add(*block);
+        InUse_Add(block->size);
         return block;
     }
 
-    // Counts a block that the system has just given. Returns kept ones for which there is no room any more.
-    Blocks Fresh_Count(const SBlock& block)
+    // There was no memory for the block that Take has counted.
+    void Fresh_Discount(std::size_t size)
     {
         const std::lock_guard guard(m_lock);
-        ++m_statistic.m_freshBlocks;
-        InUse_Add(block);
+        --m_statistic.m_freshBlocks;
+        m_statistic.m_inUseBytes -= static_cast<std::int64_t>(size);
+    }
+
+    // Kept blocks for which there is no room any more.
+    Blocks Surplus()
+    {
+        const std::lock_guard guard(m_lock);
         return Surplus_Take();
     }
 
@@ -228,9 +238,9 @@ private:
     static std::int64_t Size(const SBlock& block) { return static_cast<std::int64_t>(block.size); }
     std::int64_t Peak() const { return std::max(m_peak, m_formerPeak); }
 
-    void InUse_Add(const SBlock& block)
+    void InUse_Add(std::size_t size)
     {
-        m_statistic.m_inUseBytes += Size(block);
+        m_statistic.m_inUseBytes += static_cast<std::int64_t>(size);
         m_peak = std::max(m_peak, m_statistic.m_inUseBytes);
     }
 
@@ -280,9 +290,10 @@ unsigned char* Block_Allocate(std::size_t dataSize)
         }
         if (block == nullptr)
         {
+            CKeptBlocks::Get().Fresh_Discount(size);
             return nullptr;
         }
-        Blocks_Free(CKeptBlocks::Get().Fresh_Count(*block));
+        Blocks_Free(CKeptBlocks::Get().Surplus());
         Block_Forbid(block);
     }
     unsigned char* data = Data_Place(block);

@@ -64,7 +64,3 @@ void CProcessHelper::TerminalClose_Handle(void (*pHandler)())
     g_pCloseHandler = pHandler;
     std::signal(SIGHUP, pHandler == nullptr ? SIG_DFL : &Hangup_Handle);
 }
-
-CConsoleText::CConsoleText() = default;
-
-CConsoleText::~CConsoleText() = default;

@@ -44,11 +44,17 @@ public:
 class PLATFORM_API CConsoleText
 {
 public:
+#if defined(_WIN32)
     CConsoleText();
     ~CConsoleText();
+#else
+    CConsoleText() = default;
+#endif
     CConsoleText(const CConsoleText&) = delete;
     CConsoleText& operator=(const CConsoleText&) = delete;
 
 private:
-    [[maybe_unused]] unsigned m_formerCodePage = 0; // 0: nothing to put back
+#if defined(_WIN32)
+    unsigned m_formerCodePage; // 0: nothing to put back
+#endif
 };

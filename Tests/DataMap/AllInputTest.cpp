@@ -167,7 +167,8 @@ SSource Source_Draw(std::mt19937& random, const STwinStyle& layout, int unit, in
     Bytes bytes = Bytes_Random(random, static_cast<std::size_t>(byteCount));
     if (layout.style == ETwinStyle::Style_8 && byteCount > 0 && random() % 2 == 0)
     {
-        bytes.back() = static_cast<unsigned char>(bytes.back() & (random() % 2 == 0 ? 0xAA : 0x55)); // a last byte with an entry of its own
+        bytes.back() = static_cast<unsigned char>(
+            bytes.back() & (random() % 2 == 0 ? 0xAA : 0x55)); // a last byte with an entry of its own
     }
     source.bytes = std::make_unique<CExactBytes>(bytes, random() % 16);
     return source;
@@ -191,14 +192,15 @@ SLineSet LineSet_Draw(const STwinStyle& layout)
     }
     for (int extra = Draw(-6, 3); extra > 0 && !units.empty(); --extra)
     {
-        units.insert(units.begin() + static_cast<std::ptrdiff_t>(random() % units.size()), units[random() % units.size()]);
+        units.insert(units.begin() + static_cast<std::ptrdiff_t>(random() % units.size()),
+                     units[random() % units.size()]);
     }
     const int usual = LineBits_Draw(layout);
     const int other = LineBits_Draw(layout);
     const bool bOthers = Draw(0, 4) == 0;
     int needed = 0;
-    set.dstByteCount = Draw(layout.style == ETwinStyle::Style_8 ? 0 : -2,
-                            2 * DstSize_Needed(layout, usual, 0) + layout.frameWidth);
+    set.dstByteCount =
+        Draw(layout.style == ETwinStyle::Style_8 ? 0 : -2, 2 * DstSize_Needed(layout, usual, 0) + layout.frameWidth);
     for (const int unit : units)
     {
         const int bits = bOthers && random() % 3 == 0 ? other : usual;
@@ -247,8 +249,8 @@ Bytes Set_AllInput(const CPrintUnitDataMap_Base& map, const SLineSet& set)
     return dst.Content();
 }
 
-const std::vector<ETwinStyle> everyStyle = {ETwinStyle::Style_1, ETwinStyle::Style_2,  ETwinStyle::Style_5,
-                                            ETwinStyle::Style_6, ETwinStyle::Style_7,  ETwinStyle::Style_8,
+const std::vector<ETwinStyle> everyStyle = {ETwinStyle::Style_1,  ETwinStyle::Style_2,    ETwinStyle::Style_5,
+                                            ETwinStyle::Style_6,  ETwinStyle::Style_7,    ETwinStyle::Style_8,
                                             ETwinStyle::Style_03, ETwinStyle::Style_03_01};
 
 class CAllInputTest : public testing::TestWithParam<ETwinStyle>

@@ -40,8 +40,7 @@ HANDLE CreateThread(void* securityAttributes, std::size_t stackSize, unsigned lo
                     CKelBaseThread<CWorker>* parameter, DWORD creationFlags, DWORD* threadId)
 {
     g_calls.push_back({securityAttributes != nullptr, stackSize, parameter, creationFlags, threadId});
-    return g_bRefuse ? nullptr
-                     : ::CreateThread(nullptr, stackSize, startRoutine, parameter, creationFlags, threadId);
+    return g_bRefuse ? nullptr : ::CreateThread(nullptr, stackSize, startRoutine, parameter, creationFlags, threadId);
 }
 
 class CWorker : public CKelBaseThread<CWorker>

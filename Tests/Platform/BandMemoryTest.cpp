@@ -1,6 +1,7 @@
 // The memory of bands: what is kept, what is given back, and that it is zero every time.
 #include "Platform/BandData/BandMemory.h"
 #include "Platform/BandData/BandData.h"
+#include "Platform/DataProcess/BandDataFIFO_S.h"
 
 #include <gtest/gtest.h>
 
@@ -213,6 +214,39 @@ TEST_F(BandMemory, BandsOfAllSizesAreZeroWhateverTheMemoryHeldBefore)
         std::memset(band.m_pData, 0xFF, static_cast<std::size_t>(band.m_dataSize));
     }
     EXPECT_GT(Reused(), 0);
+}
+
+TEST_F(BandMemory, BandsThatOneThreadMakesAndAnotherDeletesTakeNoMoreMemoryThanThereAreAtOnce)
+{
+    constexpr int bandCount = CBandMemory::blocksPerRound - 1;
+    constexpr int capacity = 1;
+    const CBlock pool(blockSize);
+    CBandDataFIFO_S fifo(capacity);
+    std::thread maker(
+        [&]
+        {
+            for (int i = 0; i < bandCount; ++i)
+            {
+                auto* band = new CBandData();
+                EXPECT_TRUE(band->Create(800, 10'000, 1, 1));
+                while (!fifo.WaitForIn(100))
+                {
+                }
+                EXPECT_TRUE(fifo.In(band, 0));
+            }
+        });
+    for (int i = 0; i < bandCount;)
+    {
+        CBandData* band = nullptr;
+        if (fifo.Out(band, 100))
+        {
+            delete band;
+            ++i;
+        }
+    }
+    maker.join();
+    EXPECT_LE(Fresh(), 1 + capacity + 2); // the pool, and a band in the FIFO and in each hand
+    EXPECT_EQ(Fresh() + Reused(), 1 + bandCount);
 }
 
 TEST_F(BandMemory, ManyThreadsGetZeroBlocksOfTheirOwn)

@@ -1,4 +1,5 @@
-// boardmap kernels and convert --kernel from outside: what they list, what they refuse, and that the output is the same.
+// boardmap kernels and convert --kernel from outside: what they list, what they refuse, and that the output is the
+// same.
 #include "DataMap/DataMapKernel.h"
 #include "Tests/Host/Command/CommandSupport.h"
 
