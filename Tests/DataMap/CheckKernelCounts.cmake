@@ -5,10 +5,10 @@
 # is meant to move them, put the printed figures in here.
 set(allowance 10) # percent
 set(pinned
-    scalar line 0
-    scalar all 0
-    avx2 line 0
-    avx2 all 0)
+    scalar line 60708
+    scalar all 31386
+    avx2 line 10688
+    avx2 all 2872)
 
 function(instructions_of kernel work lines out)
     execute_process(
