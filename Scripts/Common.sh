@@ -51,12 +51,12 @@ build_packages=(g++ cmake ninja-build ccache pkg-config libboost-log-dev libcli1
 # What it takes to rip the demo page.
 page_packages=(ghostscript netpbm)
 # What it takes to check and test.
-test_packages=(abigail-tools binutils clang-format clang-tidy dpkg-dev file git libgmock-dev libgtest-dev
+test_packages=(abigail-tools binutils clang clang-format clang-tidy dpkg-dev file git libc++-dev libgmock-dev libgtest-dev
     librapidcheck-dev shellcheck valgrind)
 # What it takes to measure, peers included.
 bench_packages=(bitshuffle libbenchmark-dev libboost-dev libtbb-dev linux-perf python3-matplotlib python3-numpy)
 # What it takes to build for 64-bit Windows, third-party libraries included, and to run the result.
-windows_packages=(binutils-mingw-w64-x86-64 bzip2 dpkg-dev g++-mingw-w64-x86-64-posix googletest libboost-tools-dev
+windows_packages=(binutils-mingw-w64-x86-64 bzip2 clang dpkg-dev file g++-mingw-w64-x86-64-posix googletest libboost-tools-dev
     libz-mingw-w64-dev util-linux wine wine64 xz-utils zip unzip)
 
 jobs=$(nproc)
