@@ -19,6 +19,8 @@ struct SPlanePair
 class CLayoutPass
 {
 public:
+    static constexpr int lineRunMin = 5;
+
     explicit CLayoutPass(const SFrameLayout& layout)
         : m_layout(layout),
           m_frames(layout.m_frameByteCount),

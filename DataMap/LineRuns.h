@@ -8,24 +8,14 @@
 #include "DataMap/PrintUnitDataMap_Base.h"
 #include "KelCommon/KelCompiler.h"
 
-#include <cstdint>
-
-// From so many lines on, one pass is faster than one line after the other.
-constexpr int lineRunMin = 3;
-
 // How far ahead a run asks for what will be wanted soon. Bands lie line after line, but one line takes too little of
 // too many of them for a processor to notice by itself.
 constexpr int srcAhead = 512;          // bytes
 constexpr int srcLineBitMax = 8 * 128; // longer lines are noticed
 constexpr int dstLineByteMax = 4096;   // likewise
 
-// The address `offset` bytes behind `bytes`, be there memory or not.
-inline const void* Address_Ahead(const unsigned char* bytes, int offset)
-{
-    return reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(bytes) + static_cast<unsigned>(offset));
-}
-
 // `pass` offers:
+//   static constexpr int lineRunMin;           from so many lines on it is faster than one line after the other
 //   void Begin(const SSrcBandLine& line);      a new run whose first line this will be, nothing has been added yet
 //   bool Line_Add(const SSrcBandLine& line);   false if the line cannot join those added so far, or no run at all
 //   void Run_Map(const SSrcBandLine* lines, int lineCount, unsigned char* dst, int dstByteCount);   those added
@@ -37,7 +27,7 @@ bool LineRuns_Map(TPass& pass, const CPrintUnitDataMap_Base& map, const SSrcBand
     // Not in a function of its own: GCC takes one that only fetches for one that does nothing.
     for (int offset = 0; offset < dstByteCount && dstByteCount <= dstLineByteMax; offset += 64)
     {
-        KEL_PREFETCH(Address_Ahead(dst, 2 * dstByteCount + offset));
+        KEL_PREFETCH(dst + 2 * dstByteCount + offset);
     }
     int next = 0;
     while (next < lineCount)
@@ -48,11 +38,11 @@ bool LineRuns_Map(TPass& pass, const CPrintUnitDataMap_Base& map, const SSrcBand
         {
             if (lines[next].m_param.m_lineBitCount <= srcLineBitMax)
             {
-                KEL_PREFETCH(Address_Ahead(lines[next].m_pLine, srcAhead));
+                KEL_PREFETCH(lines[next].m_pLine + srcAhead);
             }
             ++next;
         }
-        if (next - first >= lineRunMin)
+        if (next - first >= TPass::lineRunMin)
         {
             pass.Run_Map(lines + first, next - first, dst, dstByteCount);
             continue;

@@ -40,6 +40,7 @@ struct SVector64Gfni : SVector64<STag>
 {
     using Half = SVector32Gfni;
     static constexpr bool bTransposesWords = true;
+    static constexpr bool bLanesInOrder = true;
     static constexpr bool bPartsPairs = true;
 
     // Low8 and High8 interleave whole halves here, so that nothing is left to be ordered.
@@ -48,11 +49,6 @@ struct SVector64Gfni : SVector64<STag>
     {
         return _mm512_permutex2var_epi8(a, _mm512_or_si512(Order_Low(), Set(0x20)), b);
     }
-    template<int count>
-    static void Lanes_Order(Type (&/*values*/)[count])
-    {
-    }
-
     static void Words_Transpose(Type (&values)[8], bool bSwapPairs)
     {
         const Type pixels = Set_Word(bSwapPairs ? pixelMatrixSwapped : pixelMatrix);

@@ -44,6 +44,8 @@ bool IsAscending(const SSrcBandDataParam& param)
 class CLinePass
 {
 public:
+    static constexpr int lineRunMin = 3;
+
     explicit CLinePass(int frameByteCount) : m_kernel(MapKernel_Get()), m_frameByteCount(frameByteCount) {}
 
     void Begin(const SSrcBandLine& /*line*/)

@@ -36,6 +36,8 @@ int Chunk_BoardUnit(const SSrcBandDataParam& param, int chunk)
 class CLinePass
 {
 public:
+    static constexpr int lineRunMin = 3;
+
     explicit CLinePass(int columnCount) : m_kernel(MapKernel_Get()), m_columnCount(columnCount), m_columns(columnCount)
     {
     }
@@ -73,7 +75,7 @@ public:
         }
         unsigned char frames[SBlockLine::room * CColumnPass::columnCountMax];
         m_columns.Columns_Store(SBlockLine::room, frames); // the kernels prefer whole vectors
-        std::memcpy(dst, frames, static_cast<std::size_t>(chunkByteCount * m_columnCount));
+        std::memcpy(dst, frames, chunkByteCount * static_cast<std::size_t>(m_columnCount));
     }
 
 private:

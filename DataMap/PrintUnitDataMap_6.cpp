@@ -14,6 +14,8 @@ namespace
 class CLinePass
 {
 public:
+    static constexpr int lineRunMin = 5;
+
     explicit CLinePass(int columnCount) : m_columnCount(columnCount), m_columns(columnCount) {}
 
     void Begin(const SSrcBandLine& line)

@@ -27,6 +27,8 @@ constexpr NibbleTable nibbleTableBig = {0x00, 0x03, 0x0C, 0x0F, 0x30, 0x33, 0x3C
 class CLinePass
 {
 public:
+    static constexpr int lineRunMin = 5;
+
     // `mapData`: the map's table.
     CLinePass(int columnCount, const unsigned char* mapData) : m_columnCount(columnCount), m_columns(columnCount)
     {

@@ -142,6 +142,8 @@ template<class TTail>
 class CTailedPass
 {
 public:
+    static constexpr int lineRunMin = 3;
+
     CTailedPass(int unitCount, TTail tail) : m_pass(unitCount), m_tail(tail) {}
 
     void Begin(const SSrcBandLine& line) { m_pass.Begin(line); }

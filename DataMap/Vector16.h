@@ -53,6 +53,7 @@ struct SVector16
     using Half = SVector16; // there is no smaller one
     static constexpr int size = 16;
     static constexpr bool bTransposesWords = false; // has no instruction that transposes the bits of 8 bytes
+    static constexpr bool bLanesInOrder = true;     // what Low8 and High8 make needs no Lanes_Order
     static constexpr bool bPartsPairs = false;      // has no better way to part pairs of bits than any vector
 
     static Type Load(const unsigned char* bytes) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes)); }
@@ -105,10 +106,6 @@ struct SVector16
     static Type Shuffle(Type table, Type index) { return _mm_shuffle_epi8(table, index); }
     static Type Low8(Type a, Type b) { return _mm_unpacklo_epi8(a, b); }
     static Type High8(Type a, Type b) { return _mm_unpackhi_epi8(a, b); }
-    template<int count>
-    static void Lanes_Order(Type (&/*values*/)[count])
-    {
-    }
     // The low bytes of the 16-bit words of a, then of b; the high bytes are 0.
     static Type Pack16(Type a, Type b) { return _mm_packus_epi16(a, b); }
     // The low halves of every two bytes as one byte, in a 16-bit word: the first byte's on top. High halves must be 0.

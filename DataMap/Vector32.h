@@ -10,7 +10,8 @@ struct SVector32
     using Half = SVector16<TTag>;
     static constexpr int size = 32;
     static constexpr bool bTransposesWords = false; // has no instruction that transposes the bits of 8 bytes
-    static constexpr bool bPartsPairs = false;      // has no better way to part pairs of bits than any vector
+    static constexpr bool bLanesInOrder = false;
+    static constexpr bool bPartsPairs = false; // has no better way to part pairs of bits than any vector
 
     static Type Load(const unsigned char* bytes) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes)); }
     static void Store(unsigned char* bytes, Type value)
@@ -55,17 +56,12 @@ struct SVector32
     static Type Low8(Type a, Type b) { return _mm256_unpacklo_epi8(a, b); }
     static Type High8(Type a, Type b) { return _mm256_unpackhi_epi8(a, b); }
     template<int count>
-    static void Lanes_Order(Type (&values)[count])
+    static void Lanes_Order(const Type (&values)[count], Type (&result)[count])
     {
-        Type ordered[count];
         for (int i = 0; i < count / 2; ++i)
         {
-            ordered[i] = _mm256_permute2x128_si256(values[2 * i], values[2 * i + 1], 0x20);
-            ordered[count / 2 + i] = _mm256_permute2x128_si256(values[2 * i], values[2 * i + 1], 0x31);
-        }
-        for (int i = 0; i < count; ++i)
-        {
-            values[i] = ordered[i];
+            result[i] = _mm256_permute2x128_si256(values[2 * i], values[2 * i + 1], 0x20);
+            result[count / 2 + i] = _mm256_permute2x128_si256(values[2 * i], values[2 * i + 1], 0x31);
         }
     }
     static Type Pack16(Type a, Type b) { return _mm256_permute4x64_epi64(_mm256_packus_epi16(a, b), 0xD8); }

@@ -10,7 +10,8 @@ struct SVector64
     using Half = SVector32<TTag>;
     static constexpr int size = 64;
     static constexpr bool bTransposesWords = false; // has no instruction that transposes the bits of 8 bytes
-    static constexpr bool bPartsPairs = false;      // has no better way to part pairs of bits than any vector
+    static constexpr bool bLanesInOrder = false;
+    static constexpr bool bPartsPairs = false; // has no better way to part pairs of bits than any vector
 
     // The first `count` bytes (0 to 64).
     static __mmask64 Part(int count) { return count >= 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1; }
@@ -54,15 +55,14 @@ struct SVector64
     static Type Low8(Type a, Type b) { return _mm512_unpacklo_epi8(a, b); }
     static Type High8(Type a, Type b) { return _mm512_unpackhi_epi8(a, b); }
     template<int count>
-    static void Lanes_Order(Type (&values)[count])
+    static void Lanes_Order(const Type (&values)[count], Type (&result)[count])
     {
-        Type ordered[count];
         if constexpr (count == 2)
         {
             const Type low = _mm512_set_epi64(11, 10, 3, 2, 9, 8, 1, 0);
             const Type high = _mm512_set_epi64(15, 14, 7, 6, 13, 12, 5, 4);
-            ordered[0] = _mm512_permutex2var_epi64(values[0], low, values[1]);
-            ordered[1] = _mm512_permutex2var_epi64(values[0], high, values[1]);
+            result[0] = _mm512_permutex2var_epi64(values[0], low, values[1]);
+            result[1] = _mm512_permutex2var_epi64(values[0], high, values[1]);
         }
         else
         {
@@ -74,15 +74,11 @@ struct SVector64
                 const Type even23 = Lanes_Pick<0x88>(four[2], four[3]);
                 const Type odd01 = Lanes_Pick<0xDD>(four[0], four[1]);
                 const Type odd23 = Lanes_Pick<0xDD>(four[2], four[3]);
-                ordered[i] = Lanes_Pick<0x88>(even01, even23);
-                ordered[step + i] = Lanes_Pick<0x88>(odd01, odd23);
-                ordered[2 * step + i] = Lanes_Pick<0xDD>(even01, even23);
-                ordered[3 * step + i] = Lanes_Pick<0xDD>(odd01, odd23);
+                result[i] = Lanes_Pick<0x88>(even01, even23);
+                result[step + i] = Lanes_Pick<0x88>(odd01, odd23);
+                result[2 * step + i] = Lanes_Pick<0xDD>(even01, even23);
+                result[3 * step + i] = Lanes_Pick<0xDD>(odd01, odd23);
             }
-        }
-        for (int i = 0; i < count; ++i)
-        {
-            values[i] = ordered[i];
         }
     }
     static Type Pack16(Type a, Type b)

@@ -22,24 +22,38 @@ struct SVectorKernel
     static constexpr int size = V::size;
     static constexpr bool bSmallest = size == 16;
 
-    // Interleaves the bytes of `count` vectors (2, 4, 8 or 16); the result is in order, vector by vector.
-    template<int count>
-    static void Interleave(Type (&values)[count])
+    // Interleaves the bytes of `count` vectors (2, 4, 8 or 16); the result is in order, vector by vector. From array to
+    // array at every step: a compiler that sees an array copied takes it for memory.
+    template<int count, int merged = 2>
+    static void Interleave(const Type (&values)[count], Type (&result)[count])
     {
-        for (int merged = 1; merged < count; merged *= 2)
+        if constexpr (merged == count && V::bLanesInOrder)
+        {
+            Halves_Merge(values, result);
+        }
+        else
         {
             Type next[count];
-            for (int i = 0; i < count / 2; ++i)
+            Halves_Merge(values, next);
+            if constexpr (merged == count)
             {
-                next[2 * i] = V::Low8(values[i], values[i + count / 2]);
-                next[2 * i + 1] = V::High8(values[i], values[i + count / 2]);
+                V::Lanes_Order(next, result);
             }
-            for (int i = 0; i < count; ++i)
+            else
             {
-                values[i] = next[i];
+                Interleave<count, 2 * merged>(next, result);
             }
         }
-        V::Lanes_Order(values);
+    }
+
+    template<int count>
+    static void Halves_Merge(const Type (&values)[count], Type (&result)[count])
+    {
+        for (int i = 0; i < count / 2; ++i)
+        {
+            result[2 * i] = V::Low8(values[i], values[i + count / 2]);
+            result[2 * i + 1] = V::High8(values[i], values[i + count / 2]);
+        }
     }
 
     // Bit 7 - i of value[r]'s bytes changes places with bit 7 - r of value[i]'s.
@@ -81,35 +95,30 @@ struct SVectorKernel
         const Type row6 = Row_Load(rows[6], offset, count);
         const Type row7 = Row_Load(rows[7], offset, count);
         Type values[8] = {row0, row1, row2, row3, row4, row5, row6, row7};
+        Type frames[8];
         if constexpr (V::bTransposesWords)
         {
-            Interleave(values);
-            V::Words_Transpose(values, bSwapPairs);
+            Interleave(values, frames);
+            V::Words_Transpose(frames, bSwapPairs);
         }
         else
         {
-            Frames_Make(values, bSwapPairs);
+            Bits_Transpose(values);
+            if (bSwapPairs)
+            {
+                const Type swapped[8] = {values[1], values[0], values[3], values[2],
+                                         values[5], values[4], values[7], values[6]};
+                Interleave(swapped, frames);
+            }
+            else
+            {
+                Interleave(values, frames);
+            }
         }
         for (int i = 0; i < 8; ++i)
         {
-            V::Store(dst + i * size, values[i]);
+            V::Store(dst + i * size, frames[i]);
         }
-    }
-
-    // What vectors without an instruction for it make of 8 rows.
-    static void Frames_Make(Type (&values)[8], bool bSwapPairs)
-    {
-        Bits_Transpose(values);
-        if (bSwapPairs)
-        {
-            for (int i = 0; i < 8; i += 2)
-            {
-                const Type even = values[i];
-                values[i] = values[i + 1];
-                values[i + 1] = even;
-            }
-        }
-        Interleave(values);
     }
 
     static void Rows_Transpose(const unsigned char* const* rows, int offset, int byteCount, bool bSwapPairs,
@@ -154,11 +163,16 @@ struct SVectorKernel
         }
         if constexpr (count > 1)
         {
-            Interleave(values);
+            Type result[count];
+            Interleave(values, result);
+            for (int i = 0; i < count; ++i)
+            {
+                Write<bStore>(dst + offset * count + i * size, result[i]);
+            }
         }
-        for (int i = 0; i < count; ++i)
+        else
         {
-            Write<bStore>(dst + offset * count + i * size, values[i]);
+            Write<bStore>(dst + offset, values[0]);
         }
     }
 
@@ -225,17 +239,18 @@ struct SVectorKernel
         {
             values[i] = V::Load(columns[i] + offset);
         }
-        Interleave(values);
+        Type result[count];
+        Interleave(values, result);
         for (int i = 0; i < size; ++i)
         {
             unsigned char* out = dst + (offset + i) * columnCount;
             if constexpr (count == size)
             {
-                Write<bStore>(out, values[i]);
+                Write<bStore>(out, result[i]);
             }
             else
             {
-                const __m128i value = i % 2 == 0 ? values[i / 2] : _mm_unpackhi_epi64(values[i / 2], values[i / 2]);
+                const __m128i value = i % 2 == 0 ? result[i / 2] : _mm_unpackhi_epi64(result[i / 2], result[i / 2]);
                 auto* word = reinterpret_cast<__m128i*>(out);
                 _mm_storel_epi64(word, bStore ? value : V::Or(_mm_loadl_epi64(word), value));
             }
@@ -406,13 +421,14 @@ struct SVectorKernel
         {
             const int rest = byteCount - done;
             const Type x = rest >= size ? V::Load(src + done) : V::Load_Part(src + done, rest);
-            Type values[2] = {V::Shuffle(bytes, V::And(V::template ShiftRight16<4>(x), nibble)),
-                              V::Shuffle(bytes, V::And(x, nibble))};
-            Interleave(values);
-            V::Store(dst + 2 * done, values[0]);
+            const Type values[2] = {V::Shuffle(bytes, V::And(V::template ShiftRight16<4>(x), nibble)),
+                                    V::Shuffle(bytes, V::And(x, nibble))};
+            Type result[2];
+            Interleave(values, result);
+            V::Store(dst + 2 * done, result[0]);
             if (2 * rest > size)
             {
-                V::Store(dst + 2 * done + size, values[1]);
+                V::Store(dst + 2 * done + size, result[1]);
             }
         }
     }
@@ -451,8 +467,9 @@ struct SBlockKernel
     {
         Type blocks[4];
         Blocks_Load(src, bAscending, blocks);
-        SVectorKernel<V16>::Interleave(blocks);
-        V::Store_Four(dst, blocks);
+        Type result[4];
+        SVectorKernel<V16>::Interleave(blocks, result);
+        V::Store_Four(dst, result);
     }
 
 private:

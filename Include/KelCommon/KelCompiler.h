@@ -45,10 +45,10 @@
 #define KEL_MEMORY_PERMIT(address, size) static_cast<void>(address)
 #endif
 
-// Asks the processor to fetch the cache line at an address (const void*). A hint: any address will do, also one where
+// Asks the processor to fetch the cache line at an address. A hint: any address will do, also one where
 // there is no memory.
 #if defined(__x86_64__) || defined(_M_X64)
-#define KEL_PREFETCH(address) _mm_prefetch(static_cast<const char*>(address), _MM_HINT_T0)
+#define KEL_PREFETCH(address) _mm_prefetch(static_cast<const char*>(static_cast<const void*>(address)), _MM_HINT_T0)
 #elif defined(__GNUC__)
 #define KEL_PREFETCH(address) __builtin_prefetch(address)
 #else

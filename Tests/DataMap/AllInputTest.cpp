@@ -298,7 +298,7 @@ TEST_P(CAllInputTest, EveryKernelMapsLinesOfEveryLengthAndClip)
             const int whole = DstSize_Needed(layout, IsBlockStyle(style) ? 400 : bits, 0);
             set.dstByteCount = whole + static_cast<int>(random() % static_cast<unsigned>(width));
             const int unitCount = std::max(1, UnitCount_Of(layout));
-            for (int i = 0; i < std::min(unitCount, 5); ++i)
+            for (int i = 0; i < std::min(unitCount, 7); ++i)
             {
                 const int unit = (i * 7 + bits) % unitCount;
                 set.sources.push_back(Source_Draw(random, layout, unit, IsBlockStyle(style) ? 400 : bits));
@@ -347,7 +347,7 @@ Bytes Bytes_Inverted(Bytes bytes)
     return bytes;
 }
 
-// The overriding class must map `src` as the style itself maps the inverted bytes; one line, and five at once.
+// The overriding class must map `src` as the style itself maps the inverted bytes; one line, and six at once.
 template<class TMap, class... TArguments>
 void LookUp_ExpectUsed(TArguments... arguments)
 {
@@ -358,18 +358,18 @@ void LookUp_ExpectUsed(TArguments... arguments)
     Bytes one(6400);
     std::vector<Bytes> sources;
     std::vector<SSrcBandLine> lines;
-    for (int unit = 0; unit < 5; ++unit)
+    for (int unit = 0; unit < 6; ++unit)
     {
         sources.push_back(Bytes_Random(random, 50));
         Line_Map(*style, Param_Make(unit, 400), Bytes_Inverted(sources.back()), expected);
         Line_Map(*turned, Param_Make(unit, 400), sources.back(), one);
     }
-    for (int unit = 0; unit < 5; ++unit)
+    for (int unit = 0; unit < 6; ++unit)
     {
         lines.push_back({Param_Make(unit, 400), sources[static_cast<std::size_t>(unit)].data()});
     }
     Bytes all(6400);
-    EXPECT_TRUE(turned->MapData_Line_AllInput(lines.data(), 5, all.data(), 6400));
+    EXPECT_TRUE(turned->MapData_Line_AllInput(lines.data(), 6, all.data(), 6400));
     EXPECT_EQ(one, expected);
     EXPECT_EQ(all, expected);
 }
@@ -406,7 +406,7 @@ TEST(OverriddenLookUp, IsAskedInStyle8Too)
     const Bytes src = Bytes_Random(random, 50);
     std::vector<SSrcBandLine> lines;
     Bytes expected(800);
-    for (int unit = 0; unit < 5; ++unit)
+    for (int unit = 0; unit < 6; ++unit)
     {
         lines.push_back({Param_Make(unit, 400), src.data()});
         Line_Map(*style, Param_Make(unit + 1, 400), src, expected);
@@ -417,7 +417,7 @@ TEST(OverriddenLookUp, IsAskedInStyle8Too)
         Line_Map(*shifted, line.m_param, src, one);
     }
     Bytes all(800);
-    EXPECT_TRUE(shifted->MapData_Line_AllInput(lines.data(), 5, all.data(), 800));
+    EXPECT_TRUE(shifted->MapData_Line_AllInput(lines.data(), 6, all.data(), 800));
     EXPECT_EQ(one, expected);
     EXPECT_EQ(all, expected);
 }

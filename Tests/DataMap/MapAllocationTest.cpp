@@ -9,7 +9,7 @@ namespace
 const std::vector<STwinStyle> styles = {
     {ETwinStyle::Style_1, 1, 16, 1},  {ETwinStyle::Style_2, 1, 16, 3},  {ETwinStyle::Style_5, 1, 128, 1},
     {ETwinStyle::Style_5, 2, 16, 1},  {ETwinStyle::Style_6, 1, 16, 1},  {ETwinStyle::Style_7, 1, 16, 2},
-    {ETwinStyle::Style_8, 1, 16, 1},  {ETwinStyle::Style_03, 1, 64, 1}, {ETwinStyle::Style_03_01, 1, 16, 1},
+    {ETwinStyle::Style_8, 1, 16, 1},  {ETwinStyle::Style_03, 1, 64, 1}, {ETwinStyle::Style_03_01, 1, 32, 1},
     {ETwinStyle::Style_5, 1, 264, 1}, {ETwinStyle::Style_6, 1, 300, 1},
 };
 } // namespace
@@ -33,13 +33,13 @@ TEST(MapAllocation, MappingALineTakesNothingFromTheHeap)
             const auto map = Map_Make(style);
             const CMapScratch scratch(*map);
             std::vector<SSrcBandLine> lines;
-            for (const int unit : {0, 1, 2, 3, 3})
+            for (const int unit : {0, 1, 2, 3, 4, 5, 5})
             {
                 lines.push_back({Param_Make(unit, 400), src.data()});
                 lines.back().m_param.m_customParam = scratch.Get();
             }
             const auto before = Allocation_Count();
-            const bool bMapped = map->MapData_Line_AllInput(lines.data(), 5, dst.data(), 60'000) &&
+            const bool bMapped = map->MapData_Line_AllInput(lines.data(), 7, dst.data(), 60'000) &&
                                  map->MapData_Line(lines[0].m_param, src.data(), dst.data(), 60'000);
             EXPECT_EQ(Allocation_Count(), before) << name << ", style " << static_cast<int>(style.style);
             EXPECT_TRUE(bMapped);
