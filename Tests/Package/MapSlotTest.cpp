@@ -107,8 +107,8 @@ std::vector<MapPtr> Maps_Make()
     std::vector<MapPtr> maps;
     maps.push_back(Map_Make<CPrintUnitDataMap_1>(16));
     maps.push_back(Map_Make<CPrintUnitDataMap_2>(EDotSizeMode::Small, 16));
-    maps.push_back(Map_Make<CPrintUnitDataMap_03>(1, 16));
-    maps.push_back(Map_Make<CPrintUnitDataMap_03_01>(1, 16));
+    maps.push_back(Map_Make<CPrintUnitDataMap_03>(1, 32));
+    maps.push_back(Map_Make<CPrintUnitDataMap_03_01>(1, 32));
     maps.push_back(Map_Make<CPrintUnitDataMap_5>(1, 16));
     maps.push_back(Map_Make<CPrintUnitDataMap_6>(1, 16));
     maps.push_back(Map_Make<CPrintUnitDataMap_7>(EDotSizeMode::Small, 16));
