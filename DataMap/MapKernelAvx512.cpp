@@ -9,17 +9,6 @@ struct STag
 {
 };
 using Vector = SVector64<STag>;
-using Kernel = SVectorKernel<Vector>;
 } // namespace
 
-const SMapKernel mapKernelAvx512 = {"avx512",
-                                    &SSelectField<Vector>::functions,
-                                    nullptr,
-                                    Kernel::Rows_Transpose,
-                                    Kernel::Columns_Map<false>,
-                                    Kernel::Columns_Map<true>,
-                                    Kernel::Planes_Split,
-                                    Kernel::Quads_Split,
-                                    SBlockKernel<Vector>::Blocks_Cut,
-                                    SBlockKernel<Vector>::Blocks_Interleave,
-                                    Kernel::Nibbles_Expand};
+constinit const SMapKernel mapKernelAvx512 = VectorKernel_Make<Vector>("avx512");

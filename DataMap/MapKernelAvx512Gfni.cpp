@@ -118,7 +118,6 @@ private:
     }
 };
 using Vector = SVector64Gfni;
-using Kernel = SVectorKernel<Vector>;
 
 constexpr __mmask64 everyByte = ~__mmask64{0};
 
@@ -260,14 +259,5 @@ void Pairs_Or(const unsigned char* pattern, unsigned lowestBit, const unsigned c
 constexpr PairFunction pairFunctions[pairGroupSizeCount] = {Pairs_Or<8>, Pairs_Or<16>, Pairs_Or<32>};
 } // namespace
 
-const SMapKernel mapKernelAvx512Gfni = {"avx512-gfni",
-                                        &SFieldKernel<Vector, SShiftSpread>::functions,
-                                        pairFunctions,
-                                        Kernel::Rows_Transpose,
-                                        Kernel::Columns_Map<false>,
-                                        Kernel::Columns_Map<true>,
-                                        Kernel::Planes_Split,
-                                        Kernel::Quads_Split,
-                                        SBlockKernel<Vector>::Blocks_Cut,
-                                        SBlockKernel<Vector>::Blocks_Interleave,
-                                        Kernel::Nibbles_Expand};
+constinit const SMapKernel mapKernelAvx512Gfni =
+    VectorKernel_Make<Vector>("avx512-gfni", SFieldKernel<Vector, SShiftSpread>::functions, pairFunctions);

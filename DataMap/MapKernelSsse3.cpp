@@ -9,17 +9,6 @@ struct STag
 {
 };
 using Vector = SVector16<STag>;
-using Kernel = SVectorKernel<Vector>;
 } // namespace
 
-const SMapKernel mapKernelSsse3 = {"ssse3",
-                                   &SSelectField<Vector>::functions,
-                                   nullptr,
-                                   Kernel::Rows_Transpose,
-                                   Kernel::Columns_Map<false>,
-                                   Kernel::Columns_Map<true>,
-                                   Kernel::Planes_Split,
-                                   Kernel::Quads_Split,
-                                   SBlockKernel<Vector>::Blocks_Cut,
-                                   SBlockKernel<Vector>::Blocks_Interleave,
-                                   Kernel::Nibbles_Expand};
+constinit const SMapKernel mapKernelSsse3 = VectorKernel_Make<Vector>("ssse3");

@@ -632,3 +632,24 @@ struct SSelectField
     using Spread = SSelectSpread<V, vectorCount, kind == Field_TwoBit>;
     static constexpr const SFieldFunctions& functions = SFieldKernel<V, Spread>::functions;
 };
+
+// The kernel of vectors V, whose fields and pairs of bits may have a better way than its other loops. A constant: no
+// instruction of a kernel runs before it was chosen.
+template<class V>
+constexpr SMapKernel VectorKernel_Make(const char* name, const SFieldFunctions& fields = SSelectField<V>::functions,
+                                       const PairFunction* pPairs = nullptr)
+{
+    using Kernel = SVectorKernel<V>;
+    using Block = SBlockKernel<V>;
+    return {name,
+            &fields,
+            pPairs,
+            Kernel::Rows_Transpose,
+            Kernel::template Columns_Map<false>,
+            Kernel::template Columns_Map<true>,
+            Kernel::Planes_Split,
+            Kernel::Quads_Split,
+            Block::Blocks_Cut,
+            Block::Blocks_Interleave,
+            Kernel::Nibbles_Expand};
+}
