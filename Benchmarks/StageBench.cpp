@@ -2,14 +2,16 @@
 //
 //   StageBench [--curves generators|units|frame|nozzles|inflight|none] [--units N] [--generators N] [--nozzles N]
 //              [--lines N] [--frame BITS] [--inflight N] [--bits 1|2] [--pattern noise|full|none|checker]
-//              [--stripes N] [--bands N] [--rounds N] [--json FILE]
+//              [--stripes N] [--kernel NAME] [--bands N] [--rounds N] [--json FILE]
 //
 // One producer thread gives filled bands as fast as the stage takes them, without touching their pixels; the main
 // thread takes the board bands and deletes them. A figure is the time from one board band to the next, held against a
 // plain copy of the same bytes on one core, measured in turns with it. Without options it measures the table: the
-// goal's band (16 units, 400 nozzles, 35,000 lines, 2 generators), other numbers of generators, and other contents.
+// goal's band (16 units, 400 nozzles, 35,000 lines, 2 generators), other numbers of generators, other contents, and one
+// and two generators on lines that the scalar kernel maps, where neither memory nor the hand-over of lines is the wall.
 // --curves varies one parameter and leaves the others. README.md beside this file tells how to read the result.
 #include "Benchmarks/Figures.h"
+#include "DataMap/DataMapKernel.h"
 #include "Platform/BandData/BandMemory.h"
 #include "Platform/DataProcess/BandDataFIFO.h"
 #include "Platform/DataProcess/BandDataFIFO_S.h"
@@ -20,6 +22,7 @@
 #include "Platform/PrintParam/PrintParamGlobal.h"
 #include "UnitData2BoardData/UnitData2BoardData_S_AllUnit.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <memory>
@@ -42,6 +45,7 @@ struct SCase
     int inFlight = 3; // bands of every unit
     int bits = 1;     // per pixel
     std::string pattern = "noise";
+    std::string kernel; // of the data maps; empty: the one that the library chose
 };
 
 void Band_Fill(CBandData& band, const std::string& pattern)
@@ -103,6 +107,22 @@ void Job_Configure(const SCase& one)
     }
     DPD_PrintParam()->Set(param);
 }
+
+// Has the maps use the named kernel for as long as it lives.
+class CKernelInUse
+{
+public:
+    explicit CKernelInUse(const std::string& name) : m_before(CDataMapKernel::Current_Get())
+    {
+        Require(name.empty() || CDataMapKernel::Current_Set(name.c_str()), "a kernel that this machine can run");
+    }
+    ~CKernelInUse() { CDataMapKernel::Current_Set(m_before.c_str()); }
+    CKernelInUse(const CKernelInUse&) = delete;
+    CKernelInUse& operator=(const CKernelInUse&) = delete;
+
+private:
+    std::string m_before;
+};
 
 // The stage with its inputs and its producer.
 class CStageRun
@@ -228,6 +248,7 @@ struct SEffort
 void Case_Measure(CFigures& figures, const SCase& one, const SEffort& effort, const std::string& name,
                   const std::string& goal)
 {
+    const CKernelInUse kernel(one.kernel);
     CStageRun run(one);
     run.Bands_Take(effort.bands); // memory and threads become warm
     CCopy copy(static_cast<std::size_t>(run.BoardBytes()));
@@ -254,7 +275,8 @@ void Case_Measure(CFigures& figures, const SCase& one, const SEffort& effort, co
 std::string Name_Of(const SCase& one)
 {
     return "stage, " + std::to_string(one.units) + " units x " + std::to_string(one.nozzles) + " x " +
-           std::to_string(one.lines) + ", " + std::to_string(one.generators) + " generators";
+           std::to_string(one.lines) + (one.kernel.empty() ? "" : ", kernel " + one.kernel) + ", " +
+           std::to_string(one.generators) + " generators";
 }
 
 void Table_Measure(CFigures& figures, const SCase& base, const SEffort& effort)
@@ -264,6 +286,15 @@ void Table_Measure(CFigures& figures, const SCase& base, const SEffort& effort)
         SCase one = base;
         one.generators = generators;
         Case_Measure(figures, one, effort, Name_Of(one), generators == 2 ? ">= 0.6 x copy" : "");
+    }
+    for (const int generators : {1, 2})
+    {
+        SCase one = base;
+        one.kernel = "scalar";
+        one.nozzles = 4096;
+        one.lines = std::max(base.lines / 10, 20);
+        one.generators = generators;
+        Case_Measure(figures, one, effort, Name_Of(one), "");
     }
     for (const char* pattern : {"full", "none", "checker"})
     {
@@ -324,7 +355,7 @@ int main(int argumentCount, char** arguments)
             {"--curves", "none"}, {"--units", "16"},  {"--generators", "2"}, {"--nozzles", "400"},
             {"--lines", "35000"}, {"--frame", "16"},  {"--inflight", "3"},   {"--bits", "1"},
             {"--pattern", ""},    {"--stripes", "0"}, {"--rounds", "5"},     {"--bands", "9"},
-            {"--json", ""},
+            {"--kernel", ""},     {"--json", ""},
         };
         Options_Read(argumentCount, arguments, options);
         const auto number = [&](const char* name) { return std::stoi(options[name]); };
@@ -337,6 +368,7 @@ int main(int argumentCount, char** arguments)
         one.inFlight = number("--inflight");
         one.bits = number("--bits");
         one.stripes = number("--stripes");
+        one.kernel = options["--kernel"];
         one.pattern = options["--pattern"].empty() ? one.pattern : options["--pattern"];
         const SEffort effort = {number("--rounds"), number("--bands")};
         CFigures figures;

@@ -27,6 +27,32 @@ public:
     using CKelThreadBuffer_T::CKelThreadBuffer_T;
 };
 
+using CBuffer = CKelThreadBuffer_T<int>;
+
+// Takes up to `limit` elements out of `fifo`: all at once, or else the one that `take`, which waits for it, brings. The
+// number taken.
+int Elements_Take(CBuffer& buffer, CBuffer::CFIFO& fifo, bool (CBuffer::*take)(int*&, unsigned long), int** elements,
+                  int limit)
+{
+    const int count = fifo.Out_Many(elements, limit, 1);
+    return count > 0 ? count : static_cast<int>((buffer.*take)(elements[0], waitMs));
+}
+
+// Puts `count` elements into `fifo`: all at once, or else one by one with `put`, which waits for room. The number put;
+// the others, which are in no FIFO any more, are deleted.
+int Elements_Put(CBuffer& buffer, CBuffer::CFIFO& fifo, bool (CBuffer::*put)(int*, unsigned long), int** elements,
+                 int count)
+{
+    if (fifo.In_Many(elements, count))
+    {
+        return count;
+    }
+    int** const end = elements + count;
+    int** const stuck = std::find_if_not(elements, end, [&](int* element) { return (buffer.*put)(element, waitMs); });
+    std::for_each(stuck, end, [](int* element) { delete element; });
+    return static_cast<int>(stuck - elements);
+}
+
 } // namespace
 
 CUnit2Board::~CUnit2Board()
@@ -88,6 +114,7 @@ bool CUnit2Board::Create_LineGenerator()
     for (int i = 0; i < m_lineGeneratorCount; ++i)
     {
         auto generator = std::make_unique<CUnit2Board_Line>();
+        generator->LineShare_Set(m_lineGeneratorCount);
         if (!generator->Create(*m_pLineBuffer, *m_pDataMap, m_pSrcBands, m_srcBandCount, *m_pDstBand))
         {
             KEL_LOG_AT(ESeverityLevel::Error, 174, "failure");
@@ -197,25 +224,29 @@ bool CUnit2Board::Initialize()
     return true;
 }
 
-// Hands out lines for as long as there are free elements.
+// Hands out lines for as long as there are free elements: all of those at once.
 bool CUnit2Board::AddSourceLine()
 {
     while (m_addedLineCount < m_pDstBand->m_height && m_pLineBuffer->EmptyFIFO()->HasDataEvent().Wait(0, 0))
     {
-        int* element = nullptr;
-        if (!m_pLineBuffer->Empty_Out(element, waitMs))
+        int* elements[elementCount];
+        const int wanted = std::min(elementCount, m_pDstBand->m_height - m_addedLineCount);
+        const int count =
+            Elements_Take(*m_pLineBuffer, *m_pLineBuffer->EmptyFIFO(), &CBuffer::Empty_Out, elements, wanted);
+        if (count == 0)
         {
             KEL_LOG_AT(ESeverityLevel::Error, 114, "failure");
             return false;
         }
-        *element = m_addedLineCount;
-        if (!m_pLineBuffer->Wait_In(element, waitMs))
+        std::for_each(elements, elements + count,
+                      [line = m_addedLineCount](int* element) mutable { *element = line++; });
+        const int putCount = Elements_Put(*m_pLineBuffer, *m_pLineBuffer->InFIFO(), &CBuffer::Wait_In, elements, count);
+        m_addedLineCount += putCount;
+        if (putCount < count)
         {
-            delete element; // in no FIFO any more
             KEL_LOG_AT(ESeverityLevel::Error, 118, "failure");
             return false;
         }
-        ++m_addedLineCount;
     }
     m_processState = State_Process;
     return true;
@@ -226,19 +257,22 @@ bool CUnit2Board::Process()
 {
     while (m_pLineBuffer->FullFIFO()->HasDataEvent().Wait(0, 0))
     {
-        int* element = nullptr;
-        if (!m_pLineBuffer->Full_Out(element, waitMs))
+        int* elements[elementCount];
+        const int count =
+            Elements_Take(*m_pLineBuffer, *m_pLineBuffer->FullFIFO(), &CBuffer::Full_Out, elements, elementCount);
+        if (count == 0)
         {
             KEL_LOG_AT(ESeverityLevel::Error, 131, "failure");
             return false;
         }
-        if (!m_pLineBuffer->Empty_In(element, waitMs))
+        const int putCount =
+            Elements_Put(*m_pLineBuffer, *m_pLineBuffer->EmptyFIFO(), &CBuffer::Empty_In, elements, count);
+        m_finishedLineCount += putCount;
+        if (putCount < count)
         {
-            delete element; // in no FIFO any more
             KEL_LOG_AT(ESeverityLevel::Error, 135, "failure");
             return false;
         }
-        ++m_finishedLineCount;
     }
     if (m_finishedLineCount >= m_pDstBand->m_height)
     {

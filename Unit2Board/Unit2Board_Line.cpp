@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <new>
 #include <string>
+#include <utility>
 
 namespace
 {
@@ -21,6 +22,8 @@ CUnit2Board_Line::~CUnit2Board_Line()
 {
     delete m_pLineIndex;
     m_pLineIndex = nullptr;
+    std::for_each(m_pLines, m_pLines + m_lineCount, [](int* line) { delete line; });
+    m_lineCount = 0;
 }
 
 bool CUnit2Board_Line::Create(CKelThreadBuffer_T<int>& buffer, const CPrintUnitDataMap_Base& dataMap,
@@ -52,6 +55,7 @@ bool CUnit2Board_Line::Prepare()
 
 void CUnit2Board_Line::Finally()
 {
+    Lines_GiveUp();
     m_pDataMap->CustomParam_Release(m_pCustomParam);
     m_pCustomParam = nullptr;
     TamBaseThread::Finally();
@@ -95,16 +99,28 @@ bool CUnit2Board_Line::CustomParam_Make()
 // True also when no line came: the same state runs again.
 bool CUnit2Board_Line::Line_Take()
 {
-    if (!m_pLineBuffer->InFIFO()->Out(m_pLineIndex))
+    if (m_lineNext == m_lineCount && Lines_Take() == 0)
     {
-        m_pLineBuffer->FullFIFO()->HasData_Hurry(); // this generator brings nothing more until lines are handed out
-        if (!m_pLineBuffer->Wait_Out(m_pLineIndex, waitMs))
-        {
-            return true;
-        }
+        return true;
     }
+    m_pLineIndex = std::exchange(m_pLines[m_lineNext], nullptr);
     m_processState = State_Process;
     return true;
+}
+
+// Passing one element from thread to thread costs about as much as passing some, and often more than mapping a line.
+int CUnit2Board_Line::Lines_Take()
+{
+    auto& inFIFO = *m_pLineBuffer->InFIFO();
+    m_lineNext = 0;
+    m_lineCount = inFIFO.Out_Many(m_pLines, lineLimit, m_lineShare);
+    if (m_lineCount == 0)
+    {
+        m_pLineBuffer->FullFIFO()->HasData_Hurry(); // this generator brings nothing more until lines are handed out
+        inFIFO.HasDataEvent().Wait(waitMs, 0);
+        m_lineCount = inFIFO.Out_Many(m_pLines, lineLimit, m_lineShare);
+    }
+    return m_lineCount;
 }
 
 bool CUnit2Board_Line::Process()
@@ -118,16 +134,57 @@ bool CUnit2Board_Line::Process()
     return true;
 }
 
+// The finished lines go back together, with the last of those that were taken together.
 bool CUnit2Board_Line::AddDstData()
 {
-    if (!m_pLineBuffer->Full_In(m_pLineIndex, waitMs))
+    m_pLines[m_lineNext] = m_pLineIndex;
+    if (m_lineNext + 1 < m_lineCount)
     {
+        ++m_lineNext;
+    }
+    else if (Lines_HandBack())
+    {
+        m_lineCount = 0; // the buffer's
+        m_lineNext = 0;
+    }
+    else
+    {
+        m_pLines[m_lineNext] = nullptr; // stays in hand
         KEL_LOG_AT(ESeverityLevel::Error, 124, "failure");
         return false;
     }
-    m_pLineIndex = nullptr; // the buffer's
+    m_pLineIndex = nullptr;
     m_processState = State_TakeLine;
     return true;
+}
+
+bool CUnit2Board_Line::Lines_HandBack()
+{
+    if (m_pLineBuffer->FullFIFO()->In_Many(m_pLines, m_lineCount))
+    {
+        return true;
+    }
+    return std::all_of(m_pLines, m_pLines + m_lineCount,
+                       [this](int*& line)
+                       {
+                           const bool bBack = m_pLineBuffer->Full_In(line, waitMs);
+                           line = bBack ? nullptr : line;
+                           return bBack;
+                       });
+}
+
+// An end in the middle: what is finished counts, and what is not yet begun is left to the other generators. A line that
+// failed stays in hand.
+void CUnit2Board_Line::Lines_GiveUp()
+{
+    for (std::int32_t i = 0; i < m_lineCount; ++i)
+    {
+        auto& fifo = i < m_lineNext ? *m_pLineBuffer->FullFIFO() : *m_pLineBuffer->InFIFO();
+        if (m_pLines[i] != nullptr && fifo.In(m_pLines[i]))
+        {
+            m_pLines[i] = nullptr;
+        }
+    }
 }
 
 // In one pass where every band has the line; what the map then does is what it does band by band. A band without the

@@ -33,6 +33,10 @@ public:
     bool Create(CKelThreadBuffer_T<int>& buffer, const CPrintUnitDataMap_Base& dataMap, CBandData** srcBands,
                 int srcBandCount, CBandData& dstBand);
 
+    // Before Create: it may take several lines at once, at most one of every `share` that are queued. Without it, it
+    // takes them one by one.
+    void LineShare_Set(int share) { m_lineShare = share; }
+
 protected:
     bool OneLoop() override;
     bool Prepare() override;
@@ -50,6 +54,9 @@ private:
     bool ProcessState_Run();
     bool CustomParam_Make();
     bool Line_Take();
+    int Lines_Take();
+    bool Lines_HandBack();
+    void Lines_GiveUp();
     bool Process();
     bool AddDstData();
     bool MapBandData_Line_AllInput(int lineIndex);
@@ -65,6 +72,14 @@ private:
     CBandData* m_pDstBand = nullptr;
     CKelThreadBuffer_T<int>* m_pLineBuffer = nullptr; // the converter's
     int* m_pLineIndex = nullptr;                      // the element held; owned while it is
+
+    // What was taken at once, but for the element held: those that are finished, the place of the one that is held, and
+    // those that are still to be mapped. Owned, too.
+    static constexpr int lineLimit = 10;
+    int* m_pLines[lineLimit] = {};
+    std::int32_t m_lineCount = 0;
+    std::int32_t m_lineNext = 0; // the place of the next one to be mapped
+    std::int32_t m_lineShare = 0x10000;
 
     friend struct SConverterTestAccess;
 };

@@ -15,6 +15,7 @@
 #include "Platform/Thread/CustomCriticalSection.h"
 #include "Platform/Thread/CustomManualResetEvent.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -58,51 +59,53 @@ public:
     bool In(T* element)
     {
         const CEnterLeaveCriticalSection guard(m_lock);
-        if (m_count >= m_bufferLen)
+        if (!Elements_Put(&element, 1))
         {
             KEL_LOG_AT(ESeverityLevel::Error, 144, "failure");
             return false;
         }
-        m_ppItems[m_inIndex] = element;
-        m_inIndex = Next(m_inIndex);
-        const std::int32_t count = m_count.fetch_add(1) + 1;
-        if (count == 1)
-        {
-            m_hasData.Set();
-        }
-        if (count == m_bufferLen)
-        {
-            m_hasSpace.Reset();
-        }
-        if (m_enough > 0 && count >= m_enough)
-        {
-            HasData_Hurry();
-        }
         return true;
+    }
+
+    // The same with `count` elements, in their order, at the price of one. False, with nothing queued and without a
+    // record, if there is no room for all of them.
+    bool In_Many(T* const* elements, int count)
+    {
+        const CEnterLeaveCriticalSection guard(m_lock);
+        return Elements_Put(elements, count);
     }
 
     // Takes the oldest element, which is the caller's from then on. False, with `element` as it was, if the FIFO is
     // empty; that is no failure and writes no record. Never waits.
-    bool Out(T*& element)
+    bool Out(T*& element) { return Out_Many(&element, 1, 1) > 0; }
+
+    // The same with as many elements as there are, at the price of one; but at most `limit`, and at most one in `share`
+    // (rounded up), so that something is left for the others. How many were taken, oldest first.
+    int Out_Many(T** elements, int limit, int share)
     {
         const CEnterLeaveCriticalSection guard(m_lock);
-        if (m_count <= 0)
+        const std::int32_t before = m_count;
+        if (before <= 0)
         {
-            return false;
+            return 0;
         }
-        element = m_ppItems[m_outIndex];
-        m_ppItems[m_outIndex] = nullptr;
-        m_outIndex = Next(m_outIndex);
-        const std::int32_t count = m_count.fetch_sub(1) - 1;
-        if (count == 0)
+        const int count = std::min(limit, (before + share - 1) / share);
+        for (int i = 0; i < count; ++i)
+        {
+            elements[i] = m_ppItems[m_outIndex];
+            m_ppItems[m_outIndex] = nullptr;
+            m_outIndex = Next(m_outIndex);
+        }
+        m_count.fetch_sub(count);
+        if (count == before)
         {
             m_hasData.Reset();
         }
-        if (count == m_bufferLen - 1)
+        if (before == m_bufferLen)
         {
             m_hasSpace.Set();
         }
-        return true;
+        return count;
     }
 
     // Deletes everything that is queued and leaves the FIFO empty. False, after a log record, if an element that the
@@ -186,6 +189,35 @@ protected:
     }
 
 private:
+    // Under the lock.
+    bool Elements_Put(T* const* elements, int count)
+    {
+        const std::int32_t before = m_count;
+        if (before > m_bufferLen - count)
+        {
+            return false;
+        }
+        for (int i = 0; i < count; ++i)
+        {
+            m_ppItems[m_inIndex] = elements[i];
+            m_inIndex = Next(m_inIndex);
+        }
+        const std::int32_t after = m_count.fetch_add(count) + count;
+        if (before == 0)
+        {
+            m_hasData.Set();
+        }
+        if (after == m_bufferLen)
+        {
+            m_hasSpace.Reset();
+        }
+        if (m_enough > 0 && after >= m_enough)
+        {
+            HasData_Hurry();
+        }
+        return true;
+    }
+
     int Next(int index) const { return index + 1 == m_bufferLen ? 0 : index + 1; }
 
     CCustomCriticalSection m_lock; // recursive: ReleaseAllContent takes elements with Out

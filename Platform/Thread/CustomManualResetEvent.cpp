@@ -13,8 +13,13 @@
 namespace
 {
 
-// As long as it takes to hand a handful of lines out and back; being put to sleep and woken takes longer.
-constexpr std::chrono::nanoseconds spinLimit{8000};
+// About as long as it takes to put a thread to sleep and to wake it on a virtual machine, whose idle cores are given
+// back to their host. Twice that gains little, and makes threads that have nothing to do dearer where cores are few.
+constexpr std::chrono::nanoseconds spinLimit{20'000};
+
+// Pauses between two looks. A patient waiter leaves the cache line to those who add to it.
+constexpr int restCount = 4;
+constexpr int patientRestCount = 64;
 
 } // namespace
 
@@ -62,7 +67,7 @@ bool CCustomManualResetEvent::Wait_SpinThenSleep(unsigned long timeoutMs, std::u
     m_waiters.fetch_add(waiterOne);
     std::uint32_t word = 0;
     const auto bOver = [&] { return isOver(word); };
-    if (!m_spin.Until(bOver, spinLimit, sleeper == patientOne ? 16 : 4))
+    if (!m_spin.Until(bOver, spinLimit, sleeper == patientOne ? patientRestCount : restCount))
     {
         const CWorkerWait worker(*this);
         m_waiters.fetch_add(sleeper);

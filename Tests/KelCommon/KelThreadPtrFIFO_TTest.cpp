@@ -130,6 +130,55 @@ TEST(KelThreadPtrFIFO_T, InOnAFullFIFOIsOneRecordEachTimeAndChangesNothing)
     EXPECT_FALSE(fifo.Out(element));
 }
 
+TEST(KelThreadPtrFIFO_T, ManyGoInTogetherOrNotAtAll)
+{
+    const CLogCapture capture;
+    CIntFIFO fifo(4);
+    int values[5] = {};
+    int* elements[] = {&values[0], &values[1], &values[2], &values[3], &values[4]};
+    EXPECT_FALSE(fifo.In_Many(elements, 5));
+    EXPECT_FALSE(HasData(fifo));
+    EXPECT_TRUE(fifo.In_Many(elements, 3));
+    EXPECT_TRUE(HasData(fifo));
+    EXPECT_TRUE(HasSpace(fifo));
+    EXPECT_FALSE(fifo.In_Many(elements + 3, 2));
+    EXPECT_TRUE(fifo.In_Many(elements + 3, 1));
+    EXPECT_FALSE(HasSpace(fifo));
+    for (int i = 0; i < 4; ++i)
+    {
+        int* element = nullptr;
+        ASSERT_TRUE(fifo.Out(element));
+        EXPECT_EQ(element, &values[i]);
+    }
+    EXPECT_FALSE(HasData(fifo));
+    EXPECT_THAT(capture.Summary(), IsEmpty()); // who is refused goes on one by one, and then there are records
+}
+
+TEST(KelThreadPtrFIFO_T, ManyComeOutOldestFirstWithinTheLimitAndTheShare)
+{
+    CIntFIFO fifo(9);
+    int values[9] = {};
+    for (int& value : values)
+    {
+        ASSERT_TRUE(fifo.In(&value));
+    }
+    int* elements[9] = {};
+    EXPECT_EQ(fifo.Out_Many(elements, 2, 1), 2); // the limit
+    EXPECT_TRUE(HasSpace(fifo));
+    EXPECT_EQ(fifo.Out_Many(elements + 2, 9, 3), 3); // a third of seven, rounded up
+    EXPECT_EQ(fifo.Out_Many(elements + 5, 9, 100), 1);
+    EXPECT_TRUE(HasData(fifo));
+    EXPECT_EQ(fifo.Out_Many(elements + 6, 9, 1), 3); // what there is
+    EXPECT_FALSE(HasData(fifo));
+    for (int i = 0; i < 9; ++i)
+    {
+        EXPECT_EQ(elements[i], &values[i]);
+    }
+    elements[0] = nullptr;
+    EXPECT_EQ(fifo.Out_Many(elements, 9, 1), 0);
+    EXPECT_EQ(elements[0], nullptr);
+}
+
 TEST(KelThreadPtrFIFO_T, WithCapacityOneTheEventsAlternate)
 {
     const CLogCapture capture;
