@@ -85,23 +85,6 @@ STwinStyle Style_Draw(ETwinStyle style)
     return layout;
 }
 
-int UnitCount_Of(const STwinStyle& layout)
-{
-    switch (layout.style)
-    {
-    case ETwinStyle::Style_2:
-        return layout.frameWidth / 2;
-    case ETwinStyle::Style_5:
-        return layout.frameWidth / layout.srcBitCount;
-    case ETwinStyle::Style_03:
-        return layout.frameWidth / 32 * 8;
-    case ETwinStyle::Style_03_01:
-        return layout.frameWidth / 4;
-    default:
-        return layout.frameWidth;
-    }
-}
-
 // The board bytes that lines of `lineBitCount` may touch when the map is told of `dstByteCount`.
 int DstSize_Needed(const STwinStyle& layout, int lineBitCount, int dstByteCount)
 {
@@ -180,7 +163,7 @@ SLineSet LineSet_Draw(const STwinStyle& layout)
     std::mt19937 random(static_cast<unsigned>(Draw(0, 1 << 20)));
     SLineSet set;
     set.style = layout;
-    std::vector<int> units(static_cast<std::size_t>(UnitCount_Of(layout)));
+    std::vector<int> units(static_cast<std::size_t>(layout.UnitCount()));
     for (std::size_t i = 0; i < units.size(); ++i)
     {
         units[i] = static_cast<int>(i);
@@ -297,7 +280,7 @@ TEST_P(CAllInputTest, EveryKernelMapsLinesOfEveryLengthAndClip)
             set.style = layout;
             const int whole = DstSize_Needed(layout, IsBlockStyle(style) ? 400 : bits, 0);
             set.dstByteCount = whole + static_cast<int>(random() % static_cast<unsigned>(width));
-            const int unitCount = std::max(1, UnitCount_Of(layout));
+            const int unitCount = std::max(1, layout.UnitCount());
             for (int i = 0; i < std::min(unitCount, 7); ++i)
             {
                 const int unit = (i * 7 + bits) % unitCount;
@@ -306,7 +289,7 @@ TEST_P(CAllInputTest, EveryKernelMapsLinesOfEveryLengthAndClip)
             const int size = DstSize_Needed(layout, bits, set.dstByteCount);
             set.before = Bytes_Random(random, static_cast<std::size_t>(size));
             set.misalignment = random() % 64;
-            if (UnitCount_Of(layout) == 0)
+            if (layout.UnitCount() == 0)
             {
                 continue; // style 03 in a frame that has room for no unit
             }

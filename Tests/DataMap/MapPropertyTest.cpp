@@ -70,23 +70,6 @@ STwinStyle Style_Draw(ETwinStyle style)
     return layout;
 }
 
-int UnitCount_Of(const STwinStyle& layout)
-{
-    switch (layout.style)
-    {
-    case ETwinStyle::Style_2:
-        return layout.frameWidth / 2;
-    case ETwinStyle::Style_5:
-        return layout.frameWidth / layout.srcBitCount;
-    case ETwinStyle::Style_03:
-        return layout.frameWidth / 32 * 8;
-    case ETwinStyle::Style_03_01:
-        return layout.frameWidth / 4;
-    default:
-        return layout.frameWidth;
-    }
-}
-
 // How many board bytes the map touches when it is told of `dstByteCount`: whole source bytes are never clipped.
 int DstSize_Needed(const SLineCase& line, int dstByteCount)
 {
@@ -144,7 +127,7 @@ void Style_ExpectTwinOnAnyLine(ETwinStyle style)
             const auto map = Map_Make(layout);
             for (int round = 0; round < 8; ++round)
             {
-                SLineCase line = Line_Draw(layout, Draw(0, UnitCount_Of(layout) - 1));
+                SLineCase line = Line_Draw(layout, Draw(0, layout.UnitCount() - 1));
                 Bytes expected = line.dst;
                 CBoardTwin(layout).Line_Map(Line_ForTwin(line), expected, line.dstByteCount);
                 RC_ASSERT(Line_Map(*map, line.param, line.src, line.dst, line.dstByteCount));
@@ -165,7 +148,7 @@ void Style_ExpectAnyOrderOfUnits(ETwinStyle style)
             const int pixels = bBlocks ? 400 : Draw(1, 40) * 2; // whole planes for style 8
             const int bits = style == ETwinStyle::Style_5 || style == ETwinStyle::Style_6 ? layout.srcBitCount : 1;
             std::vector<SLineCase> lines;
-            for (int unit = 0; unit < UnitCount_Of(layout); ++unit)
+            for (int unit = 0; unit < layout.UnitCount(); ++unit)
             {
                 SLineCase line;
                 line.param = Param_Make(unit, pixels * bits, Draw(1, 2));

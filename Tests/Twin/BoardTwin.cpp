@@ -84,6 +84,23 @@ int Block_Place(int unitDirection, int block)
 }
 } // namespace
 
+int STwinStyle::UnitCount() const
+{
+    switch (style)
+    {
+    case ETwinStyle::Style_2:
+        return frameWidth / 2;
+    case ETwinStyle::Style_5:
+        return frameWidth / srcBitCount;
+    case ETwinStyle::Style_03:
+        return frameWidth / 32 * 8;
+    case ETwinStyle::Style_03_01:
+        return frameWidth / 4;
+    default:
+        return frameWidth;
+    }
+}
+
 int CBoardTwin::BoardBitCount(int pixelCount) const
 {
     const int w = m_style.frameWidth;

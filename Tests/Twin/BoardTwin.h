@@ -27,6 +27,9 @@ struct STwinStyle
     int srcBitCount = 1; // bits per source pixel; looked at by styles 5 and 6
     int frameWidth = 16; // bits of a frame, or byte columns; 16 for style 1, a multiple of 8 for style 8
     int dotSizeMode = 1; // 1 small, 2 middle, 3 big; looked at by styles 2 and 7
+
+    // How many print units a board of this layout has.
+    int UnitCount() const;
 };
 
 // One source line.

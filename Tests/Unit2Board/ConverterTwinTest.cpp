@@ -25,24 +25,6 @@ struct STwinJob
     STwinBoardBand expected;
 };
 
-// How many units a board of this layout has.
-int UnitLimit(const STwinStyle& layout)
-{
-    switch (layout.style)
-    {
-    case ETwinStyle::Style_2:
-        return layout.frameWidth / 2;
-    case ETwinStyle::Style_5:
-        return layout.frameWidth / layout.srcBitCount;
-    case ETwinStyle::Style_03:
-        return layout.frameWidth / 32 * 8;
-    case ETwinStyle::Style_03_01:
-        return layout.frameWidth / 4;
-    default:
-        return layout.frameWidth;
-    }
-}
-
 // The nearest band width that a style can have: blocks of 400 pixels, or pairs of bits.
 int Width_For(ETwinStyle style, int width)
 {
@@ -152,7 +134,7 @@ STwinJob Job_Draw()
 {
     STwinJob job;
     job.layout = Layout_Draw();
-    const int unitLimit = UnitLimit(job.layout);
+    const int unitLimit = job.layout.UnitCount();
     const auto unitCount = static_cast<std::size_t>(Draw(1, std::min(unitLimit, 6)));
     const auto units = *rc::gen::unique<std::vector<int>>(unitCount, rc::gen::inRange(0, unitLimit));
     const int width = Width_For(job.layout.style, Draw(1, 60));
