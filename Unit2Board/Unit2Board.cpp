@@ -15,6 +15,7 @@ template class CKelBaseThread<CUnit2Board>;
 namespace
 {
 
+constexpr int elementCount = 20; // lines in flight at most
 constexpr unsigned long waitMs = 100;
 constexpr unsigned long gatherMs = 1;
 constexpr unsigned withoutLimit = 4294967295U;

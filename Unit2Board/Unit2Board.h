@@ -56,8 +56,6 @@ private:
         State_Process = 3,
     };
 
-    static constexpr int elementCount = 20; // lines in flight at most
-
     bool ProcessState_Run();
     bool Initialize();
     bool AddSourceLine();
