@@ -335,7 +335,7 @@ TEST(TamBaseThread, AWorkerCanBeStartedAgainAfterItsEnd)
     CScriptedWorker worker([] { return false; });
     ASSERT_TRUE(worker.RunToItsEnd());
     EXPECT_FALSE(worker.IsThreadSuccess());
-    const DWORD firstId = worker.ThreadId();
+    [[maybe_unused]] const DWORD firstId = worker.ThreadId();
 
     worker.m_oneLoop = [&]
     {
@@ -349,7 +349,9 @@ TEST(TamBaseThread, AWorkerCanBeStartedAgainAfterItsEnd)
     EXPECT_EQ(worker.m_finallyCount, 2);
     EXPECT_TRUE(worker.IsThreadSuccess());
     EXPECT_EQ(worker.ExitCode(), 1U);
+#if !defined(_WIN32) // which may give the number of a thread that is gone to the next one
     EXPECT_NE(worker.ThreadId(), firstId);
+#endif
 }
 
 TEST(TamBaseThread, ANewRunForgetsTheSuccessOfTheOneBefore)
