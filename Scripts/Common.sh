@@ -41,8 +41,10 @@ need_packages() {
         return
     fi
     echo "installing ${missing[*]}"
-    quietly as_root apt-get update
-    quietly as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"
+    # Another installation that is under way is waited for.
+    quietly as_root apt-get -o DPkg::Lock::Timeout=600 update
+    quietly as_root env DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::Timeout=600 install -y \
+        --no-install-recommends "${missing[@]}"
 }
 
 # What it takes to build the libraries and boardmap.

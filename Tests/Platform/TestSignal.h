@@ -2,9 +2,11 @@
 // other side never comes fails instead of hanging.
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <vector>
 
 // Long enough for the slowest machine under a sanitizer; nobody sits through it unless something is wrong.
 constexpr std::chrono::seconds testPatience{60};
@@ -39,6 +41,20 @@ private:
     std::condition_variable m_raised;
     bool m_bRaised = false;
 };
+
+// The median of what `round` says that it took, called `roundCount` times. A wait that rounds sit through shows in it;
+// a machine that was busy with something else during some of them does not.
+template<class Round>
+std::chrono::milliseconds MedianRound_Get(int roundCount, Round round)
+{
+    std::vector<std::chrono::milliseconds> times;
+    for (int i = 0; i < roundCount; ++i)
+    {
+        times.push_back(std::chrono::duration_cast<std::chrono::milliseconds>(round(i)));
+    }
+    std::nth_element(times.begin(), times.begin() + roundCount / 2, times.end());
+    return times[static_cast<std::size_t>(roundCount / 2)];
+}
 
 // Milliseconds since construction.
 class CStopWatch

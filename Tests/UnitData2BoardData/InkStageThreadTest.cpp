@@ -120,17 +120,12 @@ std::chrono::nanoseconds Stop_Measure(CUnitData2BoardData_Base& stage)
     return std::chrono::steady_clock::now() - begin;
 }
 
-// Many of them, so that the machine's mood averages out: sitting through a wait would take 50 ms each.
+// Sitting through a wait would take 50 ms as a rule.
 template<class StopOnce>
 void ExpectPromptStops(StopOnce stopOnce)
 {
-    constexpr int cycles = 30;
-    std::chrono::nanoseconds total{0};
-    for (int i = 0; i < cycles && !testing::Test::HasFailure(); ++i)
-    {
-        total += stopOnce();
-    }
-    EXPECT_LT(total / cycles, std::chrono::milliseconds(25));
+    const auto median = MedianRound_Get(30, [&](int /*round*/) { return stopOnce(); });
+    EXPECT_LT(median, std::chrono::milliseconds(30));
 }
 
 } // namespace
