@@ -115,7 +115,7 @@ bool CUnit2Board::Create_LineGenerator()
     for (int i = 0; i < m_lineGeneratorCount; ++i)
     {
         auto generator = std::make_unique<CUnit2Board_Line>();
-        generator->LineShare_Set(m_lineGeneratorCount);
+        generator->LineShare_Set(2 * m_lineGeneratorCount);
         if (!generator->Create(*m_pLineBuffer, *m_pDataMap, m_pSrcBands, m_srcBandCount, *m_pDstBand))
         {
             KEL_LOG_AT(ESeverityLevel::Error, 174, "failure");
