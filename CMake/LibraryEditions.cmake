@@ -1,8 +1,9 @@
 # The two editions of a library: shared, and static beside it.
 #
-# Outside Windows the static libraries are made of the very objects of the shared libraries. On Windows an object is compiled either to import
-# a class or to have it linked in, so there the objects have twins, compiled with DATAMAPPING_STATIC and
-# CONTROLLERPLATFORM_STATIC. Whoever links a static library is given these definitions by its target.
+# Outside Windows the static libraries are made of the very objects of the shared libraries. On Windows an object is
+# compiled either to import a class or to have it linked in, so there the objects have twins, compiled with
+# DATAMAPPING_STATIC and CONTROLLERPLATFORM_STATIC. Whoever links a static library is given these definitions by its
+# target.
 set(static_edition_definitions DATAMAPPING_STATIC CONTROLLERPLATFORM_STATIC)
 
 # static_twin(TARGET OUT): sets OUT to the objects that the static edition of TARGET is made of. Called in the folder

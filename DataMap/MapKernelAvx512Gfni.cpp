@@ -122,7 +122,8 @@ using Vector = SVector64Gfni;
 constexpr __mmask64 everyByte = ~__mmask64{0};
 
 // Spreads a field by shifting: every board byte gets the eight source bits among which its pixel stands where the field
-// does, and keeps the field's bits.
+// does, and keeps the field's bits. A field that is one pixel twice gets the second bit by a product with a matrix, for
+// which another unit of the processor is free than for a second shift.
 template<int vectorCountOf, EFieldKind kind>
 struct SShiftSpread
 {
@@ -132,38 +133,41 @@ struct SShiftSpread
 
     SShiftSpread(const unsigned char* pattern, unsigned lowestBit, unsigned mask)
     {
-        const unsigned moved = bDouble ? 1U << lowestBit : mask;
         const Type position = Vector::Set(static_cast<unsigned char>(lowestBit));
         const Type target = Vector::Load(pattern + SFieldPattern::Row_Target * SFieldPattern::size);
-        m_field = Vector::And(target, Vector::Set(static_cast<unsigned char>(moved)));
-        m_upper = Vector::And(target, Vector::Set(static_cast<unsigned char>(moved << 1)));
+        if constexpr (bDouble)
+        {
+            // Row 7 - i of a matrix says which bits of the byte make bit i of the product.
+            m_target = _mm512_movepi8_mask(target);
+            m_field = Vector::Set_Word(std::uint64_t{0x0101} << (8 * (6 - lowestBit) + lowestBit));
+        }
+        else
+        {
+            m_field = Vector::And(target, Vector::Set(static_cast<unsigned char>(mask)));
+        }
         for (int i = 0; i < vectorCount; ++i)
         {
             const Type bit =
                 Vector::Load(pattern + SFieldPattern::Row_PixelBit * SFieldPattern::size + i * Vector::size);
             m_shift[i] = _mm512_sub_epi8(bit, position);
-            m_upperShift[i] = _mm512_sub_epi8(m_shift[i], Vector::Set(1));
         }
     }
 
     static Type Source_Spread(std::uint64_t source) { return Vector::Set_Word(source); }
     Type Combine(Type old, Type source, int index) const
     {
-        constexpr int orAnd = 0xF8; // first | (second & third)
         const Type moved = _mm512_maskz_multishift_epi64_epi8(everyByte, m_shift[index], source);
-        const Type value = _mm512_ternarylogic_epi64(old, moved, m_field, orAnd);
         if constexpr (bDouble)
         {
-            const Type upper = _mm512_maskz_multishift_epi64_epi8(everyByte, m_upperShift[index], source);
-            return _mm512_ternarylogic_epi64(value, upper, m_upper, orAnd);
+            return Vector::Or(old, _mm512_maskz_gf2p8affine_epi64_epi8(m_target, moved, m_field, 0));
         }
-        return value;
+        constexpr int orAnd = 0xF8; // first | (second & third)
+        return _mm512_ternarylogic_epi64(old, moved, m_field, orAnd);
     }
 
-    Type m_field;
-    Type m_upper;
+    Type m_field; // the field's bits in the bytes that get a pixel; a double field's matrix
     Type m_shift[vectorCountOf];
-    Type m_upperShift[vectorCountOf];
+    __mmask64 m_target = 0; // a double field's bytes that get a pixel
 };
 
 // Both planes' fields: the bits of a pair of 2-bit pixels are moved one by one. The second pixel's high bit and the

@@ -39,10 +39,19 @@ int Elements_Take(CBuffer& buffer, CBuffer::CFIFO& fifo, bool (CBuffer::*take)(i
     return count > 0 ? count : static_cast<int>((buffer.*take)(elements[0], waitMs));
 }
 
-// Puts `count` elements into `fifo`: all at once, or else one by one with `put`, which waits for room. The number put;
-// the others, which are in no FIFO any more, are deleted.
-int Elements_Put(CBuffer& buffer, CBuffer::CFIFO& fifo, bool (CBuffer::*put)(int*, unsigned long), int** elements,
-                 int count)
+// Gives an element back to the FIFO that it came from, which has room for it.
+void Element_Return(CBuffer::CFIFO& source, int* element)
+{
+    if (!source.In_Many(&element, 1))
+    {
+        delete element; // all the same nobody's
+    }
+}
+
+// Puts `count` elements into `fifo`: all at once, or else one by one with `put`, which waits for room. The number put.
+// An element that finds no room is in no FIFO any more and is deleted; those behind it go back to `source`.
+int Elements_Put(CBuffer& buffer, CBuffer::CFIFO& fifo, bool (CBuffer::*put)(int*, unsigned long),
+                 CBuffer::CFIFO& source, int** elements, int count)
 {
     if (fifo.In_Many(elements, count))
     {
@@ -50,7 +59,11 @@ int Elements_Put(CBuffer& buffer, CBuffer::CFIFO& fifo, bool (CBuffer::*put)(int
     }
     int** const end = elements + count;
     int** const stuck = std::find_if_not(elements, end, [&](int* element) { return (buffer.*put)(element, waitMs); });
-    std::for_each(stuck, end, [](int* element) { delete element; });
+    if (stuck != end)
+    {
+        delete *stuck;
+        std::for_each(stuck + 1, end, [&](int* element) { Element_Return(source, element); });
+    }
     return static_cast<int>(stuck - elements);
 }
 
@@ -241,7 +254,8 @@ bool CUnit2Board::AddSourceLine()
         }
         std::for_each(elements, elements + count,
                       [line = m_addedLineCount](int* element) mutable { *element = line++; });
-        const int putCount = Elements_Put(*m_pLineBuffer, *m_pLineBuffer->InFIFO(), &CBuffer::Wait_In, elements, count);
+        const int putCount = Elements_Put(*m_pLineBuffer, *m_pLineBuffer->InFIFO(), &CBuffer::Wait_In,
+                                          *m_pLineBuffer->EmptyFIFO(), elements, count);
         m_addedLineCount += putCount;
         if (putCount < count)
         {
@@ -266,8 +280,8 @@ bool CUnit2Board::Process()
             KEL_LOG_AT(ESeverityLevel::Error, 131, "failure");
             return false;
         }
-        const int putCount =
-            Elements_Put(*m_pLineBuffer, *m_pLineBuffer->EmptyFIFO(), &CBuffer::Empty_In, elements, count);
+        const int putCount = Elements_Put(*m_pLineBuffer, *m_pLineBuffer->EmptyFIFO(), &CBuffer::Empty_In,
+                                          *m_pLineBuffer->FullFIFO(), elements, count);
         m_finishedLineCount += putCount;
         if (putCount < count)
         {

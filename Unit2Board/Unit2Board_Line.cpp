@@ -180,7 +180,7 @@ void CUnit2Board_Line::Lines_GiveUp()
     for (std::int32_t i = 0; i < m_lineCount; ++i)
     {
         auto& fifo = i < m_lineNext ? *m_pLineBuffer->FullFIFO() : *m_pLineBuffer->InFIFO();
-        if (m_pLines[i] != nullptr && fifo.In(m_pLines[i]))
+        if (m_pLines[i] != nullptr && fifo.In_Many(&m_pLines[i], 1))
         {
             m_pLines[i] = nullptr;
         }

@@ -2,9 +2,10 @@
 //
 // The converter makes, starts, stops, joins and deletes its generators; nobody else does. A generator takes a line
 // index from the converter's line buffer, maps that line of every source band into the same line of the destination
-// band, and hands the index back as finished. Generators share the map and the source bands, which nobody writes, and
-// the destination band, of which each writes only the line whose index it holds; so the bands have no lock. What the
-// map needs per thread is the generator's own scratch object.
+// band, and hands the index back as finished. Where there are few generators it takes some indices at once, maps their
+// lines one after the other, and hands them back together. Generators share the map and the source bands, which nobody
+// writes, and the destination band, of which each writes only the line whose index it holds; so the bands have no lock.
+// What the map needs per thread is the generator's own scratch object.
 //
 // It allocates nothing per line.
 #pragma once
@@ -75,11 +76,12 @@ private:
 
     // What was taken at once, but for the element held: those that are finished, the place of the one that is held, and
     // those that are still to be mapped. Owned, too.
-    static constexpr int lineLimit = 10;
+    static constexpr int lineLimit = 10; // half of the elements: the other half is handed out anew meanwhile
+    static constexpr int lineByLine = 0x10000;
     int* m_pLines[lineLimit] = {};
     std::int32_t m_lineCount = 0;
     std::int32_t m_lineNext = 0; // the place of the next one to be mapped
-    std::int32_t m_lineShare = 0x10000;
+    std::int32_t m_lineShare = lineByLine;
 
     friend struct SConverterTestAccess;
 };

@@ -203,7 +203,7 @@ private:
             m_inIndex = Next(m_inIndex);
         }
         const std::int32_t after = m_count.fetch_add(count) + count;
-        if (before == 0)
+        if (before == 0 && count > 0)
         {
             m_hasData.Set();
         }

@@ -137,6 +137,7 @@ TEST(KelThreadPtrFIFO_T, ManyGoInTogetherOrNotAtAll)
     int values[5] = {};
     int* elements[] = {&values[0], &values[1], &values[2], &values[3], &values[4]};
     EXPECT_FALSE(fifo.In_Many(elements, 5));
+    EXPECT_TRUE(fifo.In_Many(elements, 0));
     EXPECT_FALSE(HasData(fifo));
     EXPECT_TRUE(fifo.In_Many(elements, 3));
     EXPECT_TRUE(HasData(fifo));

@@ -115,7 +115,7 @@ TEST(BandDataFIFO, ItsWaitsLastTheirTimeOut)
     ASSERT_TRUE(fifo->Empty_In(band, 0));
 }
 
-TEST(BandDataFIFO, NoTimePassesOutsideTheStallThatIsCounted)
+TEST(BandDataFIFO, TheWholeWaitIsCountedAsAStall)
 {
     const auto fifo = InputFIFO(1);
     CBandData* band = nullptr;
