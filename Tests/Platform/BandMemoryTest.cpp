@@ -30,7 +30,10 @@ public:
 
     unsigned char* Data() { return m_pData; }
     // All bytes are equal to their neighbours, and the first one is 0: a library's work, quick in every build.
-    bool IsZero() const { return m_pData[0] == 0 && std::memcmp(m_pData, m_pData + 1, m_size - 1) == 0; }
+    bool IsZero() const
+    {
+        return m_size == 0 || (m_pData[0] == 0 && std::memcmp(m_pData, m_pData + 1, m_size - 1) == 0);
+    }
     void Fill() { std::memset(m_pData, 0xFF, m_size); }
 
 private:

@@ -1,6 +1,5 @@
 // The ink-stripe stage and the one-FIFO stage from outside: consumers that stall, producers that die, stops at any
 // time.
-#include "Tests/Platform/TestSignal.h"
 #include "Tests/UnitData2BoardData/InkSupport.h"
 
 #include <gmock/gmock.h>

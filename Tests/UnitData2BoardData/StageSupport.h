@@ -5,6 +5,7 @@
 #include "Platform/BandData/BandData.h"
 #include "Platform/DataProcess/BandDataFIFO.h"
 #include "Platform/DataProcess/BandDataFIFO_S.h"
+#include "Tests/Platform/TestSignal.h"
 #include "UnitData2BoardData/UnitData2BoardData_Base.h"
 
 #include "DataMap/PrintUnitDataMap_5.h"
@@ -183,8 +184,6 @@ inline std::unique_ptr<CBandData> Band_Make(int unitIndex, int width, int height
 }
 
 // For stages on their own threads.
-
-inline constexpr unsigned withoutLimit = 4294967295U;
 
 // An input FIFO with a pool of bands of one unit.
 inline std::unique_ptr<CBandDataFIFO> Pool_Make(int unitIndex, int bandCount, int width = 32, int height = 4)

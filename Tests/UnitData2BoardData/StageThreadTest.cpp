@@ -1,5 +1,4 @@
 // The stage from outside: real FIFOs, its own thread, producers and a consumer beside it.
-#include "Tests/Platform/TestSignal.h"
 #include "Tests/Support/ConfigGuard.h"
 #include "Tests/Support/LogCapture.h"
 #include "Tests/UnitData2BoardData/StageSupport.h"
