@@ -5,30 +5,49 @@
 # is meant to move them, put the printed figures in here.
 set(allowance 10) # percent
 set(pinned
-    scalar line 60708
-    scalar all 31566
-    avx2 line 10688
-    avx2 all 2853)
+    scalar 5 line 60708
+    scalar 5 all 31566
+    avx2 5 line 10708
+    avx2 5 all 2855
+    avx2 1 line 9928
+    avx2 1 all 2832
+    avx2 2 line 5388
+    avx2 2 all 2548
+    avx2 5_two_bit line 6198
+    avx2 5_two_bit all 4033
+    avx2 03 line 7137
+    avx2 03 all 3670
+    avx2 03_01 line 3629
+    avx2 03_01 all 4197
+    avx2 6 line 4868
+    avx2 6 all 1378
+    avx2 7 line 6664
+    avx2 7 all 2228
+    avx2 8 line 13424
+    avx2 8 all 4845)
 
-function(instructions_of kernel work lines out)
+# Sets OUT to the instructions of a run, and byteCount to the bytes of a board line.
+function(instructions_of kernel style work lines out)
     execute_process(
-        COMMAND ${VALGRIND} --tool=callgrind --callgrind-out-file=${PROGRAM}.callgrind ${PROGRAM} ${kernel} ${work} ${lines}
-        RESULT_VARIABLE status OUTPUT_QUIET ERROR_VARIABLE messages)
+        COMMAND ${VALGRIND} --tool=callgrind --callgrind-out-file=${PROGRAM}.callgrind
+            ${PROGRAM} ${kernel} ${style} ${work} ${lines}
+        RESULT_VARIABLE status OUTPUT_VARIABLE bytes ERROR_VARIABLE messages OUTPUT_STRIP_TRAILING_WHITESPACE)
     if(NOT status EQUAL 0 OR NOT messages MATCHES "Collected : ([0-9]+)")
-        message(FATAL_ERROR "${kernel} ${work}: no count\n${messages}")
+        message(FATAL_ERROR "${kernel}, style ${style}, ${work}: no count\n${messages}")
     endif()
     set(${out} ${CMAKE_MATCH_1} PARENT_SCOPE)
+    set(byteCount ${bytes} PARENT_SCOPE)
 endfunction()
 
 set(wrong FALSE)
 while(pinned)
-    list(POP_FRONT pinned kernel work count)
-    instructions_of(${kernel} ${work} 100 few)
-    instructions_of(${kernel} ${work} 600 many)
-    math(EXPR found "(${many} - ${few}) * 1000 / (500 * 800)")
+    list(POP_FRONT pinned kernel style work count)
+    instructions_of(${kernel} ${style} ${work} 50 few)
+    instructions_of(${kernel} ${style} ${work} 250 many)
+    math(EXPR found "(${many} - ${few}) * 1000 / (200 * ${byteCount})")
     math(EXPR low "${count} * (100 - ${allowance}) / 100")
     math(EXPR high "${count} * (100 + ${allowance}) / 100")
-    message(STATUS "${kernel} ${work}: ${found} instructions per 1000 board bytes, pinned ${count}")
+    message(STATUS "${kernel} ${style} ${work}: ${found} instructions per 1000 board bytes, pinned ${count}")
     if(found LESS low OR found GREATER high)
         set(wrong TRUE)
     endif()
