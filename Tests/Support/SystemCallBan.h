@@ -9,10 +9,18 @@
 #include <initializer_list>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
+#include <malloc.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 #include <vector>
+
+// Before the process has threads: all of them then allocate from one arena. The C library would otherwise map one for
+// each thread when it first makes or frees something, which may be long after it was started.
+inline void Allocator_Share()
+{
+    mallopt(M_ARENA_MAX, 1);
+}
 
 // From now on the process, all of its threads, may make these system calls and end; any other kills it.
 inline bool SystemCalls_Forbid(std::initializer_list<unsigned> allowed)

@@ -84,6 +84,7 @@ TEST(BandCostDeathTest, AWarmBandMakesNoSystemCallButToSleepAndToWake)
 {
     const auto convertUnderTheBan = []
     {
+        Allocator_Share();
         CRealBand band(500);
         bool bOk = true;
         for (int i = 0; i < 20; ++i)

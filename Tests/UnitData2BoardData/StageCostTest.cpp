@@ -126,6 +126,7 @@ TEST(StageCostDeathTest, AWarmStepMakesNoSystemCallButToSleepAndToWake)
 {
     const auto stepUnderTheBan = []
     {
+        Allocator_Share();
         CRunningStage stage(2, 2000);
         bool bOk = stage.Steps_Run(40);
         bOk = SystemCalls_Forbid({SYS_futex}) && bOk;
