@@ -1,6 +1,6 @@
 // What the data path does when nobody waits makes no system call: on Windows, no call of the kernel's event and wait
 // functions leaves the platform's DLL. Critical sections that nobody else holds stay out of the kernel by themselves.
-#include "KelCommon/KelThreadPtrFIFO_T.h"
+#include "KelCommon/KelThreadBuffer_T.h"
 #include "Platform/Thread/CustomManualResetEvent.h"
 #include "Tests/Support/ImportTable.h"
 
@@ -94,6 +94,26 @@ TEST_F(NoSystemCall, PassingAnElementThroughAFIFOThatNobodyWaitsForMakesNone)
         fifo.HasDataEvent().Wait(100, 0);
         fifo.Out(element);
         fifo.Out(element);
+    }
+    EXPECT_EQ(g_callCount, 0);
+}
+
+TEST_F(NoSystemCall, TheWholeRoadOfALineIndexMakesNone)
+{
+    CKelThreadBuffer_T<int> buffer("Buffer");
+    int* elements[] = {new int(0), new int(0), new int(0)};
+    ASSERT_TRUE(buffer.Create(elements, 3));
+    for (int i = 0; i < 1000; ++i)
+    {
+        int* element = nullptr;
+        buffer.Empty_Out(element, 100);
+        buffer.Wait_In(element, 100);
+        buffer.InFIFO()->Out(element);
+        buffer.FullFIFO()->HasData_Hurry();
+        buffer.Full_In(element, 100);
+        buffer.FullFIFO()->HasData_WaitForMany(2, 100); // there is one already
+        buffer.Full_Out(element, 100);
+        buffer.Empty_In(element, 100);
     }
     EXPECT_EQ(g_callCount, 0);
 }
