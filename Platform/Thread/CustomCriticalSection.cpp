@@ -9,6 +9,10 @@ namespace
 
 constexpr std::chrono::nanoseconds spinLimit{2000};
 
+// Pauses between two looks. Who looks at once takes the lock's cache line away from its holder, who most likely wants it
+// again for the next element: let it do some.
+constexpr int restCount = 16;
+
 } // namespace
 
 void CCustomCriticalSection::Enter_Slow()
@@ -26,7 +30,7 @@ void CCustomCriticalSection::Enter_Slow()
         return m_word.load(std::memory_order_relaxed) == Word_Free &&
                m_word.compare_exchange_weak(free, Word_Held, std::memory_order_acquire, std::memory_order_relaxed);
     };
-    if (!take() && !(CSpinWait::IsWorthwhile() && CSpinWait::Spin(take, spinLimit, 2)))
+    if (!take() && !(CSpinWait::IsWorthwhile() && CSpinWait::Spin(take, spinLimit, restCount)))
     {
         // Whoever has slept takes it as wanted: others may sleep still.
         while (m_word.exchange(Word_HeldAndWanted, std::memory_order_acquire) != Word_Free)
