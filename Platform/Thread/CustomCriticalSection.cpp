@@ -9,8 +9,8 @@ namespace
 
 constexpr std::chrono::nanoseconds spinLimit{2000};
 
-// Pauses between two looks. Who looks at once takes the lock's cache line away from its holder, who most likely wants it
-// again for the next element: let it do some.
+// Pauses between two looks. Who looks at once takes the lock's cache line away from its holder, who most likely wants
+// it again for the next element: let it do some.
 constexpr int restCount = 16;
 
 } // namespace

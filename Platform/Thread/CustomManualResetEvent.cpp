@@ -17,8 +17,8 @@ namespace
 // back to their host. Twice that gains little, and makes threads that have nothing to do dearer where cores are few.
 constexpr std::chrono::nanoseconds spinLimit{20'000};
 
-// Pauses between two looks, which leave the cache line to those who are about to change it. A patient waiter lets them do
-// more.
+// Pauses between two looks, which leave the cache line to those who are about to change it. A patient waiter lets them
+// do more.
 constexpr int restCount = 16;
 constexpr int patientRestCount = 64;
 
