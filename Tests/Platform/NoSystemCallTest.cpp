@@ -2,11 +2,9 @@
 // kills at its first one. Linux only, where a process can bind itself so without any privilege.
 #if defined(__linux__)
 
-#include "KelCommon/KelThreadBuffer_T.h"
-#include "KelCommon/KelThreadPtrFIFO_T.h"
 #include "Platform/BandData/BandData.h"
 #include "Platform/Thread/CreateThread.h"
-#include "Platform/Thread/CustomManualResetEvent.h"
+#include "Tests/Platform/QuietWork.h"
 #include "Tests/Support/SystemCallBan.h"
 
 #include <gtest/gtest.h>
@@ -28,16 +26,7 @@ TEST(NoSystemCallDeathTest, TheHarnessCatchesAWaitThatSleeps)
 TEST(NoSystemCallDeathTest, ProbesSetsAndResetsOfAnEventThatNobodyWaitsForMakeNone)
 {
     CCustomManualResetEvent event(false);
-    const auto work = [&]
-    {
-        event.Wait(0, 0);
-        event.Set();
-        event.Wait(0, 0);
-        event.Wait(100, 0); // on a set event
-        event.Set();
-        event.Reset();
-        event.Reset();
-    };
+    const auto work = [&] { Event_Use(event); };
     EXPECT_EXIT(RunWithoutSystemCalls(work), testing::ExitedWithCode(0), "");
 }
 
@@ -45,15 +34,7 @@ TEST(NoSystemCallDeathTest, PassingAnElementThroughAFIFOThatNobodyWaitsForMakesN
 {
     CKelThreadPtrFIFO_T<int> fifo(1);
     int value = 0;
-    const auto work = [&]
-    {
-        int* element = nullptr;
-        fifo.HasSpaceEvent().Wait(100, 0);
-        fifo.In(&value);
-        fifo.HasDataEvent().Wait(100, 0);
-        fifo.Out(element);
-        fifo.Out(element);
-    };
+    const auto work = [&] { FIFO_Use(fifo, value); };
     EXPECT_EXIT(RunWithoutSystemCalls(work), testing::ExitedWithCode(0), "");
 }
 
@@ -62,18 +43,7 @@ TEST(NoSystemCallDeathTest, TheWholeRoadOfALineIndexMakesNone)
     CKelThreadBuffer_T<int> buffer("Buffer");
     int* elements[] = {new int(0), new int(0), new int(0)};
     ASSERT_TRUE(buffer.Create(elements, 3));
-    const auto work = [&]
-    {
-        int* element = nullptr;
-        buffer.Empty_Out(element, 100);
-        buffer.Wait_In(element, 100);
-        buffer.InFIFO()->Out(element);
-        buffer.FullFIFO()->HasData_Hurry();
-        buffer.Full_In(element, 100);
-        buffer.FullFIFO()->HasData_WaitForMany(2, 100); // there is one already
-        buffer.Full_Out(element, 100);
-        buffer.Empty_In(element, 100);
-    };
+    const auto work = [&] { LineRoad_Use(buffer); };
     EXPECT_EXIT(RunWithoutSystemCalls(work), testing::ExitedWithCode(0), "");
 }
 

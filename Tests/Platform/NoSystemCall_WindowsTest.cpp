@@ -1,7 +1,6 @@
 // What the data path does when nobody waits makes no system call: on Windows, no call of the kernel's event and wait
 // functions leaves the platform's DLL. Critical sections that nobody else holds stay out of the kernel by themselves.
-#include "KelCommon/KelThreadBuffer_T.h"
-#include "Platform/Thread/CustomManualResetEvent.h"
+#include "Tests/Platform/QuietWork.h"
 #include "Tests/Support/ImportTable.h"
 
 #include <gtest/gtest.h>
@@ -71,13 +70,7 @@ TEST_F(NoSystemCall, ProbesSetsAndResetsOfAnEventThatNobodyWaitsForMakeNone)
     g_callCount = 0;
     for (int i = 0; i < 1000; ++i)
     {
-        event.Wait(0, 0);
-        event.Set();
-        event.Wait(0, 0);
-        event.Wait(100, 0); // on a set event
-        event.Set();
-        event.Reset();
-        event.Reset();
+        Event_Use(event);
     }
     EXPECT_EQ(g_callCount, 0);
 }
@@ -88,12 +81,7 @@ TEST_F(NoSystemCall, PassingAnElementThroughAFIFOThatNobodyWaitsForMakesNone)
     int value = 0;
     for (int i = 0; i < 1000; ++i)
     {
-        int* element = nullptr;
-        fifo.HasSpaceEvent().Wait(100, 0);
-        fifo.In(&value);
-        fifo.HasDataEvent().Wait(100, 0);
-        fifo.Out(element);
-        fifo.Out(element);
+        FIFO_Use(fifo, value);
     }
     EXPECT_EQ(g_callCount, 0);
 }
@@ -105,15 +93,7 @@ TEST_F(NoSystemCall, TheWholeRoadOfALineIndexMakesNone)
     ASSERT_TRUE(buffer.Create(elements, 3));
     for (int i = 0; i < 1000; ++i)
     {
-        int* element = nullptr;
-        buffer.Empty_Out(element, 100);
-        buffer.Wait_In(element, 100);
-        buffer.InFIFO()->Out(element);
-        buffer.FullFIFO()->HasData_Hurry();
-        buffer.Full_In(element, 100);
-        buffer.FullFIFO()->HasData_WaitForMany(2, 100); // there is one already
-        buffer.Full_Out(element, 100);
-        buffer.Empty_In(element, 100);
+        LineRoad_Use(buffer);
     }
     EXPECT_EQ(g_callCount, 0);
 }

@@ -366,7 +366,7 @@ TEST(ConverterThread, BandsOfOneLineDoNotSitThroughAnyWait)
                                             EXPECT_TRUE(converter.WaitExit(testPatienceMs));
                                             return watch.Elapsed();
                                         });
-    EXPECT_LT(median, 60ms);
+    EXPECT_LT(median, 40ms);
     EXPECT_EQ(job.map.CallCount(), static_cast<std::size_t>(bandCount));
 }
 
@@ -385,5 +385,5 @@ TEST(ConverterThread, AStopDoesNotSitThroughTheConvertersWait)
                                             EXPECT_TRUE(converter.WaitExit(withoutLimit));
                                             return watch.Elapsed();
                                         });
-    EXPECT_LT(median, 30ms); // of up to 100, 97 as a rule
+    EXPECT_LT(median, 20ms); // of up to 100, 97 as a rule
 }

@@ -56,6 +56,17 @@ protected:
         ASSERT_EQ(State(), 3);
     }
 
+    // The same, in state 1, with `lineCount` lines queued of which it takes one in `share` at once.
+    void Begin_WithQueue(int lineCount, int share)
+    {
+        Begin(1, 20, 20);
+        m_generator.LineShare_Set(share);
+        for (int line = 0; line < lineCount; ++line)
+        {
+            Line_HandOut(line);
+        }
+    }
+
     void Line_HandOut(int line)
     {
         int* element = nullptr;
@@ -169,12 +180,7 @@ TEST_F(LineGenerator, AQueuedLineIsTakenAtOnceOldestFirst)
 
 TEST_F(LineGenerator, LinesThatItTookTogetherGoBackTogetherInTheirOrder)
 {
-    Begin(1, 20, 20);
-    m_generator.LineShare_Set(4);
-    for (int line = 0; line < 20; ++line)
-    {
-        Line_HandOut(line);
-    }
+    Begin_WithQueue(20, 4);
     ASSERT_TRUE(Step());
     for (int line = 0; line < 5; ++line) // a fourth of twenty
     {
@@ -202,12 +208,7 @@ TEST_F(LineGenerator, LinesThatItTookTogetherGoBackTogetherInTheirOrder)
 
 TEST_F(LineGenerator, ItLeavesTheOthersTheirShare)
 {
-    Begin(1, 20, 20);
-    m_generator.LineShare_Set(4);
-    for (int line = 0; line < 9; ++line)
-    {
-        Line_HandOut(line);
-    }
+    Begin_WithQueue(9, 4);
     ASSERT_TRUE(Step());
     EXPECT_TRUE(Step());
     int* element = nullptr;
@@ -219,12 +220,7 @@ TEST_F(LineGenerator, ItLeavesTheOthersTheirShare)
 
 TEST_F(LineGenerator, AFailureGivesBackWhatItTookButForTheLineThatFailed)
 {
-    Begin(1, 20, 20);
-    m_generator.LineShare_Set(4);
-    for (int line = 0; line < 20; ++line)
-    {
-        Line_HandOut(line);
-    }
+    Begin_WithQueue(20, 4);
     m_pJob->map.m_script = [](const SLineCall& call) { return call.line != 2; };
     while (Step())
     {
@@ -249,12 +245,7 @@ TEST_F(LineGenerator, AFailureGivesBackWhatItTookButForTheLineThatFailed)
 
 TEST_F(LineGenerator, AStopBetweenTwoLinesGivesBackWhatIsLeft)
 {
-    Begin(1, 20, 20);
-    m_generator.LineShare_Set(2);
-    for (int line = 0; line < 20; ++line)
-    {
-        Line_HandOut(line);
-    }
+    Begin_WithQueue(20, 2);
     for (int step = 0; step < 1 + 3 * 3; ++step)
     {
         ASSERT_TRUE(Step());
@@ -277,12 +268,7 @@ TEST_F(LineGenerator, AStopBetweenTwoLinesGivesBackWhatIsLeft)
 
 TEST_F(LineGenerator, FinishedLinesThatFindNoRoomTogetherGoBackOneByOne)
 {
-    Begin(1, 20, 20);
-    m_generator.LineShare_Set(10);
-    for (int line = 0; line < 20; ++line)
-    {
-        Line_HandOut(line);
-    }
+    Begin_WithQueue(20, 10);
     for (int step = 0; step < 1 + 3 + 2; ++step) // one is finished, the other about to go back
     {
         ASSERT_TRUE(Step());
@@ -539,7 +525,7 @@ TEST_F(LineGenerator, AnIdleOneIsStoppedWithoutSittingThroughItsPoll)
             EXPECT_TRUE(generator.WaitExit(withoutLimit));
             return watch.Elapsed();
         });
-    EXPECT_LT(median, 30ms);
+    EXPECT_LT(median, 20ms);
 }
 
 TEST_F(LineGenerator, ACopyShares)

@@ -178,6 +178,7 @@ TEST(SystemFailure, AConverterWhoseStartUpFailsJoinsItsGeneratorsBeforeItEnds)
         EXPECT_TRUE(converter.WaitExit(testPatienceMs));
         EXPECT_FALSE(converter.IsThreadSuccess());
         EXPECT_EQ(none.Started_Count(), 4);
+        EXPECT_EQ(CThreadFailure::Running_Count(), 0);
     }
     EXPECT_EQ(CThreadFailure::Running_Count(), 0);
     EXPECT_EQ(job.map.CallCount(), 0U);

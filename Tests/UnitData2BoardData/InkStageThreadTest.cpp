@@ -125,7 +125,7 @@ template<class StopOnce>
 void ExpectPromptStops(StopOnce stopOnce)
 {
     const auto median = MedianRound_Get(30, [&](int /*round*/) { return stopOnce(); });
-    EXPECT_LT(median, std::chrono::milliseconds(30));
+    EXPECT_LT(median, std::chrono::milliseconds(25));
 }
 
 } // namespace

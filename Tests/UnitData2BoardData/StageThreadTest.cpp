@@ -199,7 +199,7 @@ TEST(StageThread, StopsPromptlyFromEverySituation)
     {
         // Sitting through the waits would take 50 ms as a rule.
         const auto median = MedianRound_Get(40, [&](int /*round*/) { return StopIn(situation); });
-        EXPECT_LT(median, std::chrono::milliseconds(30)) << "situation " << static_cast<int>(situation);
+        EXPECT_LT(median, std::chrono::milliseconds(25)) << "situation " << static_cast<int>(situation);
     }
 }
 
