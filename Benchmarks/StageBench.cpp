@@ -100,10 +100,10 @@ void Job_Configure(const SCase& one)
     if (one.stripes > 0)
     {
         param.m_curPrint_JobWidth = one.lines - 2 * stripeWidth;
-        param.m_inkStripeParam.m_leftStripeWidth = stripeWidth;
-        param.m_inkStripeParam.m_rightStripeWidth = stripeWidth;
-        param.m_inkStripeParam.m_unitPitch = stripeWidth;
-        param.m_inkStripeParam.m_unitPositionCount = 1;
+        param.m_inkStripeParam.leftStripeWidth = stripeWidth;
+        param.m_inkStripeParam.rightStripeWidth = stripeWidth;
+        param.m_inkStripeParam.unitPitch = stripeWidth;
+        param.m_inkStripeParam.unitPositionCount = 1;
     }
     DPD_PrintParam()->Set(param);
 }

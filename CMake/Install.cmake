@@ -27,7 +27,7 @@ install(FILES ${map_headers} DESTINATION ${include_root}/DataMap COMPONENT Devel
 install(FILES ${stage_headers} DESTINATION ${include_root}/UnitData2BoardData COMPONENT Development)
 install(FILES ${PROJECT_SOURCE_DIR}/Unit2Board/Unit2Board.h DESTINATION ${include_root}/Unit2Board
     COMPONENT Development)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/Include/KelCommon DESTINATION ${include_root} COMPONENT Development)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/Include/Compiler ${PROJECT_SOURCE_DIR}/Include/KelCommon DESTINATION ${include_root} COMPONENT Development)
 
 # install_library(NAME COMPONENT DEVELOPMENT): the shared library of that name and the static one, for CMake and
 # pkg-config.

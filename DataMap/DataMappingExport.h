@@ -1,7 +1,7 @@
 // Marks what the data-mapping library exports: its public classes, whole. Everything without the mark stays inside.
 #pragma once
 
-#include "KelCommon/KelCompiler.h"
+#include "Compiler/KelCompiler.h"
 
 #if defined(DATAMAPPING_STATIC)
 #define DATAMAPPING_API

@@ -5,8 +5,8 @@
 // earlier one, or differs in length, begins the next run, and the bytes are those of mapping one after the other.
 #pragma once
 
+#include "Compiler/KelCompiler.h"
 #include "DataMap/PrintUnitDataMap_Base.h"
-#include "KelCommon/KelCompiler.h"
 
 // How far ahead a run asks for what will be wanted soon. Bands lie line after line, but one line takes too little of
 // too many of them for a processor to notice by itself.

@@ -17,14 +17,13 @@ namespace
 // The head geometry of this style.
 constexpr int blockCount = SBlockLine::blockCount;
 constexpr int blockPixelCount = SBlockLine::blockPixelCount;
-constexpr int directionAscending = 2;
 
 // The frame position of one block: the byte of the group and block, and in it the bit of the unit.
 int Block_Row(const SSrcBandDataParam& param, int block)
 {
     const int group = param.m_unitIndex / 8;
     const int bit = param.m_unitIndex % 8;
-    const int place = param.m_unitDirection == directionAscending ? block : blockCount - 1 - block;
+    const int place = param.m_unitDirection == unitDirection_Ascending ? block : blockCount - 1 - block;
     return bit + 8 * (blockCount * group + place);
 }
 
@@ -36,7 +35,7 @@ bool Frame_HasUnit(int frameByteCount, int unitIndex)
 
 bool IsAscending(const SSrcBandDataParam& param)
 {
-    return param.m_unitDirection == directionAscending;
+    return param.m_unitDirection == unitDirection_Ascending;
 }
 
 // The lines of one run. Eight units of a group are transposed at once, all four blocks of them: a block's frames are
@@ -154,7 +153,7 @@ bool CPrintUnitDataMap_03::MapData_Line_Table(const SSrcBandDataParam& param, co
         if (!MapBandData_Buffer(Block_Row(param, block), src, block * blockPixelCount, blockPixelCount, dst,
                                 dstByteCount))
         {
-            KEL_LOG(ESeverityLevel::Error, "failure");
+            KEL_LOG(kelSeverity_Failure, "failure");
             return false;
         }
     }
@@ -171,7 +170,7 @@ bool CPrintUnitDataMap_03::MapBandData_Buffer(int row, const unsigned char* src,
 {
     if (!MapBandData_Buffer_1Bit(row, src, startPixel, pixelCount, dst, dstByteCount))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     return true;
@@ -215,7 +214,7 @@ bool CPrintUnitDataMap_03::MapBandData_Buffer_4Bit(int row, const unsigned char*
     {
         if (!CBitOperator::BitCopy(src, startPixel + i, dst, row + 64 * i, 1, dstByteCount))
         {
-            KEL_LOG(ESeverityLevel::Error, "failure");
+            KEL_LOG(kelSeverity_Failure, "failure");
             return false;
         }
     }

@@ -18,7 +18,6 @@ constexpr int chunkCount = SBlockLine::blockCount;
 constexpr int chunkBitCount = SBlockLine::blockPixelCount;
 constexpr int chunkByteCount = SBlockLine::blockByteCount;
 constexpr int nibbleBitCount = 4;
-constexpr int directionAscending = 2;
 
 // Values of m_bitMode.
 constexpr int bitMode4 = 1;
@@ -28,7 +27,7 @@ constexpr int bitMode400 = 4;
 
 int Chunk_BoardUnit(const SSrcBandDataParam& param, int chunk)
 {
-    const int place = param.m_unitDirection == directionAscending ? chunk : chunkCount - 1 - chunk;
+    const int place = param.m_unitDirection == unitDirection_Ascending ? chunk : chunkCount - 1 - chunk;
     return param.m_unitIndex * chunkCount + place;
 }
 
@@ -57,7 +56,7 @@ public:
             return false;
         }
         SBlockLine& blocks = m_lines[m_lineCount];
-        blocks.Cut(m_kernel, line.m_pLine, param.m_unitDirection == directionAscending);
+        blocks.Cut(m_kernel, line.m_pLine, param.m_unitDirection == unitDirection_Ascending);
         for (int place = 0; place < chunkCount; ++place)
         {
             m_columns.Column_Set(chunkCount * param.m_unitIndex + place, blocks.m_blocks[place]);
@@ -159,7 +158,7 @@ bool CPrintUnitDataMap_03_01::Init(int srcBitCount, int dataFrameWidth)
 {
     if (!CPrintUnitDataMap_5::Init(srcBitCount, dataFrameWidth))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     return true;
@@ -207,7 +206,7 @@ bool CPrintUnitDataMap_03_01::MapBandData_Buffer_Bit_8(int unitIndex, const unsi
         std::fill_n(gathered, chunkByteCount, static_cast<unsigned char>(0));
         if (!CBitOperator::BitCopy(src, srcBitOffset, gathered, 0, bitCount, chunkByteCount))
         {
-            KEL_LOG(ESeverityLevel::Error, "failure");
+            KEL_LOG(kelSeverity_Failure, "failure");
             return false;
         }
         chunk = gathered;
@@ -227,7 +226,7 @@ bool CPrintUnitDataMap_03_01::MapData_Line_Normal(const SSrcBandDataParam& param
         if (!MapBandData_Buffer(Chunk_BoardUnit(param, chunk), src, chunk * chunkBitCount, chunkBitCount, dst,
                                 dstByteCount, param.m_customParam))
         {
-            KEL_LOG(ESeverityLevel::Error, "failure");
+            KEL_LOG(kelSeverity_Failure, "failure");
             return false;
         }
     }
@@ -239,7 +238,7 @@ void CPrintUnitDataMap_03_01::MapData_Line_Bit_8(const SSrcBandDataParam& param,
                                                  unsigned char* dst) const
 {
     SBlockColumns side;
-    side.Cut(MapKernel_Get(), src, param.m_unitDirection == directionAscending);
+    side.Cut(MapKernel_Get(), src, param.m_unitDirection == unitDirection_Ascending);
     unsigned char* out = dst + chunkCount * param.m_unitIndex;
     const int frameByteCount = m_dataFrameWidth;
     for (int k = 0; k < chunkByteCount; ++k)

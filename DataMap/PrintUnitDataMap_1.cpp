@@ -41,7 +41,7 @@ bool CPrintUnitDataMap_1::Init(int dataFrameWidth)
     {
         return Init_DataWidth_16();
     }
-    KEL_LOG(ESeverityLevel::Error, "DataFrameWidth = " + std::to_string(m_dataFrameWidth));
+    KEL_LOG(kelSeverity_Failure, "DataFrameWidth = " + std::to_string(m_dataFrameWidth));
     return false;
 }
 

@@ -4,6 +4,7 @@
 #include "DataMap/BitPosition.h"
 #include "DataMap/FrameLayout.h"
 #include "DataMap/FramePass.h"
+#include "DataMap/PlatformWord.h"
 #include "KelCommon/KelLog.h"
 
 #include <typeinfo>
@@ -16,15 +17,15 @@ constexpr int codeMiddle = 0b10;
 constexpr int codeBig = 0b11;
 
 // 0 if there is no such drop size.
-constexpr int Code_Get(EDotSizeMode mode)
+constexpr int Code_Get(int mode)
 {
     switch (mode)
     {
-    case EDotSizeMode::Small:
+    case DotSize_Small:
         return codeSmall;
-    case EDotSizeMode::Middle:
+    case DotSize_Middle:
         return codeMiddle;
-    case EDotSizeMode::Big:
+    case DotSize_Big:
         return codeBig;
     default:
         return 0;
@@ -60,14 +61,14 @@ bool CPrintUnitDataMap_2::Init(EDotSizeMode dotSizeMode, int dataFrameWidth)
     m_dataFrameWidth = dataFrameWidth;
     m_unitCount = dataFrameWidth / 2;
     Init_MapDataSizeOfByte();
-    m_dotSizeMode = dotSizeMode;
+    m_dotSizeMode = static_cast<std::int32_t>(dotSizeMode);
     m_mapDataSizeOfByte = (8 / m_srcBitCount) * m_dataFrameWidth / 8;
     m_unitMapDataSize = 256 * m_mapDataSizeOfByte;
     m_mapDataSize = m_unitCount * m_unitMapDataSize;
     MapData_Allocate();
     if (!MapData())
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     return true;
@@ -108,11 +109,11 @@ bool CPrintUnitDataMap_2::MapData()
 {
     switch (m_dotSizeMode)
     {
-    case EDotSizeMode::Small:
+    case DotSize_Small:
         return MapData_Small();
-    case EDotSizeMode::Middle:
+    case DotSize_Middle:
         return MapData_Middle();
-    case EDotSizeMode::Big:
+    case DotSize_Big:
         return MapData_Big();
     default:
         return false;

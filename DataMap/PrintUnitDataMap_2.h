@@ -41,7 +41,7 @@ private:
     // Gives every set pixel the 2-bit code `code`.
     void MapData_Fill(int code);
 
-    EDotSizeMode m_dotSizeMode = EDotSizeMode::None;
+    std::int32_t m_dotSizeMode = 0; // the number of the mode
 
     friend struct SMapTestAccess;
 };

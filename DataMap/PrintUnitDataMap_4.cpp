@@ -19,7 +19,7 @@ bool CPrintUnitDataMap_4::Init(int dataFrameWidth)
     m_dataFrameWidth = dataFrameWidth;
     m_unitCount = dataFrameWidth;
     Init_MapDataSizeOfByte();
-    KEL_LOG(ESeverityLevel::Error, "failure");
+    KEL_LOG(kelSeverity_Failure, "failure");
     return false;
 }
 

@@ -20,12 +20,12 @@ bool CPrintUnitDataMap_5::Init(int srcBitCount, int dataFrameWidth)
 {
     if (!CPrintUnitDataMap_Base::Init(srcBitCount, srcBitCount, dataFrameWidth))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     if (!Init_MapDataBuffer())
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     return true;

@@ -85,7 +85,7 @@ bool CPrintUnitDataMap_6::Init(int srcBitCount, int dataFrameWidth)
     m_srcBitCount = srcBitCount;
     if (!Init_SrcBitMask())
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     m_dstBitCount = srcBitCount;

@@ -4,6 +4,7 @@
 #include "DataMap/ColumnPass.h"
 #include "DataMap/LineRuns.h"
 #include "DataMap/MapKernelInUse.h"
+#include "DataMap/PlatformWord.h"
 #include "KelCommon/KelLog.h"
 #include "Platform/Helper/StaticHelper.h"
 
@@ -139,14 +140,14 @@ bool CPrintUnitDataMap_7::Init(EDotSizeMode dotSizeMode, int dataFrameWidth)
     m_dstBitCount = 2;
     m_dataFrameWidth = dataFrameWidth;
     m_unitCount = dataFrameWidth; // byte columns, not bit pairs
-    m_dotSizeMode = dotSizeMode;
+    m_dotSizeMode = static_cast<std::int32_t>(dotSizeMode);
     m_mapDataSizeOfByte = 2;
     m_unitMapDataSize = 256 * m_mapDataSizeOfByte;
     m_mapDataSize = m_unitMapDataSize; // one table for all units
     MapData_Allocate();
     if (!MapData())
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     return true;
@@ -156,11 +157,11 @@ bool CPrintUnitDataMap_7::MapData()
 {
     switch (m_dotSizeMode)
     {
-    case EDotSizeMode::Small:
+    case DotSize_Small:
         return MapData_Small();
-    case EDotSizeMode::Middle:
+    case DotSize_Middle:
         return MapData_Middle();
-    case EDotSizeMode::Big:
+    case DotSize_Big:
         return MapData_Big();
     default:
         return false;

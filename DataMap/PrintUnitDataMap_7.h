@@ -41,7 +41,7 @@ private:
     // Fills the 256 entries from the 16 bytes of one drop size, one for each four pixels.
     void MapData_Fill(const unsigned char* nibbleTable);
 
-    EDotSizeMode m_dotSizeMode = EDotSizeMode::None;
+    std::int32_t m_dotSizeMode = 0; // the number of the mode
 
     friend struct SMapTestAccess;
 };

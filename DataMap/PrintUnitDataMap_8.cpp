@@ -192,12 +192,12 @@ bool CPrintUnitDataMap_8::MapData_Line(const SSrcBandDataParam& param, const uns
     }
     if (!MapData_Line_BitMask(param, src, dst, planeByteCount, maskHigh))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     if (!MapData_Line_BitMask(param, src, dst + planeByteCount, planeByteCount, maskLow))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     return true;
@@ -277,7 +277,7 @@ bool CPrintUnitDataMap_8::Init(int dataFrameWidth)
     m_mapDataSize = m_unitMapDataSize * m_unitCount;
     if (!Init_MapDataBuffer())
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     return true;

@@ -24,7 +24,7 @@ bool CPrintUnitDataMap_Base::Init(int srcBitCount, int dstBitCount, int dataFram
     m_srcBitCount = srcBitCount;
     if (!Init_SrcBitMask())
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     m_dstBitCount = dstBitCount;

@@ -1,6 +1,7 @@
 // The decision table of the map factory, and one builder per map class.
 #include "DataMap/PrintUnitMap_Factory.h"
 
+#include "DataMap/PlatformWord.h"
 #include "DataMap/PrintUnitDataMap_03.h"
 #include "DataMap/PrintUnitDataMap_03_01.h"
 #include "DataMap/PrintUnitDataMap_1.h"
@@ -14,32 +15,32 @@
 
 CPrintUnitDataMap_Base* CPrintUnitMap_Factory::Init_DataMap(int srcBitCount, EDotSizeMode dotSizeMode)
 {
-    switch (GC_DPOption()->DataMapStyle_Get())
+    switch (static_cast<int>(GC_DPOption()->DataMapStyle_Get()))
     {
-    case EDataMapStyle::Frame16:
+    case DataMapStyle_Frame16:
         return Init_DataMap_Style_1();
-    case EDataMapStyle::Block:
+    case DataMapStyle_Block:
         return Init_DataMap_Style_03();
-    case EDataMapStyle::Block13:
+    case DataMapStyle_Block13:
         return Init_DataMap_Style_03_01();
-    case EDataMapStyle::FramePerPixel:
-    case EDataMapStyle::ByteInterleaved:
+    case DataMapStyle_FramePerPixel:
+    case DataMapStyle_ByteInterleaved:
         return Init_DataMap_ByPush(srcBitCount, dotSizeMode);
-    case EDataMapStyle::PlanePair:
+    case DataMapStyle_PlanePair:
         return Init_DataMap_Style_8();
     default:
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return nullptr;
     }
 }
 
 CPrintUnitDataMap_Base* CPrintUnitMap_Factory::Init_DataMap_ByPush(int srcBitCount, EDotSizeMode dotSizeMode)
 {
-    switch (GC_DPOption()->DataPushStyle_Get())
+    switch (static_cast<int>(GC_DPOption()->DataPushStyle_Get()))
     {
-    case EDataPushStyle::ByUnit:
+    case DataPushStyle_ByUnit:
         return Init_DataMap_ByUnit();
-    case EDataPushStyle::ByPixel:
+    case DataPushStyle_ByPixel:
         return Init_DataMap_ByPixel(srcBitCount, dotSizeMode);
     default:
         return nullptr; // the one refusal without a record
@@ -48,30 +49,30 @@ CPrintUnitDataMap_Base* CPrintUnitMap_Factory::Init_DataMap_ByPush(int srcBitCou
 
 CPrintUnitDataMap_Base* CPrintUnitMap_Factory::Init_DataMap_ByUnit()
 {
-    switch (GC_DPOption()->DataMapStyle_Get())
+    switch (static_cast<int>(GC_DPOption()->DataMapStyle_Get()))
     {
-    case EDataMapStyle::FramePerPixel:
+    case DataMapStyle_FramePerPixel:
         return Init_DataMap_Style_5(1);
-    case EDataMapStyle::ByteInterleaved:
+    case DataMapStyle_ByteInterleaved:
         return Init_DataMap_Style_6(1);
     default:
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return nullptr;
     }
 }
 
 CPrintUnitDataMap_Base* CPrintUnitMap_Factory::Init_DataMap_ByPixel(int srcBitCount, EDotSizeMode dotSizeMode)
 {
-    switch (GC_DPOption()->PrinterSupportBits_Get())
+    switch (static_cast<int>(GC_DPOption()->PrinterSupportBits_Get()))
     {
-    case EPrinterSupportBits::OneBit:
+    case PrinterSupportBits_One:
         return Init_DataMap_ByPixel_SupportBits_1(srcBitCount);
-    case EPrinterSupportBits::TwoBit:
+    case PrinterSupportBits_Two:
         return Init_DataMap_ByPixel_SupportBits_2(srcBitCount, dotSizeMode);
-    case EPrinterSupportBits::Multiple:
+    case PrinterSupportBits_Multiple:
         return Init_DataMap_ByPixel_SupportBits_Multiple(srcBitCount);
     default:
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return nullptr;
     }
 }
@@ -83,17 +84,17 @@ CPrintUnitDataMap_Base* CPrintUnitMap_Factory::Init_DataMap_ByPixel_SupportBits_
     static_cast<void>(GC_DPOption()->PrinterDataWidth_Get());
     if (srcBitCount == 1)
     {
-        const EDataMapStyle style = GC_DPOption()->DataMapStyle_Get();
-        if (style == EDataMapStyle::FramePerPixel)
+        const int style = static_cast<int>(GC_DPOption()->DataMapStyle_Get());
+        if (style == DataMapStyle_FramePerPixel)
         {
             return Init_DataMap_Style_5(1);
         }
-        if (style == EDataMapStyle::ByteInterleaved)
+        if (style == DataMapStyle_ByteInterleaved)
         {
             return Init_DataMap_Style_6(1);
         }
     }
-    KEL_LOG(ESeverityLevel::Error, "failure");
+    KEL_LOG(kelSeverity_Failure, "failure");
     return nullptr;
 }
 
@@ -103,17 +104,17 @@ CPrintUnitDataMap_Base* CPrintUnitMap_Factory::Init_DataMap_ByPixel_SupportBits_
     static_cast<void>(GC_DPOption()->PrinterDataWidth_Get());
     if (srcBitCount == 1 || srcBitCount == 2)
     {
-        const EDataMapStyle style = GC_DPOption()->DataMapStyle_Get();
-        if (style == EDataMapStyle::FramePerPixel)
+        const int style = static_cast<int>(GC_DPOption()->DataMapStyle_Get());
+        if (style == DataMapStyle_FramePerPixel)
         {
             return srcBitCount == 1 ? Init_DataMap_Style_2(dotSizeMode) : Init_DataMap_Style_5(2);
         }
-        if (style == EDataMapStyle::ByteInterleaved)
+        if (style == DataMapStyle_ByteInterleaved)
         {
             return srcBitCount == 1 ? Init_DataMap_Style_7(dotSizeMode) : Init_DataMap_Style_6(2);
         }
     }
-    KEL_LOG(ESeverityLevel::Error, "failure");
+    KEL_LOG(kelSeverity_Failure, "failure");
     return nullptr;
 }
 
@@ -124,7 +125,7 @@ CPrintUnitDataMap_Base* CPrintUnitMap_Factory::Init_DataMap_ByPixel_SupportBits_
     {
         return Init_DataMap_Style_5(srcBitCount);
     }
-    KEL_LOG(ESeverityLevel::Error, "failure");
+    KEL_LOG(kelSeverity_Failure, "failure");
     return nullptr;
 }
 
@@ -135,7 +136,7 @@ CPrintUnitDataMap_Base* CPrintUnitMap_Factory::Init_DataMap_Style_1()
     auto* map = new CPrintUnitDataMap_1();
     if (!map->Init(GC_DPOption()->PrinterDataWidth_Get()))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return nullptr;
     }
     return map;
@@ -146,7 +147,7 @@ CPrintUnitDataMap_Base* CPrintUnitMap_Factory::Init_DataMap_Style_03()
     auto* map = new CPrintUnitDataMap_03();
     if (!map->Init(1, GC_DPOption()->PrinterDataWidth_Get()))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return nullptr;
     }
     return map;
@@ -157,7 +158,7 @@ CPrintUnitDataMap_Base* CPrintUnitMap_Factory::Init_DataMap_Style_03_01()
     auto* map = new CPrintUnitDataMap_03_01();
     if (!map->Init(1, GC_DPOption()->PrinterDataWidth_Get()))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return nullptr;
     }
     return map;
@@ -168,7 +169,7 @@ CPrintUnitDataMap_Base* CPrintUnitMap_Factory::Init_DataMap_Style_8()
     auto* map = new CPrintUnitDataMap_8();
     if (!map->Init(GC_DPOption()->PrinterDataWidth_Get()))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return nullptr;
     }
     return map;
@@ -179,7 +180,7 @@ CPrintUnitDataMap_Base* CPrintUnitMap_Factory::Init_DataMap_Style_5(int srcBitCo
     auto* map = new CPrintUnitDataMap_5();
     if (!map->Init(srcBitCount, GC_DPOption()->PrinterDataWidth_Get()))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return nullptr;
     }
     return map;
@@ -190,7 +191,7 @@ CPrintUnitDataMap_Base* CPrintUnitMap_Factory::Init_DataMap_Style_6(int srcBitCo
     auto* map = new CPrintUnitDataMap_6();
     if (!map->Init(srcBitCount, GC_DPOption()->PrinterDataWidth_Get()))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return nullptr;
     }
     return map;
@@ -201,7 +202,7 @@ CPrintUnitDataMap_Base* CPrintUnitMap_Factory::Init_DataMap_Style_2(EDotSizeMode
     auto* map = new CPrintUnitDataMap_2();
     if (!map->Init(dotSizeMode, GC_DPOption()->PrinterDataWidth_Get()))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return nullptr;
     }
     return map;
@@ -212,7 +213,7 @@ CPrintUnitDataMap_Base* CPrintUnitMap_Factory::Init_DataMap_Style_7(EDotSizeMode
     auto* map = new CPrintUnitDataMap_7();
     if (!map->Init(dotSizeMode, GC_DPOption()->PrinterDataWidth_Get()))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return nullptr;
     }
     return map;

@@ -7,12 +7,16 @@
 #include <cstddef>
 #include <cstdint>
 
+// The orientation of a unit, as its bands and the carriage tell it: its blocks of pixels in ascending order. Any other
+// value means descending order.
+constexpr std::int32_t unitDirection_Ascending = 2;
+
 // Packed to 4 bytes: the pointer follows the third integer directly.
 #pragma pack(push, 4)
 struct SSrcBandDataParam
 {
     std::int32_t m_unitIndex = 0;     // print unit: selects the unit's table rows, or its slot in the board line
-    std::int32_t m_unitDirection = 0; // 2 = ascending order of the blocks of 100 pixels, any other value = descending
+    std::int32_t m_unitDirection = 0; // unitDirection_Ascending, or any other value for descending
     std::int32_t m_lineBitCount = 0;  // significant bits of the source line: pixels x bits per pixel
     void* m_customParam = nullptr;    // the calling thread's object from the map's CustomParam_Create, or null
 };

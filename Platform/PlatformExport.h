@@ -1,7 +1,7 @@
 // Marks what the controller platform's shared library exports.
 #pragma once
 
-#include "KelCommon/KelCompiler.h"
+#include "Compiler/KelCompiler.h"
 
 #if defined(CONTROLLERPLATFORM_STATIC)
 #define PLATFORM_API

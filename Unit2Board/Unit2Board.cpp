@@ -2,11 +2,14 @@
 #include "Unit2Board/Unit2Board.h"
 
 #include "KelCommon/KelLog.h"
+#include "KelCommon/KelWait.h"
 #include "KelCommon/SBufferData.h"
 #include "Platform/BandData/BandData.h"
+#include "Unit2Board/LineRun.h"
 #include "Unit2Board/Unit2Board_Line.h"
 
 #include <algorithm>
+#include <array>
 #include <memory>
 #include <string>
 
@@ -15,56 +18,21 @@ template class CKelBaseThread<CUnit2Board>;
 namespace
 {
 
-constexpr int elementCount = 20; // lines in flight at most
-constexpr unsigned long waitMs = 100;
-constexpr unsigned long gatherMs = 1;
-constexpr unsigned withoutLimit = 4294967295U;
+constexpr int elementCount = 20; // indices in flight at most
 
-// What m_pLineBuffer points to: the buffer's own class has a virtual operation but a plain destructor, so that only a
-// class without heirs can be deleted through a pointer.
+// What m_pLineBuffer points to: the buffer, and how many lines an index in it stands for. (The buffer's own class has a
+// virtual operation but a plain destructor, so that only a class without heirs can be deleted through a pointer.)
 class CLineBuffer final : public CKelThreadBuffer_T<int>
 {
 public:
-    using CKelThreadBuffer_T::CKelThreadBuffer_T;
+    CLineBuffer(const std::string& name, int lineRun) : CKelThreadBuffer_T(name), m_lineRun(lineRun) {}
+
+    const int m_lineRun;
 };
 
-using CBuffer = CKelThreadBuffer_T<int>;
-
-// Takes up to `limit` elements out of `fifo`: all at once, or else the one that `take`, which waits for it, brings. The
-// number taken.
-int Elements_Take(CBuffer& buffer, CBuffer::CFIFO& fifo, bool (CBuffer::*take)(int*&, unsigned long), int** elements,
-                  int limit)
+int LineRun_Of(const CKelThreadBuffer_T<int>* buffer)
 {
-    const int count = fifo.Out_Many(elements, limit, 1);
-    return count > 0 ? count : static_cast<int>((buffer.*take)(elements[0], waitMs));
-}
-
-// Gives an element back to the FIFO that it came from, which has room for it.
-void Element_Return(CBuffer::CFIFO& source, int* element)
-{
-    if (!source.In_Many(&element, 1))
-    {
-        delete element; // all the same nobody's
-    }
-}
-
-// Puts `count` elements into `fifo`: all at once, or else one by one with `put`, which waits for room. The number put.
-// An element that finds no room is in no FIFO any more and is deleted; those behind it go back to `source`.
-int Elements_Put(CBuffer& buffer, CBuffer::CFIFO& fifo, bool (CBuffer::*put)(int*, unsigned long),
-                 CBuffer::CFIFO& source, int** elements, int count)
-{
-    if (fifo.In_Many(elements, count))
-    {
-        return count;
-    }
-    int** const end = elements + count;
-    int** const stuck = std::find_if_not(elements, end, [&](int* element) { return (buffer.*put)(element, waitMs); });
-    if (stuck != end)
-    {
-        delete *stuck;
-        std::for_each(stuck + 1, end, [&](int* element) { Element_Return(source, element); });
-    }
-    return static_cast<int>(stuck - elements);
+    return static_cast<const CLineBuffer*>(buffer)->m_lineRun;
 }
 
 } // namespace
@@ -93,16 +61,33 @@ bool CUnit2Board::Create(int lineGeneratorCount, CBandData** srcBands, int srcBa
     std::copy_n(srcBands, srcBandCount, m_pSrcBands);
     m_pDstBand = &dstBand;
     m_pDataMap = &dataMap;
+    // No generator may outlive a converter that its owner destroys after a failure, nor one that an exception destroys.
+    try
+    {
+        if (Threads_Start())
+        {
+            return true;
+        }
+    }
+    catch (...)
+    {
+        Stop();
+        throw;
+    }
+    Stop();
+    return false;
+}
+
+bool CUnit2Board::Threads_Start()
+{
     if (!Create_LineGenerator())
     {
-        KEL_LOG_AT(ESeverityLevel::Error, 50, "failure");
-        Stop(); // no generator may outlive a converter that its owner now destroys
+        KEL_LOG_AT(kelSeverity_Failure, 50, "failure");
         return false;
     }
     if (!Start("CUnit2Board"))
     {
-        KEL_LOG_AT(ESeverityLevel::Error, 52, "failure");
-        Stop();
+        KEL_LOG_AT(kelSeverity_Failure, 52, "failure");
         return false;
     }
     return true;
@@ -110,17 +95,22 @@ bool CUnit2Board::Create(int lineGeneratorCount, CBandData** srcBands, int srcBa
 
 bool CUnit2Board::Create_LineGenerator()
 {
-    m_pLineBuffer = new CLineBuffer("Unit2Board_Buffer");
+    const int lineRun = LineRun_Get(*m_pDstBand, *m_pDataMap, m_lineGeneratorCount);
+    m_pLineBuffer = new CLineBuffer("Unit2Board_Buffer", lineRun);
     SBufferData<int*> elements;
     if (!elements.AllocateBuffer(elementCount, true))
     {
-        KEL_LOG_AT(ESeverityLevel::Error, 162, "failure");
+        KEL_LOG_AT(kelSeverity_Failure, 162, "failure");
         return false;
     }
-    std::generate_n(elements.m_pBuffer, elementCount, [] { return new int; });
-    if (!m_pLineBuffer->Create(elements.m_pBuffer, elementCount))
+    std::array<std::unique_ptr<int>, elementCount> owned; // until the buffer has taken them
+    std::generate(owned.begin(), owned.end(), [] { return std::make_unique<int>(); });
+    std::transform(owned.begin(), owned.end(), elements.data, [](const auto& element) { return element.get(); });
+    const bool bTaken = m_pLineBuffer->Create(elements.data, elementCount);
+    std::for_each(owned.begin(), owned.end(), [](auto& element) { static_cast<void>(element.release()); });
+    if (!bTaken)
     {
-        KEL_LOG_AT(ESeverityLevel::Error, 167, "failure");
+        KEL_LOG_AT(kelSeverity_Failure, 167, "failure");
         return false;
     }
     // Null where no generator came into being.
@@ -128,10 +118,10 @@ bool CUnit2Board::Create_LineGenerator()
     for (int i = 0; i < m_lineGeneratorCount; ++i)
     {
         auto generator = std::make_unique<CUnit2Board_Line>();
-        generator->LineShare_Set(2 * m_lineGeneratorCount);
+        generator->LineRun_Set(lineRun);
         if (!generator->Create(*m_pLineBuffer, *m_pDataMap, m_pSrcBands, m_srcBandCount, *m_pDstBand))
         {
-            KEL_LOG_AT(ESeverityLevel::Error, 174, "failure");
+            KEL_LOG_AT(kelSeverity_Failure, 174, "failure");
             return false;
         }
         m_pLineGenerators[i] = generator.release();
@@ -162,11 +152,16 @@ bool CUnit2Board::Stop_LineGenerator()
     return true;
 }
 
-// All are told to stop before any is waited for, so that they end side by side.
+// All are told to stop before any is waited for, so that they end side by side; and they are woken, since most of them
+// wait for a line that never comes. Waking them is harmless: a generator that finds no line looks for a stop request.
 void CUnit2Board::Stop()
 {
     Stop_LineGenerator();
-    LineGenerator_ForEach([](CUnit2Board_Line& generator) { generator.WaitExit(withoutLimit); });
+    if (m_pLineGenerators != nullptr)
+    {
+        m_pLineBuffer->InFIFO()->HasDataEvent().Set();
+    }
+    LineGenerator_ForEach([](CUnit2Board_Line& generator) { generator.WaitExit(kelWait_WithoutLimit); });
     TamBaseThread::Stop();
 }
 
@@ -186,7 +181,7 @@ bool CUnit2Board::WaitExit(unsigned int timeoutMs)
 {
     if (!TamBaseThread::WaitExit(timeoutMs))
     {
-        KEL_LOG_AT(ESeverityLevel::Error, 227, "failure");
+        KEL_LOG_AT(kelSeverity_Failure, 227, "failure");
         return false;
     }
     return true;
@@ -196,7 +191,7 @@ bool CUnit2Board::Prepare()
 {
     if (!TamBaseThread::Prepare())
     {
-        KEL_LOG_AT(ESeverityLevel::Error, 83, "failure");
+        KEL_LOG_AT(kelSeverity_Failure, 83, "failure");
         Stop(); // the owner sees this thread end and may destroy the converter, so the generators end first
         return false;
     }
@@ -210,7 +205,7 @@ bool CUnit2Board::OneLoop()
     {
         return true;
     }
-    KEL_LOG_AT(ESeverityLevel::Error, 75, "m_processState = " + std::to_string(m_processState));
+    KEL_LOG_AT(kelSeverity_Failure, 75, "m_processState = " + std::to_string(m_processState));
     Stop();
     return false;
 }
@@ -238,56 +233,53 @@ bool CUnit2Board::Initialize()
     return true;
 }
 
-// Hands out lines for as long as there are free elements: all of those at once.
+// Hands out lines for as long as there are free elements.
 bool CUnit2Board::AddSourceLine()
 {
-    while (m_addedLineCount < m_pDstBand->m_height && m_pLineBuffer->EmptyFIFO()->HasDataEvent().Wait(0, 0))
+    const int lineRun = LineRun_Of(m_pLineBuffer);
+    auto& freeElement = m_pLineBuffer->EmptyFIFO()->HasDataEvent();
+    while (m_addedLineCount < m_pDstBand->m_height && freeElement.Wait(0, 0))
     {
-        int* elements[elementCount];
-        const int wanted = std::min(elementCount, m_pDstBand->m_height - m_addedLineCount);
-        const int count =
-            Elements_Take(*m_pLineBuffer, *m_pLineBuffer->EmptyFIFO(), &CBuffer::Empty_Out, elements, wanted);
-        if (count == 0)
+        int* element = nullptr;
+        if (!m_pLineBuffer->Empty_Out(element, kelWait_Retried))
         {
-            KEL_LOG_AT(ESeverityLevel::Error, 114, "failure");
+            KEL_LOG_AT(kelSeverity_Failure, 114, "failure");
             return false;
         }
-        std::for_each(elements, elements + count,
-                      [line = m_addedLineCount](int* element) mutable { *element = line++; });
-        const int putCount = Elements_Put(*m_pLineBuffer, *m_pLineBuffer->InFIFO(), &CBuffer::Wait_In,
-                                          *m_pLineBuffer->EmptyFIFO(), elements, count);
-        m_addedLineCount += putCount;
-        if (putCount < count)
+        *element = m_addedLineCount;
+        if (!m_pLineBuffer->Wait_In(element, kelWait_Retried))
         {
-            KEL_LOG_AT(ESeverityLevel::Error, 118, "failure");
+            KEL_LOG_AT(kelSeverity_Failure, 118, "failure");
+            delete element; // in no FIFO any more
             return false;
         }
+        m_addedLineCount += std::min(lineRun, m_pDstBand->m_height - m_addedLineCount);
     }
     m_processState = State_Process;
     return true;
 }
 
-// Recycles the elements of all lines that have come back. Which lines they were does not matter, only how many.
+// Recycles the elements of all lines that have come back. Which lines they were does not matter, only how many runs:
+// the one that is shorter is counted last, whichever came last.
 bool CUnit2Board::Process()
 {
-    while (m_pLineBuffer->FullFIFO()->HasDataEvent().Wait(0, 0))
+    const int lineRun = LineRun_Of(m_pLineBuffer);
+    auto& finishedLine = m_pLineBuffer->FullFIFO()->HasDataEvent();
+    while (finishedLine.Wait(0, 0))
     {
-        int* elements[elementCount];
-        const int count =
-            Elements_Take(*m_pLineBuffer, *m_pLineBuffer->FullFIFO(), &CBuffer::Full_Out, elements, elementCount);
-        if (count == 0)
+        int* element = nullptr;
+        if (!m_pLineBuffer->Full_Out(element, kelWait_Retried))
         {
-            KEL_LOG_AT(ESeverityLevel::Error, 131, "failure");
+            KEL_LOG_AT(kelSeverity_Failure, 131, "failure");
             return false;
         }
-        const int putCount = Elements_Put(*m_pLineBuffer, *m_pLineBuffer->EmptyFIFO(), &CBuffer::Empty_In,
-                                          *m_pLineBuffer->FullFIFO(), elements, count);
-        m_finishedLineCount += putCount;
-        if (putCount < count)
+        if (!m_pLineBuffer->Empty_In(element, kelWait_Retried))
         {
-            KEL_LOG_AT(ESeverityLevel::Error, 135, "failure");
+            KEL_LOG_AT(kelSeverity_Failure, 135, "failure");
+            delete element; // in no FIFO any more
             return false;
         }
+        m_finishedLineCount += std::min(lineRun, m_pDstBand->m_height - m_finishedLineCount);
     }
     if (m_finishedLineCount >= m_pDstBand->m_height)
     {
@@ -295,18 +287,9 @@ bool CUnit2Board::Process()
         return true;
     }
     // More lines can be handed out, or nothing came back for as long as one waits: both go back to handing out.
-    if (m_pLineBuffer->EmptyFIFO()->HasDataEvent().Wait(0, 0) || !FinishedLine_Wait())
+    if (m_pLineBuffer->EmptyFIFO()->HasDataEvent().Wait(0, 0) || !finishedLine.Wait(kelWait_Retried, 0))
     {
         m_processState = State_AddSourceLine;
     }
     return true;
-}
-
-// Waits until a line has come back. Being woken costs more than a line: for a moment lines may gather, as long as every
-// generator has one to work on. Lines that take so long that none comes in that moment are waited for one by one.
-bool CUnit2Board::FinishedLine_Wait()
-{
-    auto& fullFIFO = *m_pLineBuffer->FullFIFO();
-    return fullFIFO.HasData_WaitForMany(elementCount / 2, gatherMs) ||
-           fullFIFO.HasDataEvent().Wait(waitMs - gatherMs, 0);
 }

@@ -2,7 +2,8 @@
 //
 // A one-shot worker. The ink-stripe stage makes one for each board band, calls Create, waits with WaitExit and destroys
 // it. The converter's thread hands out line indices through a buffer of 20 recycled elements and collects them when
-// they are done; it never touches pixel data. When every line has come back it stops and joins its generators and ends.
+// they are done; it never touches pixel data. An index may stand for a run of lines, see LineRun.h. When every line has
+// come back the converter stops and joins its generators and ends.
 //
 // Create, WaitExit, Stop and the destructor are the owner's; the converter also calls Stop on itself.
 #pragma once
@@ -33,8 +34,8 @@ public:
 
     // Starts the generators, then the converter's own thread. `srcBands` (`srcBandCount` bands) is copied; the bands,
     // the destination and the map stay the caller's and must outlive the threads. The destination must be zero-filled
-    // and decides how many lines there are. False, after log records, if a thread could not be started; no thread runs
-    // then.
+    // and decides how many lines there are. False, after log records, if a thread could not be started. No thread runs
+    // then, nor after an exception, which passes.
     bool Create(int lineGeneratorCount, CBandData** srcBands, int srcBandCount, CBandData& dstBand,
                 const CPrintUnitDataMap_Base& dataMap);
 
@@ -60,7 +61,7 @@ private:
     bool Initialize();
     bool AddSourceLine();
     bool Process();
-    bool FinishedLine_Wait();
+    bool Threads_Start();
     bool Create_LineGenerator();
     bool Release_LineGenerator();
     bool Stop_LineGenerator();
@@ -76,7 +77,7 @@ private:
     CBandData** m_pSrcBands = nullptr; // owned copy of the caller's array
     std::int32_t m_srcBandCount = 0;
     CBandData* m_pDstBand = nullptr;
-    CKelThreadBuffer_T<int>* m_pLineBuffer = nullptr; // owned
+    CKelThreadBuffer_T<int>* m_pLineBuffer = nullptr; // owned; see CLineBuffer
 
     friend struct SConverterTestAccess;
 };

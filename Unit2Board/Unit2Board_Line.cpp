@@ -1,29 +1,21 @@
 // The line generator's state machine and the mapping of one line.
 #include "Unit2Board/Unit2Board_Line.h"
 
+#include "DataMap/OwnStyle.h"
 #include "DataMap/PrintUnitDataMap_Base.h"
 #include "DataMap/SrcBandDataParam.h"
 #include "KelCommon/KelLog.h"
+#include "KelCommon/KelWait.h"
 #include "Platform/BandData/BandData.h"
 
 #include <algorithm>
 #include <new>
 #include <string>
-#include <utility>
-
-namespace
-{
-
-constexpr unsigned long waitMs = 100;
-
-} // namespace
 
 CUnit2Board_Line::~CUnit2Board_Line()
 {
     delete m_pLineIndex;
     m_pLineIndex = nullptr;
-    std::for_each(m_pLines, m_pLines + m_lineCount, [](int* line) { delete line; });
-    m_lineCount = 0;
 }
 
 bool CUnit2Board_Line::Create(CKelThreadBuffer_T<int>& buffer, const CPrintUnitDataMap_Base& dataMap,
@@ -36,7 +28,7 @@ bool CUnit2Board_Line::Create(CKelThreadBuffer_T<int>& buffer, const CPrintUnitD
     m_pDstBand = &dstBand;
     if (!Start("CUnit2Board_Line"))
     {
-        KEL_LOG_AT(ESeverityLevel::Error, 42, "failure");
+        KEL_LOG_AT(kelSeverity_Failure, 42, "failure");
         return false;
     }
     return true;
@@ -46,7 +38,7 @@ bool CUnit2Board_Line::Prepare()
 {
     if (!TamBaseThread::Prepare())
     {
-        KEL_LOG_AT(ESeverityLevel::Error, 76, "failure");
+        KEL_LOG_AT(kelSeverity_Failure, 76, "failure");
         return false;
     }
     m_processState = State_CreateParam;
@@ -55,7 +47,6 @@ bool CUnit2Board_Line::Prepare()
 
 void CUnit2Board_Line::Finally()
 {
-    Lines_GiveUp();
     m_pDataMap->CustomParam_Release(m_pCustomParam);
     m_pCustomParam = nullptr;
     TamBaseThread::Finally();
@@ -67,7 +58,7 @@ bool CUnit2Board_Line::OneLoop()
     {
         return true;
     }
-    KEL_LOG_AT(ESeverityLevel::Error, 68, "m_processState = " + std::to_string(m_processState));
+    KEL_LOG_AT(kelSeverity_Failure, 68, "m_processState = " + std::to_string(m_processState));
     Stop();
     return false;
 }
@@ -92,6 +83,7 @@ bool CUnit2Board_Line::ProcessState_Run()
 bool CUnit2Board_Line::CustomParam_Make()
 {
     m_pCustomParam = m_pDataMap->CustomParam_Create();
+    m_bOwnStyle = MapStyle_IsOwn(*m_pDataMap);
     m_processState = State_TakeLine;
     return true;
 }
@@ -99,58 +91,29 @@ bool CUnit2Board_Line::CustomParam_Make()
 // True also when no line came: the same state runs again.
 bool CUnit2Board_Line::Line_Take()
 {
-    if (m_lineNext == m_lineCount && Lines_Take() == 0)
+    if (m_pLineBuffer->Wait_Out(m_pLineIndex, kelWait_Retried))
     {
-        return true;
+        m_processState = State_Process;
     }
-    m_pLineIndex = std::exchange(m_pLines[m_lineNext], nullptr);
-    m_processState = State_Process;
     return true;
-}
-
-// Passing one element from thread to thread costs about as much as passing some, and often more than mapping a line.
-int CUnit2Board_Line::Lines_Take()
-{
-    auto& inFIFO = *m_pLineBuffer->InFIFO();
-    m_lineNext = 0;
-    m_lineCount = inFIFO.Out_Many(m_pLines, lineLimit, m_lineShare);
-    if (m_lineCount == 0)
-    {
-        m_pLineBuffer->FullFIFO()->HasData_Hurry(); // this generator brings nothing more until lines are handed out
-        inFIFO.HasDataEvent().Wait(waitMs, 0);
-        m_lineCount = inFIFO.Out_Many(m_pLines, lineLimit, m_lineShare);
-    }
-    return m_lineCount;
 }
 
 bool CUnit2Board_Line::Process()
 {
-    if (!MapBandData_Line_AllInput(*m_pLineIndex))
+    if (!MapBandData_Run(*m_pLineIndex))
     {
-        KEL_LOG_AT(ESeverityLevel::Error, 114, "failure");
+        KEL_LOG_AT(kelSeverity_Failure, 114, "failure");
         return false;
     }
     m_processState = State_AddDstData;
     return true;
 }
 
-// The finished lines go back together, with the last of those that were taken together.
 bool CUnit2Board_Line::AddDstData()
 {
-    m_pLines[m_lineNext] = m_pLineIndex;
-    if (m_lineNext + 1 < m_lineCount)
+    if (!m_pLineBuffer->Full_In(m_pLineIndex, kelWait_Retried))
     {
-        ++m_lineNext;
-    }
-    else if (Lines_HandBack())
-    {
-        m_lineCount = 0; // the buffer's
-        m_lineNext = 0;
-    }
-    else
-    {
-        m_pLines[m_lineNext] = nullptr; // stays in hand
-        KEL_LOG_AT(ESeverityLevel::Error, 124, "failure");
+        KEL_LOG_AT(kelSeverity_Failure, 124, "failure");
         return false;
     }
     m_pLineIndex = nullptr;
@@ -158,45 +121,30 @@ bool CUnit2Board_Line::AddDstData()
     return true;
 }
 
-bool CUnit2Board_Line::Lines_HandBack()
+bool CUnit2Board_Line::MapBandData_Run(int firstLine)
 {
-    if (m_pLineBuffer->FullFIFO()->In_Many(m_pLines, m_lineCount))
+    const int count = std::min(m_lineRun, m_pDstBand->m_height - firstLine);
+    for (int line = firstLine; line < firstLine + count; ++line)
     {
-        return true;
-    }
-    return std::all_of(m_pLines, m_pLines + m_lineCount,
-                       [this](int*& line)
-                       {
-                           const bool bBack = m_pLineBuffer->Full_In(line, waitMs);
-                           line = bBack ? nullptr : line;
-                           return bBack;
-                       });
-}
-
-// An end in the middle: what is finished counts, and what is not yet begun is left to the other generators. A line that
-// failed stays in hand.
-void CUnit2Board_Line::Lines_GiveUp()
-{
-    for (std::int32_t i = 0; i < m_lineCount; ++i)
-    {
-        auto& fifo = i < m_lineNext ? *m_pLineBuffer->FullFIFO() : *m_pLineBuffer->InFIFO();
-        if (m_pLines[i] != nullptr && fifo.In_Many(&m_pLines[i], 1))
+        if (!MapBandData_Line_AllInput(line))
         {
-            m_pLines[i] = nullptr;
+            return false;
         }
     }
+    return true;
 }
 
 // In one pass where every band has the line; what the map then does is what it does band by band. A band without the
 // line has its record between the others' turns.
 bool CUnit2Board_Line::MapBandData_Line_AllInput(int lineIndex)
 {
-    if (m_srcBandCount > 1 && std::all_of(m_pSrcBands, m_pSrcBands + m_srcBandCount,
-                                          [&](const CBandData* band) { return lineIndex < band->m_height; }))
+    if (m_bOwnStyle && m_srcBandCount > 1 &&
+        std::all_of(m_pSrcBands, m_pSrcBands + m_srcBandCount,
+                    [&](const CBandData* band) { return lineIndex < band->m_height; }))
     {
         if (!MapBandData_Line_OnePass(lineIndex))
         {
-            KEL_LOG_AT(ESeverityLevel::Error, 135, "failure");
+            KEL_LOG_AT(kelSeverity_Failure, 135, "failure");
             return false;
         }
         return true;
@@ -205,7 +153,7 @@ bool CUnit2Board_Line::MapBandData_Line_AllInput(int lineIndex)
     {
         if (!MapBandData_Line_OneInput(lineIndex, *m_pSrcBands[i]))
         {
-            KEL_LOG_AT(ESeverityLevel::Error, 135, "failure");
+            KEL_LOG_AT(kelSeverity_Failure, 135, "failure");
             return false;
         }
     }
@@ -228,7 +176,7 @@ bool CUnit2Board_Line::MapBandData_Line_OnePass(int lineIndex)
         if (!m_pDataMap->MapData_Line_AllInput(lines, count, dst, m_pDstBand->m_bytesPerLine))
         {
             // The record of MapBandData_Line_OneInput, whose place this takes.
-            KelLog_Write({ESeverityLevel::Error,
+            KelLog_Write({kelSeverity_Failure,
                           "bool CUnit2Board_Line::MapBandData_Line_OneInput(int, const CBandData&)",
                           KelLog_BaseName(__FILE__), 158},
                          "failure");
@@ -253,14 +201,14 @@ bool CUnit2Board_Line::MapBandData_Line_OneInput(int lineIndex, const CBandData&
 {
     if (lineIndex >= srcBand.m_height)
     {
-        KEL_LOG_AT(ESeverityLevel::Error, 144, "failure");
+        KEL_LOG_AT(kelSeverity_Failure, 144, "failure");
         return true; // a shorter band adds nothing; the line is finished all the same
     }
     const SSrcBandLine line = SrcLine_Get(lineIndex, srcBand);
     unsigned char* dst = m_pDstBand->m_pData + lineIndex * m_pDstBand->m_bytesPerLine;
     if (!m_pDataMap->MapData_Line(line.m_param, line.m_pLine, dst, m_pDstBand->m_bytesPerLine))
     {
-        KEL_LOG_AT(ESeverityLevel::Error, 158, "failure");
+        KEL_LOG_AT(kelSeverity_Failure, 158, "failure");
         return false;
     }
     return true;

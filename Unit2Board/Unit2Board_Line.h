@@ -2,10 +2,10 @@
 //
 // The converter makes, starts, stops, joins and deletes its generators; nobody else does. A generator takes a line
 // index from the converter's line buffer, maps that line of every source band into the same line of the destination
-// band, and hands the index back as finished. Where there are few generators it takes some indices at once, maps their
-// lines one after the other, and hands them back together. Generators share the map and the source bands, which nobody
-// writes, and the destination band, of which each writes only the line whose index it holds; so the bands have no lock.
-// What the map needs per thread is the generator's own scratch object.
+// band, and hands the index back as finished. Where an index stands for a run of lines it maps them one after the
+// other. Generators share the map and the source bands, which nobody writes, and the destination band, of which each
+// writes only the lines whose index it holds; so the bands have no lock. What the map needs per thread is the
+// generator's own scratch object.
 //
 // It allocates nothing per line.
 #pragma once
@@ -34,9 +34,9 @@ public:
     bool Create(CKelThreadBuffer_T<int>& buffer, const CPrintUnitDataMap_Base& dataMap, CBandData** srcBands,
                 int srcBandCount, CBandData& dstBand);
 
-    // Before Create: it may take several lines at once, at most one of every `share` that are queued. Without it, it
-    // takes them one by one.
-    void LineShare_Set(int share) { m_lineShare = share; }
+    // Before Create: an index stands for the `lineRun` lines that begin there, as far as the band has them. Without it,
+    // for one line.
+    void LineRun_Set(int lineRun) { m_lineRun = lineRun; }
 
 protected:
     bool OneLoop() override;
@@ -55,11 +55,9 @@ private:
     bool ProcessState_Run();
     bool CustomParam_Make();
     bool Line_Take();
-    int Lines_Take();
-    bool Lines_HandBack();
-    void Lines_GiveUp();
     bool Process();
     bool AddDstData();
+    bool MapBandData_Run(int firstLine);
     bool MapBandData_Line_AllInput(int lineIndex);
     bool MapBandData_Line_OnePass(int lineIndex);
     bool MapBandData_Line_OneInput(int lineIndex, const CBandData& srcBand);
@@ -74,14 +72,9 @@ private:
     CKelThreadBuffer_T<int>* m_pLineBuffer = nullptr; // the converter's
     int* m_pLineIndex = nullptr;                      // the element held; owned while it is
 
-    // What was taken at once, but for the element held: those that are finished, the place of the one that is held, and
-    // those that are still to be mapped. Owned, too.
-    static constexpr int lineLimit = 10; // half of the elements: the other half is handed out anew meanwhile
-    static constexpr int lineByLine = 0x10000;
-    int* m_pLines[lineLimit] = {};
-    std::int32_t m_lineCount = 0;
-    std::int32_t m_lineNext = 0; // the place of the next one to be mapped
-    std::int32_t m_lineShare = lineByLine;
+    // Not part of what is published of a generator.
+    std::int32_t m_lineRun = 1;
+    bool m_bOwnStyle = false; // the map is the library's own: its lines may be mapped in one pass
 
     friend struct SConverterTestAccess;
 };

@@ -1,8 +1,10 @@
 // The one-FIFO stage: setup, taking a band set, and deleting it.
 #include "UnitData2BoardData/UnitData2BoardData_AllUnit_2.h"
 
+#include "DataMap/PlatformWord.h"
 #include "DataMap/PrintUnitMap_Factory.h"
 #include "KelCommon/KelLog.h"
+#include "KelCommon/KelWait.h"
 #include "Platform/BandData/BandData.h"
 #include "Platform/DataProcess/BandDataFIFO_S.h"
 #include "Platform/PrintParam/PrintParamGlobal.h"
@@ -21,11 +23,11 @@ bool CUnitData2BoardData_AllUnit_2::Create(CBandSetFIFO& inputFIFO)
     m_pInputBufferFIFO = &inputFIFO;
     m_pOutputFIFO = new CBandDataFIFO_S(1);
     m_outputBandNo = 0;
-    m_pDataMap = CPrintUnitMap_Factory::Init_DataMap(DPD_PrintParam()->JobInfo_Get().m_bitsPerPixel,
+    m_pDataMap = CPrintUnitMap_Factory::Init_DataMap(JobInfo_BitsPerPixel(DPD_PrintParam()->JobInfo_Get()),
                                                      DPD_PrintParam()->DotSizeMode_Get());
     if (!Start("CUnitData2BoardData_AllUnit_2"))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     return true;
@@ -34,7 +36,7 @@ bool CUnitData2BoardData_AllUnit_2::Create(CBandSetFIFO& inputFIFO)
 bool CUnitData2BoardData_AllUnit_2::GetInputData()
 {
     SBufferData<CBandData*>* bandSet = nullptr;
-    if (!m_pOutputFIFO->WaitForIn(waitMs) || !BandSet_Take(bandSet))
+    if (!m_pOutputFIFO->WaitForIn(kelWait_Retried) || !BandSet_Take(bandSet))
     {
         return true;
     }
@@ -44,14 +46,14 @@ bool CUnitData2BoardData_AllUnit_2::GetInputData()
         Stop();
         return true;
     }
-    if (bandSet->m_count <= 0)
+    if (bandSet->count <= 0)
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false; // the element is abandoned, not freed: part of this operation's behaviour
     }
-    for (int i = 0; i < bandSet->m_count; ++i)
+    for (int i = 0; i < bandSet->count; ++i)
     {
-        m_pInputElements->push_back({bandSet->m_pBuffer[i], nullptr});
+        m_pInputElements->push_back({bandSet->data[i], nullptr});
     }
     delete bandSet; // with its array; the bands are the stage's
     SetState_AllocateOutputBuffer();
@@ -65,7 +67,7 @@ bool CUnitData2BoardData_AllUnit_2::BandSet_Take(SBufferData<CBandData*>*& bandS
     {
         return true;
     }
-    m_pInputBufferFIFO->HasDataEvent().Wait(waitMs, 0);
+    m_pInputBufferFIFO->HasDataEvent().Wait(kelWait_Retried, 0);
     return m_pInputBufferFIFO->Out(bandSet);
 }
 

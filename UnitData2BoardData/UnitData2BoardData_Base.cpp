@@ -2,9 +2,11 @@
 #include "UnitData2BoardData/UnitData2BoardData_Base.h"
 
 #include "DataMap/OrKernel.h"
+#include "DataMap/PlatformWord.h"
 #include "DataMap/PrintUnitDataMap_Base.h"
 #include "DataMap/PrintUnitMap_Factory.h"
 #include "KelCommon/KelLog.h"
+#include "KelCommon/KelWait.h"
 #include "Platform/BandData/BandData.h"
 #include "Platform/DataProcess/BandDataFIFO.h"
 #include "Platform/DataProcess/BandDataFIFO_S.h"
@@ -41,14 +43,14 @@ CUnitData2BoardData_Base::~CUnitData2BoardData_Base()
 bool CUnitData2BoardData_Base::Create(bool checkInput, const std::vector<CBandDataFIFO*>& inputFIFOs)
 {
     m_bCheckInput = checkInput;
-    m_pDataMap = CPrintUnitMap_Factory::Init_DataMap(DPD_PrintParam()->JobInfo_Get().m_bitsPerPixel,
+    m_pDataMap = CPrintUnitMap_Factory::Init_DataMap(JobInfo_BitsPerPixel(DPD_PrintParam()->JobInfo_Get()),
                                                      DPD_PrintParam()->DotSizeMode_Get());
     m_pInputFIFOs = new std::vector<CBandDataFIFO*>(inputFIFOs);
     m_pOutputFIFO = new CBandDataFIFO_S(OutputBufferCount_Get());
     m_outputBandNo = 0;
     if (!Start("CUnitData2BoardData_Base"))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     return true;
@@ -93,7 +95,7 @@ bool CUnitData2BoardData_Base::Prepare()
 {
     if (!TamBaseThread::Prepare())
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     m_processState = State_Initialize;
@@ -107,7 +109,7 @@ bool CUnitData2BoardData_Base::OneLoop()
     {
         return true;
     }
-    KEL_LOG(ESeverityLevel::Error, "m_processState = " + std::to_string(state));
+    KEL_LOG(kelSeverity_Failure, "m_processState = " + std::to_string(state));
     Stop();
     return false;
 }
@@ -141,18 +143,18 @@ bool CUnitData2BoardData_Base::Initialize()
 
 bool CUnitData2BoardData_Base::GetInputData()
 {
-    if (m_pInputElements->empty() && !Vector_At(*m_pInputFIFOs, 0)->Full_WaitForOut(waitMs))
+    if (m_pInputElements->empty() && !Vector_At(*m_pInputFIFOs, 0)->Full_WaitForOut(kelWait_Retried))
     {
         if (AreInputsCompleted())
         {
-            KEL_LOG(ESeverityLevel::Info, "Complete : CUnitData2BoardData_Base");
+            KEL_LOG(kelSeverity_Completion, "Complete : CUnitData2BoardData_Base");
             m_pOutputFIFO->SetCompletedFlag();
             Stop();
         }
         return true;
     }
     // No input is taken while its result could not be passed on.
-    if (!m_pOutputFIFO->WaitForIn(waitMs) || !InputElements_Gather())
+    if (!m_pOutputFIFO->WaitForIn(kelWait_Retried) || !InputElements_Gather())
     {
         return true;
     }
@@ -163,7 +165,7 @@ bool CUnitData2BoardData_Base::GetInputData()
     }
     if (!Release_InputElement_Internal())
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     return true;
@@ -183,7 +185,7 @@ bool CUnitData2BoardData_Base::InputElements_Gather()
     {
         CBandDataFIFO* fifo = (*m_pInputFIFOs)[i];
         CBandData* band = nullptr;
-        if (!fifo->Full_Out(band, waitMs) || band == nullptr)
+        if (!fifo->Full_Out(band, kelWait_Retried) || band == nullptr)
         {
             return false;
         }
@@ -202,7 +204,7 @@ bool CUnitData2BoardData_Base::Check_InputData()
 {
     if (m_pInputElements->empty())
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     const CBandData& first = *m_pInputElements->front().band;
@@ -210,12 +212,12 @@ bool CUnitData2BoardData_Base::Check_InputData()
     {
         if (element.band->m_height != first.m_height)
         {
-            KEL_LOG(ESeverityLevel::Error, "failure");
+            KEL_LOG(kelSeverity_Failure, "failure");
             return false;
         }
         if (element.band->m_width != first.m_width)
         {
-            KEL_LOG(ESeverityLevel::Error, "failure");
+            KEL_LOG(kelSeverity_Failure, "failure");
             return false;
         }
     }
@@ -226,12 +228,12 @@ bool CUnitData2BoardData_Base::ReleaseInputElement()
 {
     if (m_pInputElements->empty())
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     if (!Release_InputElement_Internal())
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     m_processState = State_GetInputData;
@@ -250,9 +252,9 @@ bool CUnitData2BoardData_Base::Release_InputElement_Internal()
         {
             delete element.band;
         }
-        else if (!element.fifo->Empty_In(element.band, waitMs))
+        else if (!element.fifo->Empty_In(element.band, kelWait_Retried))
         {
-            KEL_LOG(ESeverityLevel::Error, "failure");
+            KEL_LOG(kelSeverity_Failure, "failure");
             return false;
         }
     }
@@ -280,20 +282,20 @@ bool CUnitData2BoardData_Base::AllocateOutputBuffer()
 {
     if (!Check_InputData())
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     auto* band = new (std::nothrow) CBandData();
     if (band == nullptr)
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     const CBandData& first = *m_pInputElements->front().band;
     const int boardBits = m_pDataMap->SrcPixelCount_2_BoardBitCount(first.m_width);
     if (!band->Create(boardBits, first.m_height, 1, AlignBytesPerLine()))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false; // the band is abandoned, not deleted: part of this operation's behaviour
     }
     m_pOutputBand = band;
@@ -303,27 +305,27 @@ bool CUnitData2BoardData_Base::AllocateOutputBuffer()
 
 bool CUnitData2BoardData_Base::Process()
 {
-    const CAutoReleaseThreadBusy busy(ECustomThreadId::UnitData2BoardData);
+    const CAutoReleaseThreadBusy busy(static_cast<ECustomThreadId>(threadId_UnitData2BoardData));
     if (m_pInputElements->empty())
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     if (!GenerateBandData())
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     if (m_pInputElements->empty()) // GenerateBandData is virtual: an override may have given them back
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
-    static_cast<SBandHeader&>(*m_pOutputBand) = *m_pInputElements->front().band;
+    BandHeader_Copy(*m_pOutputBand, *m_pInputElements->front().band);
     m_pOutputBand->m_bandNo = m_outputBandNo++;
-    if (!m_pOutputFIFO->In(m_pOutputBand, waitMs))
+    if (!m_pOutputFIFO->In(m_pOutputBand, kelWait_Retried))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     m_pOutputBand = nullptr; // the FIFO's
@@ -337,7 +339,7 @@ bool CUnitData2BoardData_Base::GenerateBandData()
     {
         if (!MapBandData_Line_AllInput(line))
         {
-            KEL_LOG(ESeverityLevel::Error, "failure");
+            KEL_LOG(kelSeverity_Failure, "failure");
             return false;
         }
     }
@@ -350,7 +352,7 @@ bool CUnitData2BoardData_Base::MapBandData_Line_AllInput(int line)
     {
         if (!MapBandData_Line_OneInput(line, *element.band))
         {
-            KEL_LOG(ESeverityLevel::Error, "failure");
+            KEL_LOG(kelSeverity_Failure, "failure");
             return false;
         }
     }

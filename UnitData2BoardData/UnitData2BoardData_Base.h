@@ -5,8 +5,8 @@
 //
 //   1 Initialize -> 2 GetInputData -> 3 AllocateOutputBuffer -> 4 Process -> 5 ReleaseInputElement -> 2 ...
 //
-// Every wait is bounded to 100 ms, after which the same state runs again; a stop request ends it early. The stage ends
-// by itself when all inputs are completed, or when a state operation fails. It has no lock: the FIFOs carry all
+// Every wait is bounded to 100 ms, after which the same state runs again, so that a stop request is seen within about
+// that time. The stage ends by itself when all inputs are completed, or when a state operation fails. It has no lock: the FIFOs carry all
 // hand-over between threads. What it maps with, the data map, is chosen once in Create from the global configuration.
 //
 // Create, OutputProcessor_Get, Stop, WaitExit and the destructor are the owner's; everything protected runs on the
@@ -76,8 +76,6 @@ public:
     CBandDataFIFO_S* OutputProcessor_Get();
 
 protected:
-    static constexpr unsigned waitMs = 100; // the bound of every FIFO wait
-
     int AlignBytesPerLine(); // of board bands, in bytes
     void SetState_AllocateOutputBuffer();
     void SetState_Process();

@@ -2,8 +2,10 @@
 #include "UnitData2BoardData/UnitData2BoardData_S_AllUnit.h"
 
 #include "DataMap/OrKernel.h"
+#include "DataMap/PlatformWord.h"
 #include "DataMap/PrintUnitDataMap_Base.h"
 #include "KelCommon/KelLog.h"
+#include "KelCommon/KelWait.h"
 #include "Platform/BandData/BandData.h"
 #include "Platform/GlobalConfig/CartInfo.h"
 #include "Platform/GlobalConfig/ColorGroup.h"
@@ -23,10 +25,7 @@
 namespace
 {
 
-constexpr int leftToRight = 1; // the pass, as the band attribute tells it
-constexpr int ascending = 2;   // the block order, as a unit's direction tells it
 constexpr unsigned converterWaitMs = 3600000;
-constexpr unsigned withoutLimit = 4294967295U;
 
 // Copies the finished lines of a colour band to the start of line `line` of a stripe band.
 void Stripe_Copy(CBandData& band, int line, const CBandData& color)
@@ -53,7 +52,7 @@ bool CUnitData2BoardData_S_AllUnit::Create(bool checkInput, const std::vector<CB
 {
     if (!CUnitData2BoardData_Base::Create(checkInput, inputFIFOs))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     return true;
@@ -71,8 +70,8 @@ bool CUnitData2BoardData_S_AllUnit::Initialize()
 
 int CUnitData2BoardData_S_AllUnit::OutputBufferCount_Get()
 {
-    const SMaskData& mask = DPD_PrintParam()->MaskData_Ref();
-    return mask.m_maskCount_1 * mask.m_maskCount_2 * 3;
+    const auto& mask = DPD_PrintParam()->MaskData_Ref();
+    return MaskData_Count_1(mask) * MaskData_Count_2(mask) * 3;
 }
 
 // Once per stage: a later job in the same stage still uses the values of the first.
@@ -82,14 +81,14 @@ bool CUnitData2BoardData_S_AllUnit::Init_Param()
     {
         return true;
     }
-    const CPrintParamGlobal& param = *DPD_PrintParam();
+    CPrintParamGlobal& param = *DPD_PrintParam();
     m_pInkStripeParam = new SInkStripeParam_Run();
     m_pInkStripeParam->pixelParam = param.InkStripeParam_Get();
     m_pInkStripeParam->jobWidth = param.CurPrint_JobWidth_Get();
-    m_pInkStripeParam->jobInfo_3 = param.JobInfo_CurPrint_Get().m_bitsPerPixel;
+    m_pInkStripeParam->jobInfo_3 = JobInfo_BitsPerPixel(param.JobInfo_CurPrint_Get());
     m_pInkStripeParam->xMaxOffset_Left2Right = param.UnitInfo_Horizon().XMaxOffset_Left2Right_Get();
     m_pInkStripeParam->xMaxOffset_Right2Left = param.UnitInfo_Horizon().XMaxOffset_Right2Left_Get();
-    m_pInkStripeParam->maskCount_1 = param.MaskData_Ref().m_maskCount_1;
+    m_pInkStripeParam->maskCount_1 = MaskData_Count_1(param.MaskData_Ref());
     m_pColorGroupInfo = GC_ColorGroup()->ColorGroupInfo_By_Key(CColorGroupInfo::Key_Pattern_Layout());
     return true;
 }
@@ -98,18 +97,18 @@ bool CUnitData2BoardData_S_AllUnit::AllocateOutputBuffer()
 {
     if (!Init_Param())
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     const SInkStripeParam_Pixel& pixelParam = m_pInkStripeParam->pixelParam;
-    if (pixelParam.m_leftStripeWidth + pixelParam.m_rightStripeWidth >= 1 && !InkStripeBands_Append())
+    if (pixelParam.leftStripeWidth + pixelParam.rightStripeWidth >= 1 && !InkStripeBands_Append())
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     if (!CUnitData2BoardData_Base::AllocateOutputBuffer())
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     return true;
@@ -127,10 +126,10 @@ bool CUnitData2BoardData_S_AllUnit::InkStripeBands_Append()
     param.bandAttr = Vector_At(*m_pInputElements, 0).band->m_bandAttr;
     for (const int unitId : ids)
     {
-        param.pixelParam.m_unitPosition = m_pColorGroupInfo->UnitInfo_Get(unitId).m_unitPosition;
-        const SUnitHorizonInfo horizon = DPD_PrintParam()->UnitInfo_Horizon().HorizonInfo_Get(unitId);
-        param.unitHorizon_2 = horizon.m_horizon_2;
-        param.unitHorizon_1 = horizon.m_horizon_1;
+        param.pixelParam.unitPosition = ColorGroupUnitInfo_Position(m_pColorGroupInfo->UnitInfo_Get(unitId));
+        const auto& horizon = DPD_PrintParam()->UnitInfo_Horizon().HorizonInfo_Get(unitId);
+        param.unitHorizon_2 = HorizonInfo_Left2Right(horizon);
+        param.unitHorizon_1 = HorizonInfo_Right2Left(horizon);
         CBandData* band = nullptr;
         const bool bMade = InkStripeUnitData_Generate(band, unitId);
         std::unique_ptr<CBandData> own(band);
@@ -147,7 +146,7 @@ bool CUnitData2BoardData_S_AllUnit::AllocateOutputBuffer_ByUnit()
 {
     if (!AllocateOutputBuffer_ByFrame())
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     return true;
@@ -157,7 +156,7 @@ bool CUnitData2BoardData_S_AllUnit::AllocateOutputBuffer_ByPixel()
 {
     if (!AllocateOutputBuffer_ByFrame())
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     return true;
@@ -184,14 +183,14 @@ bool CUnitData2BoardData_S_AllUnit::GenerateBandData()
     if (!converter.Create(GC_DPConfig()->LineGeneratorCount_Of_DataMap_Get(), bands.data(),
                           static_cast<int>(bands.size()), *m_pOutputBand, *m_pDataMap))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     if (!converter.WaitExit(converterWaitMs))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         converter.Stop(); // its threads may not outlive it
-        converter.WaitExit(withoutLimit);
+        converter.WaitExit(kelWait_WithoutLimit);
         return false;
     }
     return true;
@@ -203,9 +202,9 @@ bool CUnitData2BoardData_S_AllUnit::RestUnitIdList_Get(std::vector<int>& ids)
 {
     ids.clear();
     std::set<int> cartUnits;
-    for (const SCartUnitInfo& unit : GC_CartInfo()->CartUnitInfo_GetAll())
+    for (const auto& unit : GC_CartInfo()->CartUnitInfo_GetAll())
     {
-        cartUnits.insert(unit.m_unitId);
+        cartUnits.insert(CartUnitInfo_UnitId(unit));
     }
     // Equal counts mean that every unit has its band; who is who is not looked at.
     if (cartUnits.size() == m_pInputElements->size())
@@ -225,21 +224,23 @@ bool CUnitData2BoardData_S_AllUnit::RestUnitIdList_Get(std::vector<int>& ids)
 bool CUnitData2BoardData_S_AllUnit::InkStripeUnitData_Generate(CBandData*& band, int unitId)
 {
     bool bMade = false;
-    switch (GC_DPOption()->DataPushStyle_Get())
+    switch (static_cast<int>(GC_DPOption()->DataPushStyle_Get()))
     {
-    case EDataPushStyle::ByUnit:
+    case DataPushStyle_ByUnit:
         bMade = InkStripeUnitData_Generate_ByUnit(band, unitId);
         break;
-    case EDataPushStyle::ByPixel:
+    case DataPushStyle_ByPixel:
         bMade = InkStripeUnitData_Generate_ByPixel(band, unitId);
+        break;
+    default:
         break;
     }
     if (!bMade)
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
-    band->m_unitDirection = GC_CartInfo()->CartUnitInfo_Get(unitId).m_direction;
+    band->m_unitDirection = CartUnitInfo_Direction(GC_CartInfo()->CartUnitInfo_Get(unitId));
     return true;
 }
 
@@ -249,7 +250,7 @@ bool CUnitData2BoardData_S_AllUnit::InkStripeUnitData_Generate_ByUnit(CBandData*
     if (!InkStripeBand_Make(band, unitId, m_pInkStripeParam->jobInfo_3, 1) || !AddInkStripe_Left_ByUnit(*band) ||
         !AddInkStripe_Right_ByUnit(*band))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     return true;
@@ -261,7 +262,7 @@ bool CUnitData2BoardData_S_AllUnit::InkStripeUnitData_Generate_ByPixel(CBandData
     if (!InkStripeBand_Make(band, unitId, 1, m_pInkStripeParam->jobInfo_3) || !AddInkStripe_Left_ByPixel(*band) ||
         !AddInkStripe_Right_ByPixel(*band))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     return true;
@@ -271,12 +272,13 @@ bool CUnitData2BoardData_S_AllUnit::InkStripeBand_Make(CBandData*& band, int uni
                                                        int bitsPerPixel)
 {
     const SInkStripeParam_Run& param = *m_pInkStripeParam;
-    const int offset = param.bandAttr == leftToRight ? param.xMaxOffset_Left2Right : param.xMaxOffset_Right2Left;
-    const int stripes = param.pixelParam.m_leftStripeWidth + param.pixelParam.m_rightStripeWidth;
+    const int offset =
+        param.bandAttr == bandAttr_LeftToRight ? param.xMaxOffset_Left2Right : param.xMaxOffset_Right2Left;
+    const int stripes = param.pixelParam.leftStripeWidth + param.pixelParam.rightStripeWidth;
     const int positions = offset + param.jobWidth / param.maskCount_1 + stripes;
     band = new CBandData();
-    if (!band->Create(GC_CartInfo()->CartHeadBaseInfo_Get().m_bandWidth, positions * linesPerPosition, bitsPerPixel,
-                      DPD_PrintParam()->AlignByteCountPerLine()))
+    if (!band->Create(CartHeadBaseInfo_BandWidth(GC_CartInfo()->CartHeadBaseInfo_Get()), positions * linesPerPosition,
+                      bitsPerPixel, DPD_PrintParam()->AlignByteCountPerLine()))
     {
         return false;
     }
@@ -289,7 +291,7 @@ bool CUnitData2BoardData_S_AllUnit::AddInkStripe_Left_ByUnit(CBandData& band)
 {
     if (!AddInkStripe_Left(band, m_pInkStripeParam->jobInfo_3))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     return true;
@@ -299,7 +301,7 @@ bool CUnitData2BoardData_S_AllUnit::AddInkStripe_Right_ByUnit(CBandData& band)
 {
     if (!AddInkStripe_Right(band, m_pInkStripeParam->jobInfo_3))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     return true;
@@ -309,7 +311,7 @@ bool CUnitData2BoardData_S_AllUnit::AddInkStripe_Left_ByPixel(CBandData& band)
 {
     if (!AddInkStripe_Left(band, 1))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     return true;
@@ -319,7 +321,7 @@ bool CUnitData2BoardData_S_AllUnit::AddInkStripe_Right_ByPixel(CBandData& band)
 {
     if (!AddInkStripe_Right(band, 1))
     {
-        KEL_LOG(ESeverityLevel::Error, "failure");
+        KEL_LOG(kelSeverity_Failure, "failure");
         return false;
     }
     return true;
@@ -331,14 +333,14 @@ bool CUnitData2BoardData_S_AllUnit::AddInkStripe_Left(CBandData& band, int lines
 {
     const SInkStripeParam_Run& param = *m_pInkStripeParam;
     const SInkStripeParam_Pixel& pixel = param.pixelParam;
-    if (pixel.m_leftStripeWidth < 1)
+    if (pixel.leftStripeWidth < 1)
     {
         return true;
     }
     const CBandData* color = DPD_PrintParam()->InkStripeColorData_Get(band.m_unitIndex);
-    if (param.bandAttr == leftToRight)
+    if (param.bandAttr == bandAttr_LeftToRight)
     {
-        const int position = pixel.m_unitPosition * pixel.m_unitPitch + param.unitHorizon_2;
+        const int position = pixel.unitPosition * pixel.unitPitch + param.unitHorizon_2;
         Stripe_Copy(band, position * linesPerPosition, *color);
         return true;
     }
@@ -346,8 +348,7 @@ bool CUnitData2BoardData_S_AllUnit::AddInkStripe_Left(CBandData& band, int lines
     {
         return false;
     }
-    const int fromEnd =
-        (pixel.m_unitPosition + 1) * pixel.m_unitPitch - param.unitHorizon_1 + param.xMaxOffset_Right2Left;
+    const int fromEnd = (pixel.unitPosition + 1) * pixel.unitPitch - param.unitHorizon_1 + param.xMaxOffset_Right2Left;
     Stripe_Copy(band, band.m_height - fromEnd * linesPerPosition, *color);
     return true;
 }
@@ -356,7 +357,7 @@ bool CUnitData2BoardData_S_AllUnit::AddInkStripe_Right(CBandData& band, int line
 {
     const SInkStripeParam_Run& param = *m_pInkStripeParam;
     const SInkStripeParam_Pixel& pixel = param.pixelParam;
-    if (pixel.m_rightStripeWidth < 1)
+    if (pixel.rightStripeWidth < 1)
     {
         return true;
     }
@@ -365,15 +366,15 @@ bool CUnitData2BoardData_S_AllUnit::AddInkStripe_Right(CBandData& band, int line
     {
         return false;
     }
-    const int positionsBehind = pixel.m_unitPositionCount - pixel.m_unitPosition;
-    if (param.bandAttr == leftToRight)
+    const int positionsBehind = pixel.unitPositionCount - pixel.unitPosition;
+    if (param.bandAttr == bandAttr_LeftToRight)
     {
-        const int fromEnd = positionsBehind * pixel.m_unitPitch - param.unitHorizon_2 + param.xMaxOffset_Left2Right;
+        const int fromEnd = positionsBehind * pixel.unitPitch - param.unitHorizon_2 + param.xMaxOffset_Left2Right;
         Stripe_Copy(band, band.m_height - fromEnd * linesPerPosition, *color);
     }
     else
     {
-        const int position = (positionsBehind - 1) * pixel.m_unitPitch + param.unitHorizon_1;
+        const int position = (positionsBehind - 1) * pixel.unitPitch + param.unitHorizon_1;
         Stripe_Copy(band, position * linesPerPosition, *color);
     }
     return true;
@@ -393,14 +394,15 @@ bool CUnitData2BoardData_S_AllUnit::MapBandData_Line_OneInput(int line, const CB
     unsigned char* dst = m_pOutputBand->m_pData + line * m_pOutputBand->m_bytesPerLine;
     const int group = input.m_unitIndex / 8;
     const int slot = input.m_unitIndex % 8;
-    const bool bAscending = GC_CartInfo()->CartUnitInfo_Get(input.m_unitIndex).m_direction == ascending;
+    const bool bAscending =
+        CartUnitInfo_Direction(GC_CartInfo()->CartUnitInfo_Get(input.m_unitIndex)) == unitDirection_Ascending;
     for (int i = 0; i < chunkCount; ++i)
     {
         const int block = bAscending ? i : chunkCount - 1 - i;
         const int boardUnit = slot + 8 * (chunkCount * group + block);
         if (!MapBandData_Buffer(boardUnit, src, chunkBits * i, chunkBits, dst, m_pOutputBand->m_bytesPerLine))
         {
-            KEL_LOG(ESeverityLevel::Error, "failure");
+            KEL_LOG(kelSeverity_Failure, "failure");
             return false;
         }
     }

@@ -44,7 +44,7 @@ void CBandSetFeeder::Sets_Free(CBandSetFIFO& fifo)
     {
         if (bandSet != nullptr)
         {
-            std::for_each_n(bandSet->m_pBuffer, bandSet->m_count, [](const CBandData* band) { delete band; });
+            std::for_each_n(bandSet->data, bandSet->count, [](const CBandData* band) { delete band; });
             delete bandSet;
         }
     }
@@ -109,7 +109,7 @@ bool CBandSetFeeder::Set_Push()
     {
         return false;
     }
-    std::ranges::transform(m_step, bandSet->m_pBuffer, [](const auto& band) { return band.get(); });
+    std::ranges::transform(m_step, bandSet->data, [](const auto& band) { return band.get(); });
     if (!m_pOutput->In(bandSet.get()))
     {
         return false;

@@ -15,10 +15,10 @@ namespace
 SInkStripeParam_Pixel InkStripeParam_Make(const SJobInkStripe& stripe)
 {
     SInkStripeParam_Pixel param;
-    param.m_leftStripeWidth = stripe.m_leftStripeWidth;
-    param.m_rightStripeWidth = stripe.m_rightStripeWidth;
-    param.m_unitPitch = stripe.m_unitPitch;
-    param.m_unitPositionCount = stripe.m_unitPositionCount;
+    param.leftStripeWidth = stripe.leftStripeWidth;
+    param.rightStripeWidth = stripe.rightStripeWidth;
+    param.unitPitch = stripe.unitPitch;
+    param.unitPositionCount = stripe.unitPositionCount;
     return param;
 }
 

@@ -55,7 +55,7 @@ bool CKelBaseThread<T>::CustomCreateThread()
         return true;
     }
     m_threadState = 0;
-    KEL_LOG_AT(ESeverityLevel::Error, 55, "Start thread error. name = " + m_threadName);
+    KEL_LOG_AT(kelSeverity_Failure, 55, "Start thread error. name = " + m_threadName);
     return false;
 }
 
@@ -70,7 +70,7 @@ unsigned long CKelBaseThread<T>::CustomThreadProc(void* param)
     }
     catch (...)
     {
-        KEL_LOG_AT(ESeverityLevel::Error, 72, "Thread terminated with an exception. name = " + worker->m_threadName);
+        KEL_LOG_AT(kelSeverity_Failure, 72, "Thread terminated with an exception. name = " + worker->m_threadName);
     }
     return result;
 }

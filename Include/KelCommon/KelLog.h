@@ -5,14 +5,18 @@
 // to one out-of-line function, KelLog_Write, which alone knows the logger; so a source file that logs does not compile
 // the logging library's headers. Callable from any thread. A record that no sink wants is not built; its message is.
 //
-//   KEL_LOG(ESeverityLevel::Error, "failure");                 // the record carries the line of this statement
-//   KEL_LOG_AT(ESeverityLevel::Error, 144, "failure");         // the record's published line number, whatever moves
+//   KEL_LOG(kelSeverity_Failure, "failure");                 // the record carries the line of this statement
+//   KEL_LOG_AT(kelSeverity_Failure, 144, "failure");         // the record's published line number, whatever moves
 #pragma once
 
-#include "KelCommon/KelCompiler.h"
+#include "Compiler/KelCompiler.h"
 #include "Platform/Log/SeverityLevel.h"
 
 #include <string_view>
+
+// The severities of this library's records. The platform promises the numbers, not the names.
+constexpr ESeverityLevel kelSeverity_Completion = static_cast<ESeverityLevel>(1); // a step that ended as it should
+constexpr ESeverityLevel kelSeverity_Failure = static_cast<ESeverityLevel>(2);    // the caller was told by a false
 
 // Where a record comes from. Both strings are literals: they live as long as the program.
 struct SKelLogSite

@@ -54,7 +54,7 @@ public:
             m_ppElements[i] = elements[i];
             if (!m_pEmptyFIFO->In(elements[i]))
             {
-                KEL_LOG_AT(ESeverityLevel::Error, 111, "failure");
+                KEL_LOG_AT(kelSeverity_Failure, 111, "failure");
                 return false;
             }
         }
@@ -72,7 +72,7 @@ public:
     {
         if (element == nullptr)
         {
-            KEL_LOG_AT(ESeverityLevel::Error, 187, "add nullptr to buffer! buffer name = " + *m_pName);
+            KEL_LOG_AT(kelSeverity_Failure, 187, "add nullptr to buffer! buffer name = " + *m_pName);
             return false;
         }
         return PutInto(*m_pInFIFO, element, timeoutMs);

@@ -1,21 +1,30 @@
 // A small owning array of elements, used to gather pointers before they are handed on. It owns the array, never what
 // the pointers in it point to. Not thread-safe.
+//
+// A host fills such records with the bands of a step and hands them to the one-FIFO stage, so the layout is published:
+// the array first, the count behind it.
 #pragma once
 
 #include "KelCommon/KelLog.h"
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <new>
 #include <string>
 
 template<class T>
 struct SBufferData
 {
-    T* m_pBuffer = nullptr; // owned array of m_count elements
-    int m_count = 0;
+    T* data = nullptr; // owned array of `count` elements
+    std::int32_t count = 0;
 
-    SBufferData() = default;
+    SBufferData()
+    {
+        static_assert(offsetof(SBufferData, data) == 0);
+        static_assert(offsetof(SBufferData, count) == sizeof(void*));
+        static_assert(sizeof(SBufferData) == 2 * sizeof(void*));
+    }
     SBufferData(const SBufferData&) = delete;
     SBufferData& operator=(const SBufferData&) = delete;
     ~SBufferData() { ReleaseBuffer(); }
@@ -25,18 +34,18 @@ struct SBufferData
     // The flag chooses nothing: the array is cleared either way.
     bool AllocateBuffer(int size, bool /*bClear*/)
     {
-        if (m_count != size)
+        if (count != size)
         {
             ReleaseBuffer();
-            m_pBuffer = New_ElementBuffer(size);
-            if (m_pBuffer == nullptr)
+            data = New_ElementBuffer(size);
+            if (data == nullptr)
             {
-                KEL_LOG_AT(ESeverityLevel::Error, 74, "failure");
+                KEL_LOG_AT(kelSeverity_Failure, 74, "failure");
                 return false;
             }
-            m_count = size;
+            count = size;
         }
-        std::fill_n(m_pBuffer, m_count, T{});
+        std::fill_n(data, count, T{});
         return true;
     }
 
@@ -46,15 +55,15 @@ struct SBufferData
         T* buffer = size < 0 ? nullptr : new (std::nothrow) T[static_cast<std::size_t>(size)];
         if (buffer == nullptr)
         {
-            KEL_LOG_AT(ESeverityLevel::Error, 176, "Allocate memory failure. size = " + std::to_string(size));
+            KEL_LOG_AT(kelSeverity_Failure, 176, "Allocate memory failure. size = " + std::to_string(size));
         }
         return buffer;
     }
 
     void ReleaseBuffer()
     {
-        delete[] m_pBuffer;
-        m_pBuffer = nullptr;
-        m_count = 0;
+        delete[] data;
+        data = nullptr;
+        count = 0;
     }
 };

@@ -8,7 +8,7 @@
 // general allocator would have it.
 #include "Platform/BandData/BandMemory.h"
 
-#include "KelCommon/KelCompiler.h"
+#include "Compiler/KelCompiler.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,4 +1,4 @@
-// The output side of a stage: a bounded pointer FIFO of bands. Who puts a band in gives it away; who takes one out owns
+// The output side of a stage: a bounded pointer FIFO of bands, and its end. Who puts a band in gives it away; who takes one out owns
 // it. The stage's three operations are virtual, so that a host can put its own sink in their place.
 #pragma once
 
@@ -7,12 +7,16 @@
 #include "Platform/DataProcess/StallStatistic.h"
 #include "Platform/PlatformExport.h"
 
-class PLATFORM_API CBandDataFIFO_S : public CKelThreadPtrFIFO_T<CBandData>
+#include <atomic>
+
+class PLATFORM_API CBandDataFIFO_S
 {
 public:
     // `capacity` in bands, at least 1; otherwise the FIFO template throws.
     explicit CBandDataFIFO_S(int capacity);
-    ~CBandDataFIFO_S() override; // deletes the bands that are still queued
+    CBandDataFIFO_S(const CBandDataFIFO_S&) = delete;
+    CBandDataFIFO_S& operator=(const CBandDataFIFO_S&) = delete;
+    virtual ~CBandDataFIFO_S(); // deletes the bands that are still queued
 
     // The stage's side. A time-out is in milliseconds.
     virtual bool WaitForIn(unsigned timeoutMs);           // true if there is room for a band
@@ -29,6 +33,12 @@ public:
     SStallStatistic ConsumerStall_Get() const { return m_consumerStall.Get(); }
 
 private:
+    bool Band_Put(CBandData* band);
+    bool Band_Take(CBandData*& band);
+
+    CKelThreadPtrFIFO_T<CBandData> m_fifo;
+    std::atomic<int> m_bandCount{0}; // bands queued, or about to be: 0 means that nothing is left
+    std::atomic<bool> m_bCompleted{false};
     CStallCounter m_producerStall;
     CStallCounter m_consumerStall;
 };

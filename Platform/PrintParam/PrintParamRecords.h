@@ -32,19 +32,19 @@ static_assert(offsetof(SRipJobInfo, m_bitsPerPixel) == 2 * 4);
 struct SInkStripeParam_Pixel
 {
     std::int32_t m_mode = 0;              // which stripes the operator chose; for display
-    std::int32_t m_leftStripeWidth = 0;   // lines of the left stripe zone; 0 or less: no left stripe
-    std::int32_t m_rightStripeWidth = 0;  // lines of the right stripe zone; 0 or less: no right stripe
-    std::int32_t m_unitPitch = 0;         // lines between the stripes of neighbouring unit positions
+    std::int32_t leftStripeWidth = 0;   // lines of the left stripe zone; 0 or less: no left stripe
+    std::int32_t rightStripeWidth = 0;  // lines of the right stripe zone; 0 or less: no right stripe
+    std::int32_t unitPitch = 0;         // lines between the stripes of neighbouring unit positions
     std::int32_t m_distance = 0;          // lines between a stripe and the image; for display
-    std::int32_t m_unitPosition = 0;      // the current unit's position in the colour group
-    std::int32_t m_unitPositionCount = 0; // number of unit positions
+    std::int32_t unitPosition = 0;      // the current unit's position in the colour group
+    std::int32_t unitPositionCount = 0; // number of unit positions
     std::int16_t m_flags = 0;
 };
-static_assert(offsetof(SInkStripeParam_Pixel, m_leftStripeWidth) == 1 * 4);
-static_assert(offsetof(SInkStripeParam_Pixel, m_rightStripeWidth) == 2 * 4);
-static_assert(offsetof(SInkStripeParam_Pixel, m_unitPitch) == 3 * 4);
-static_assert(offsetof(SInkStripeParam_Pixel, m_unitPosition) == 5 * 4);
-static_assert(offsetof(SInkStripeParam_Pixel, m_unitPositionCount) == 6 * 4);
+static_assert(offsetof(SInkStripeParam_Pixel, leftStripeWidth) == 1 * 4);
+static_assert(offsetof(SInkStripeParam_Pixel, rightStripeWidth) == 2 * 4);
+static_assert(offsetof(SInkStripeParam_Pixel, unitPitch) == 3 * 4);
+static_assert(offsetof(SInkStripeParam_Pixel, unitPosition) == 5 * 4);
+static_assert(offsetof(SInkStripeParam_Pixel, unitPositionCount) == 6 * 4);
 static_assert(offsetof(SInkStripeParam_Pixel, m_flags) == 7 * 4);
 
 // The words that describe how the passes' masks divide the job.

@@ -5,7 +5,7 @@
 // waits that spin keep a score of how it went and leave it for a while after they lost.
 #pragma once
 
-#include "KelCommon/KelCompiler.h"
+#include "Compiler/KelCompiler.h"
 
 #include <algorithm>
 #include <atomic>

@@ -117,8 +117,8 @@ void AllUnit_Run()
     Check(stage.Create(input), "the one-FIFO stage starts");
     auto set = std::make_unique<SBufferData<CBandData*>>();
     Check(set->AllocateBuffer(2, true), "a band set is made");
-    set->m_pBuffer[0] = UnitBand_Make(0, 0x80, 0x01).release();
-    set->m_pBuffer[1] = UnitBand_Make(15, 0x01, 0x00).release();
+    set->data[0] = UnitBand_Make(0, 0x80, 0x01).release();
+    set->data[1] = UnitBand_Make(15, 0x01, 0x00).release();
     Check(input.In(set.release()), "the band set goes in");
     Check(input.In(nullptr), "the end of the input goes in");
 

@@ -343,7 +343,7 @@ TEST(KelThreadPtrFIFO_T, CarriesBandSetsAsOneStepsInput)
     ASSERT_TRUE(fifo.HasDataEvent().Wait(100, 0));
     ASSERT_TRUE(fifo.Out(taken));
     ASSERT_EQ(taken, set);
-    ASSERT_EQ(taken->m_count, 2);
+    ASSERT_EQ(taken->count, 2);
     delete taken->m_pBuffer[0];
     delete taken->m_pBuffer[1];
     delete taken;

@@ -34,8 +34,8 @@ struct SScarceElement
 TEST(SBufferData, StartsEmpty)
 {
     const SBufferData<int*> buffer;
-    EXPECT_EQ(buffer.m_pBuffer, nullptr);
-    EXPECT_EQ(buffer.m_count, 0);
+    EXPECT_EQ(buffer.data, nullptr);
+    EXPECT_EQ(buffer.count, 0);
 }
 
 TEST(SBufferData, AnAllocatedBufferIsAllNullWhateverTheFlagSays)
@@ -45,8 +45,8 @@ TEST(SBufferData, AnAllocatedBufferIsAllNullWhateverTheFlagSays)
     {
         SBufferData<int*> buffer;
         ASSERT_TRUE(buffer.AllocateBuffer(20, bClear));
-        EXPECT_EQ(buffer.m_count, 20);
-        EXPECT_EQ(std::count(buffer.m_pBuffer, buffer.m_pBuffer + 20, nullptr), 20);
+        EXPECT_EQ(buffer.count, 20);
+        EXPECT_EQ(std::count(buffer.data, buffer.data + 20, nullptr), 20);
     }
     EXPECT_THAT(capture.Summary(), IsEmpty());
 }
@@ -56,11 +56,11 @@ TEST(SBufferData, AllocatingTheSameSizeKeepsTheBufferAndClearsIt)
     int value = 0;
     SBufferData<int*> buffer;
     ASSERT_TRUE(buffer.AllocateBuffer(3, true));
-    int** const before = buffer.m_pBuffer;
-    std::fill_n(buffer.m_pBuffer, 3, &value);
+    int** const before = buffer.data;
+    std::fill_n(buffer.data, 3, &value);
     ASSERT_TRUE(buffer.AllocateBuffer(3, true));
-    EXPECT_EQ(buffer.m_pBuffer, before);
-    EXPECT_EQ(std::count(buffer.m_pBuffer, buffer.m_pBuffer + 3, nullptr), 3);
+    EXPECT_EQ(buffer.data, before);
+    EXPECT_EQ(std::count(buffer.data, buffer.data + 3, nullptr), 3);
 }
 
 TEST(SBufferData, AllocatingAnotherSizeMakesAnotherBuffer)
@@ -70,9 +70,9 @@ TEST(SBufferData, AllocatingAnotherSizeMakesAnotherBuffer)
     for (const int size : {3, 5, 2, 0, 4})
     {
         ASSERT_TRUE(buffer.AllocateBuffer(size, true));
-        ASSERT_EQ(buffer.m_count, size);
-        EXPECT_EQ(std::count(buffer.m_pBuffer, buffer.m_pBuffer + size, nullptr), size);
-        std::fill_n(buffer.m_pBuffer, size, &value);
+        ASSERT_EQ(buffer.count, size);
+        EXPECT_EQ(std::count(buffer.data, buffer.data + size, nullptr), size);
+        std::fill_n(buffer.data, size, &value);
     }
 }
 
@@ -80,14 +80,14 @@ TEST(SBufferData, ASizeOfZeroIsNoFailure)
 {
     SBufferData<int*> buffer;
     EXPECT_TRUE(buffer.AllocateBuffer(0, true));
-    EXPECT_EQ(buffer.m_count, 0);
+    EXPECT_EQ(buffer.count, 0);
 }
 
 TEST(SBufferData, NoMemoryIsTheAllocatorsRecordThenTheCallersAndLeavesTheBufferEmpty)
 {
     SBufferData<SScarceElement> buffer;
     ASSERT_TRUE(buffer.AllocateBuffer(2, true));
-    EXPECT_EQ(buffer.m_pBuffer[1].m_value, 7);
+    EXPECT_EQ(buffer.data[1].m_value, 7);
     SScarceElement::g_bScarce = true;
     const CLogCapture capture;
     EXPECT_FALSE(buffer.AllocateBuffer(20, true));
@@ -96,8 +96,8 @@ TEST(SBufferData, NoMemoryIsTheAllocatorsRecordThenTheCallersAndLeavesTheBufferE
                 ElementsAre("2 Allocate memory failure. size = 20 @SBufferData:176", "2 failure @SBufferData:74"));
     EXPECT_THAT(capture.Records().at(0).function, HasSubstr("New_ElementBuffer(int)"));
     EXPECT_THAT(capture.Records().at(1).function, HasSubstr("AllocateBuffer(int, bool)"));
-    EXPECT_EQ(buffer.m_pBuffer, nullptr);
-    EXPECT_EQ(buffer.m_count, 0);
+    EXPECT_EQ(buffer.data, nullptr);
+    EXPECT_EQ(buffer.count, 0);
     EXPECT_TRUE(buffer.AllocateBuffer(20, true));
 }
 
@@ -116,7 +116,7 @@ TEST(SBufferData, DestructionFreesTheArrayAndNotWhatItPointsTo)
     {
         SBufferData<int*> buffer;
         ASSERT_TRUE(buffer.AllocateBuffer(1, true));
-        buffer.m_pBuffer[0] = &value;
+        buffer.data[0] = &value;
     }
     EXPECT_EQ(value, 5);
 }
@@ -126,6 +126,6 @@ TEST(SBufferData, ReleaseBufferGivesTheArrayUp)
     SBufferData<int*> buffer;
     ASSERT_TRUE(buffer.AllocateBuffer(4, true));
     buffer.ReleaseBuffer();
-    EXPECT_EQ(buffer.m_pBuffer, nullptr);
-    EXPECT_EQ(buffer.m_count, 0);
+    EXPECT_EQ(buffer.data, nullptr);
+    EXPECT_EQ(buffer.count, 0);
 }

@@ -205,12 +205,12 @@ TEST_F(Configuration, TheInkStripeParametersAreReadAsTheyWereSet)
     DPD_PrintParam()->Set(param);
     const auto stripe = DPD_PrintParam()->InkStripeParam_Get();
     EXPECT_EQ(stripe.m_mode, 201);
-    EXPECT_EQ(stripe.m_leftStripeWidth, 202);
-    EXPECT_EQ(stripe.m_rightStripeWidth, 203);
-    EXPECT_EQ(stripe.m_unitPitch, 204);
+    EXPECT_EQ(stripe.leftStripeWidth, 202);
+    EXPECT_EQ(stripe.rightStripeWidth, 203);
+    EXPECT_EQ(stripe.unitPitch, 204);
     EXPECT_EQ(stripe.m_distance, 205);
-    EXPECT_EQ(stripe.m_unitPosition, 206);
-    EXPECT_EQ(stripe.m_unitPositionCount, 207);
+    EXPECT_EQ(stripe.unitPosition, 206);
+    EXPECT_EQ(stripe.unitPositionCount, 207);
     EXPECT_EQ(stripe.m_flags, 208);
     EXPECT_EQ(DPD_PrintParam()->InkStripeColorData_Get(2), param.m_inkStripeColorData.at(2).get());
     EXPECT_EQ(DPD_PrintParam()->InkStripeColorData_Get(3), nullptr);
@@ -306,7 +306,7 @@ TEST_F(Configuration, ManyThreadsReadWhileTheHostReplacesThePrintParameters)
             const bool bDefault = job.m_width == 0;
             tornCount += bDefault || job.m_height == job.m_width + 1 ? 0 : 1;
             tornCount += current.m_width == 0 || current.m_bitsPerPixel == current.m_width + 2 ? 0 : 1;
-            tornCount += stripe.m_mode == 0 || stripe.m_unitPositionCount == stripe.m_mode + 6 ? 0 : 1;
+            tornCount += stripe.m_mode == 0 || stripe.unitPositionCount == stripe.m_mode + 6 ? 0 : 1;
             static_cast<void>(DPD_PrintParam()->CurPrint_JobWidth_Get());
             static_cast<void>(DPD_PrintParam()->DotSizeMode_Get());
             static_cast<void>(DPD_PrintParam()->AlignByteCountPerLine());

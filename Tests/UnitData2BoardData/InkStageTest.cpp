@@ -40,12 +40,12 @@ TEST_F(InkStage, TheRecordTakesEveryWordFromItsSource)
     ASSERT_TRUE(SAccess::Init_Param(stage));
     const SInkStripeParam_Run& run = *stage.m_pInkStripeParam;
     EXPECT_EQ(run.pixelParam.m_mode, 101);
-    EXPECT_EQ(run.pixelParam.m_leftStripeWidth, 102);
-    EXPECT_EQ(run.pixelParam.m_rightStripeWidth, 103);
-    EXPECT_EQ(run.pixelParam.m_unitPitch, 104);
+    EXPECT_EQ(run.pixelParam.leftStripeWidth, 102);
+    EXPECT_EQ(run.pixelParam.rightStripeWidth, 103);
+    EXPECT_EQ(run.pixelParam.unitPitch, 104);
     EXPECT_EQ(run.pixelParam.m_distance, 105);
-    EXPECT_EQ(run.pixelParam.m_unitPosition, 106);
-    EXPECT_EQ(run.pixelParam.m_unitPositionCount, 107);
+    EXPECT_EQ(run.pixelParam.unitPosition, 106);
+    EXPECT_EQ(run.pixelParam.unitPositionCount, 107);
     EXPECT_EQ(run.pixelParam.m_flags, 108);
     EXPECT_EQ(run.jobWidth, 201);
     EXPECT_EQ(run.jobInfo_3, 303);
@@ -120,7 +120,7 @@ TEST_F(InkStage, TheRecordKeepsThePassAndTheLastUnitsWords)
     ASSERT_TRUE(m_pStage->AllocateOutputBuffer());
     const SInkStripeParam_Run& run = *m_pStage->m_pInkStripeParam;
     EXPECT_EQ(run.bandAttr, 2);
-    EXPECT_EQ(run.pixelParam.m_unitPosition, 2);
+    EXPECT_EQ(run.pixelParam.unitPosition, 2);
     EXPECT_EQ(run.unitHorizon_1, 6);
     EXPECT_EQ(run.unitHorizon_2, 4);
 }

@@ -407,7 +407,7 @@ TEST_F(InkStripe, AColourBandOfExactlyTheFreeRoomFillsTheBandToItsLastByte)
     m_config.Apply();
     ASSERT_TRUE(SAccess::Init_Param(*m_pStage));
     SInkStripeParam_Run& run = *m_pStage->m_pInkStripeParam;
-    run.pixelParam.m_unitPosition = 1;
+    run.pixelParam.unitPosition = 1;
     run.unitHorizon_1 = 1;
     run.unitHorizon_2 = 2;
     const struct

@@ -82,10 +82,10 @@ inline void Job_Configure(CConfigGuard& config, const SModelJob& job)
     param.m_alignByteCountPerLine = job.alignBytes;
     param.m_maskData.m_maskCount_1 = job.maskCount;
     param.m_maskData.m_maskCount_2 = 1;
-    param.m_inkStripeParam.m_leftStripeWidth = job.leftStripeWidth;
-    param.m_inkStripeParam.m_rightStripeWidth = job.rightStripeWidth;
-    param.m_inkStripeParam.m_unitPitch = job.unitPitch;
-    param.m_inkStripeParam.m_unitPositionCount = job.unitPositionCount;
+    param.m_inkStripeParam.leftStripeWidth = job.leftStripeWidth;
+    param.m_inkStripeParam.rightStripeWidth = job.rightStripeWidth;
+    param.m_inkStripeParam.unitPitch = job.unitPitch;
+    param.m_inkStripeParam.unitPositionCount = job.unitPositionCount;
     param.m_unitInfo_Horizon = {};
     param.m_unitInfo_Horizon.m_xMaxOffset_Right2Left = job.xMaxOffset_Right2Left;
     param.m_unitInfo_Horizon.m_xMaxOffset_Left2Right = job.xMaxOffset_Left2Right;
@@ -114,7 +114,7 @@ inline SBufferData<CBandData*>* BandSet_Make(std::vector<std::unique_ptr<CBandDa
     bandSet->AllocateBuffer(static_cast<int>(bands.size()), true);
     for (std::size_t i = 0; i < bands.size(); ++i)
     {
-        bandSet->m_pBuffer[i] = bands[i].release();
+        bandSet->data[i] = bands[i].release();
     }
     return bandSet;
 }

@@ -26,9 +26,9 @@ SBufferData<CBandData*>* BandSet_Of(const std::vector<int>& units)
 // Deletes a set that no stage has taken.
 void BandSet_Delete(SBufferData<CBandData*>* bandSet)
 {
-    for (int i = 0; i < bandSet->m_count; ++i)
+    for (int i = 0; i < bandSet->count; ++i)
     {
-        delete bandSet->m_pBuffer[i];
+        delete bandSet->data[i];
     }
     delete bandSet;
 }
@@ -37,7 +37,7 @@ void BandSet_Delete(SBufferData<CBandData*>* bandSet)
 SBufferData<CBandData*>* BandSet_WithoutBands_Make(int count)
 {
     auto* bandSet = new SBufferData<CBandData*>();
-    bandSet->m_count = count;
+    bandSet->count = count;
     return bandSet;
 }
 
@@ -276,7 +276,7 @@ TEST_F(OneFIFOStage, AnElementWithoutBandsFailsTheStateAndIsNotFreed)
         EXPECT_EQ(m_pStage->m_stopCount, 1);
         EXPECT_EQ(m_pStage->m_processState, 2);
         EXPECT_THAT(Units(), IsEmpty());
-        EXPECT_EQ(element->m_count, count);
+        EXPECT_EQ(element->count, count);
         EXPECT_FALSE(m_pOutput->IsCompleted());
     }
 }
@@ -335,7 +335,7 @@ TEST_F(OneFIFOStage, DestructionFreesTheStepWhicheverStateTheStageIsIn)
     m_config.m_cart.m_units = {{0, 0, 0, 1}, {1, 0, 0, 1}, {2, 0, 0, 1}};
     m_config.m_cart.m_headBaseInfo.m_bandWidth = 16;
     m_config.m_colorGroups[CColorGroupInfo::Key_Pattern_Layout()] = {};
-    m_config.m_param.m_inkStripeParam.m_leftStripeWidth = 1; // unit 2 gets a stripe band
+    m_config.m_param.m_inkStripeParam.leftStripeWidth = 1; // unit 2 gets a stripe band
     m_config.m_param.m_inkStripeColorData[2] = Color_Make({0xFF});
     m_config.m_param.m_maskData.m_maskCount_1 = 1;
     m_config.m_param.m_curPrint_JobWidth = 1;
@@ -345,7 +345,7 @@ TEST_F(OneFIFOStage, DestructionFreesTheStepWhicheverStateTheStageIsIn)
     {
         Stage_Prepare();
         auto* bandSet = BandSet_Of({0, 1});
-        bandSet->m_pBuffer[0]->m_bandAttr = 1;
+        bandSet->data[0]->m_bandAttr = 1;
         ASSERT_TRUE(m_input.In(bandSet));
         for (int i = 0; i < loops; ++i)
         {

@@ -20,7 +20,7 @@ protected:
     {
         SPrintParam param;
         param.m_curPrint_JobWidth = -1;
-        param.m_inkStripeParam.m_leftStripeWidth = 7;
+        param.m_inkStripeParam.leftStripeWidth = 7;
         DPD_PrintParam()->Set(param);
         GC_ColorGroup()->Set({{"other", CColorGroupInfo{}}});
         GC_DPConfig()->Set({17});
@@ -59,10 +59,10 @@ TEST_F(JobApply, EveryAccessorReturnsWhatTheJobSays)
     EXPECT_EQ(DPD_PrintParam()->MaskData_Ref().m_maskCount_2, 3);
 
     const SInkStripeParam_Pixel stripe = DPD_PrintParam()->InkStripeParam_Get();
-    EXPECT_EQ(stripe.m_leftStripeWidth, 40);
-    EXPECT_EQ(stripe.m_rightStripeWidth, 24);
-    EXPECT_EQ(stripe.m_unitPitch, 11);
-    EXPECT_EQ(stripe.m_unitPositionCount, 9);
+    EXPECT_EQ(stripe.leftStripeWidth, 40);
+    EXPECT_EQ(stripe.rightStripeWidth, 24);
+    EXPECT_EQ(stripe.unitPitch, 11);
+    EXPECT_EQ(stripe.unitPositionCount, 9);
     const CUnitInfo_Horizon& horizon = DPD_PrintParam()->UnitInfo_Horizon();
     EXPECT_EQ(horizon.XMaxOffset_Right2Left_Get(), 4);
     EXPECT_EQ(horizon.XMaxOffset_Left2Right_Get(), 6);

@@ -200,11 +200,11 @@ public:
         job.m_maskCount_2 = Number(1, 4);
         job.m_lineGeneratorCount = Number(1, 3);
         SJobInkStripe& stripe = job.m_inkStripe;
-        stripe.m_leftStripeWidth = std::max(0, Number(-20, 50));
-        stripe.m_rightStripeWidth = std::max(0, Number(-20, 50));
-        stripe.m_unitPitch = Number(1, 20);
-        stripe.m_stripeLength = Number(1, 2 * stripe.m_unitPitch);
-        stripe.m_unitPositionCount = Number(2, 5);
+        stripe.leftStripeWidth = std::max(0, Number(-20, 50));
+        stripe.rightStripeWidth = std::max(0, Number(-20, 50));
+        stripe.unitPitch = Number(1, 20);
+        stripe.m_stripeLength = Number(1, 2 * stripe.unitPitch);
+        stripe.unitPositionCount = Number(2, 5);
         const int unitCount = Number(1, 4);
         for (int i = 0; i < unitCount; ++i)
         {
@@ -243,7 +243,7 @@ private:
         unit.m_unitId = index;
         unit.m_direction = Number(1, 2);
         unit.m_separation = Number(0, 1) == 0 ? "" : "page.tif";
-        unit.m_unitPosition = Number(0, job.m_inkStripe.m_unitPositionCount - 1);
+        unit.m_unitPosition = Number(0, job.m_inkStripe.unitPositionCount - 1);
         unit.m_horizon_1 = std::max(0, Number(-10, 15));
         unit.m_horizon_2 = std::max(0, Number(-10, 15));
         unit.m_stripeColor.m_text = "Full";
@@ -283,25 +283,25 @@ bool AreStripesInside(int unitId, int bandAttr)
     const int lines = bByUnit ? bits : 1;
     const int offset = bLeftToRight ? horizon.XMaxOffset_Left2Right_Get() : horizon.XMaxOffset_Right2Left_Get();
     const int width = param.CurPrint_JobWidth_Get() / param.MaskData_Ref().m_maskCount_1;
-    const int zones = pixel.m_leftStripeWidth + pixel.m_rightStripeWidth;
+    const int zones = pixel.leftStripeWidth + pixel.rightStripeWidth;
     CBandData band;
     EXPECT_TRUE(band.Create(GC_CartInfo()->CartHeadBaseInfo_Get().m_bandWidth, (offset + width + zones) * lines,
                             bByUnit ? 1 : bits, param.AlignByteCountPerLine()));
 
     const CColorGroupInfo* pGroup = GC_ColorGroup()->ColorGroupInfo_By_Key(CColorGroupInfo::Key_Pattern_Layout());
     const int position = pGroup->UnitInfo_Get(unitId).m_unitPosition;
-    const int count = pixel.m_unitPositionCount;
-    const int pitch = pixel.m_unitPitch;
+    const int count = pixel.unitPositionCount;
+    const int pitch = pixel.unitPitch;
     const int horizon_1 = horizon.HorizonInfo_Get(unitId).m_horizon_1;
     const int horizon_2 = horizon.HorizonInfo_Get(unitId).m_horizon_2;
     const int height = band.m_height;
     std::vector<int> rows;
-    if (pixel.m_leftStripeWidth >= 1)
+    if (pixel.leftStripeWidth >= 1)
     {
         rows.push_back(bLeftToRight ? (position * pitch + horizon_2) * lines
                                     : height - ((position + 1) * pitch - horizon_1 + offset) * lines);
     }
-    if (pixel.m_rightStripeWidth >= 1)
+    if (pixel.rightStripeWidth >= 1)
     {
         rows.push_back(bLeftToRight ? height - ((count - position) * pitch - horizon_2 + offset) * lines
                                     : ((count - position - 1) * pitch + horizon_1) * lines);
@@ -449,7 +449,7 @@ public:
     {
         auto bandSet = std::make_unique<SBufferData<CBandData*>>();
         bandSet->AllocateBuffer(static_cast<int>(bands.size()), true);
-        std::ranges::transform(bands, bandSet->m_pBuffer, [](auto& band) { return band.release(); });
+        std::ranges::transform(bands, bandSet->data, [](auto& band) { return band.release(); });
         m_input.In(bandSet.release());
         CBandData* pBoard = nullptr;
         for (int i = 0; pBoard == nullptr && i < 600 && !m_stage.WaitExit(0); ++i)

@@ -1,0 +1,27 @@
+// The length of a run, from the band's size.
+#include "Unit2Board/LineRun.h"
+
+#include "DataMap/OwnStyle.h"
+#include "Platform/BandData/BandData.h"
+
+#include <algorithm>
+
+namespace
+{
+
+constexpr int longestRun = 64;        // lines; a hand-over is then a small part of a run's time
+constexpr int largestRun = 64 * 1024; // bytes of board data; larger ones leave the cache
+constexpr int runsPerGenerator = 8;   // at least, so that all generators end at about the same time
+
+} // namespace
+
+int LineRun_Get(const CBandData& dstBand, const CPrintUnitDataMap_Base& dataMap, int lineGeneratorCount)
+{
+    if (lineGeneratorCount < 1 || !MapStyle_IsOwn(dataMap))
+    {
+        return 1;
+    }
+    const int byBytes = largestRun / std::max(dstBand.m_bytesPerLine, 1);
+    const int byLines = dstBand.m_height / runsPerGenerator / lineGeneratorCount;
+    return std::max(std::min({longestRun, byBytes, byLines}), 1);
+}
