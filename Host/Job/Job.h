@@ -70,10 +70,10 @@ struct SJobUnit
 // The ink stripes of all units; all widths and lengths in scan positions.
 struct SJobInkStripe
 {
-    int leftStripeWidth = 0;   // of the zone left of the page; 0: no left stripes
-    int rightStripeWidth = 0;  // of the zone right of the page; 0: no right stripes
-    int unitPitch = 0;         // from the stripe of one unit position to the next
-    int unitPositionCount = 0; // above every unit's position
+    int m_leftStripeWidth = 0;   // of the zone left of the page; 0: no left stripes
+    int m_rightStripeWidth = 0;  // of the zone right of the page; 0: no right stripes
+    int m_unitPitch = 0;         // from the stripe of one unit position to the next
+    int m_unitPositionCount = 0; // above every unit's position
     int m_stripeLength = 0;      // of a solid stripe, and the most that a TIFF's may have
 };
 

@@ -15,10 +15,10 @@ namespace
 SInkStripeParam_Pixel InkStripeParam_Make(const SJobInkStripe& stripe)
 {
     SInkStripeParam_Pixel param;
-    param.leftStripeWidth = stripe.leftStripeWidth;
-    param.rightStripeWidth = stripe.rightStripeWidth;
-    param.unitPitch = stripe.unitPitch;
-    param.unitPositionCount = stripe.unitPositionCount;
+    param.leftStripeWidth = stripe.m_leftStripeWidth;
+    param.rightStripeWidth = stripe.m_rightStripeWidth;
+    param.unitPitch = stripe.m_unitPitch;
+    param.unitPositionCount = stripe.m_unitPositionCount;
     return param;
 }
 

@@ -220,7 +220,7 @@ void UnitIndex_Check(const SJob& job, const SJobUnit& unit)
 
 void UnitPosition_Check(const SJob& job, const SJobUnit& unit, std::size_t index)
 {
-    const int count = job.m_inkStripe.unitPositionCount;
+    const int count = job.m_inkStripe.m_unitPositionCount;
     if (unit.m_unitPosition < 0 || unit.m_unitPosition >= count)
     {
         const bool bByPlace = unit.m_unitPosition == static_cast<int>(index);
@@ -306,7 +306,7 @@ void InkStripe_Check(const SJob& job)
     {
         return;
     }
-    if (job.m_inkStripe.unitPitch < 1)
+    if (job.m_inkStripe.m_unitPitch < 1)
     {
         const bool bMissing = !job.m_places.contains("InkStripe.UnitPitch");
         Value_Refuse(job, "InkStripe.UnitPitch",

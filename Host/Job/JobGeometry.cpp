@@ -25,8 +25,8 @@ int PixelsPerNozzle(const SJob& job)
 
 std::int64_t PassPositions(const SJob& job, int pageWidth, bool bLeftToRight)
 {
-    return std::int64_t{Job_MaxOffset(job, bLeftToRight)} + pageWidth + job.m_inkStripe.leftStripeWidth +
-           job.m_inkStripe.rightStripeWidth;
+    return std::int64_t{Job_MaxOffset(job, bLeftToRight)} + pageWidth + job.m_inkStripe.m_leftStripeWidth +
+           job.m_inkStripe.m_rightStripeWidth;
 }
 
 int Offset_Of(const SJobUnit& unit, bool bLeftToRight)
@@ -98,7 +98,7 @@ int Job_PassPositions(const SJob& job, int pageWidth, bool bLeftToRight)
 int Job_ImagePosition(const SJob& job, const SJobUnit& unit, bool bLeftToRight)
 {
     const SJobInkStripe& stripe = job.m_inkStripe;
-    return (bLeftToRight ? stripe.leftStripeWidth : stripe.rightStripeWidth) + Offset_Of(unit, bLeftToRight);
+    return (bLeftToRight ? stripe.m_leftStripeWidth : stripe.m_rightStripeWidth) + Offset_Of(unit, bLeftToRight);
 }
 
 int Job_MaxOffset(const SJob& job, bool bLeftToRight)
@@ -114,7 +114,7 @@ int Job_MaxOffset(const SJob& job, bool bLeftToRight)
 bool Job_HasStripes(const SJob& job, const SJobUnit& unit)
 {
     const SJobInkStripe& stripe = job.m_inkStripe;
-    return job.m_stageKind != EStageKind::Base && stripe.leftStripeWidth + stripe.rightStripeWidth >= 1 &&
+    return job.m_stageKind != EStageKind::Base && stripe.m_leftStripeWidth + stripe.m_rightStripeWidth >= 1 &&
            !unit.HasSeparation();
 }
 
@@ -128,14 +128,14 @@ std::optional<SJobStripe> Job_Stripe(const SJob& job, const SJobUnit& unit, int 
                                      bool bLeftStripe, int length)
 {
     const SJobInkStripe& stripe = job.m_inkStripe;
-    if ((bLeftStripe ? stripe.leftStripeWidth : stripe.rightStripeWidth) < 1)
+    if ((bLeftStripe ? stripe.m_leftStripeWidth : stripe.m_rightStripeWidth) < 1)
     {
         return std::nullopt;
     }
     // Counted from the band's first position in the zone that the carriage meets first, else from its end.
-    const std::int64_t pitch = stripe.unitPitch;
+    const std::int64_t pitch = stripe.m_unitPitch;
     const std::int64_t before = unit.m_unitPosition;
-    const std::int64_t behind = std::int64_t{stripe.unitPositionCount} - unit.m_unitPosition - 1;
+    const std::int64_t behind = std::int64_t{stripe.m_unitPositionCount} - unit.m_unitPosition - 1;
     const std::int64_t offset = Offset_Of(unit, bLeftToRight);
     if (bLeftStripe == bLeftToRight)
     {

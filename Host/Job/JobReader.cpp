@@ -552,10 +552,10 @@ void CJobReader::InkStripe_Read()
 {
     const SOpenTable table = Table_Open(Table_InkStripe(), "InkStripe");
     SJobInkStripe& stripe = m_job.m_inkStripe;
-    Integer_Read(table, "LeftStripeWidth", false, 0, mostScanPositions, stripe.leftStripeWidth);
-    Integer_Read(table, "RightStripeWidth", false, 0, mostScanPositions, stripe.rightStripeWidth);
-    Integer_Read(table, "UnitPitch", false, 0, mostScanPositions, stripe.unitPitch);
-    Integer_Read(table, "UnitPositionCount", false, 1, mostUnitPositions, stripe.unitPositionCount);
+    Integer_Read(table, "LeftStripeWidth", false, 0, mostScanPositions, stripe.m_leftStripeWidth);
+    Integer_Read(table, "RightStripeWidth", false, 0, mostScanPositions, stripe.m_rightStripeWidth);
+    Integer_Read(table, "UnitPitch", false, 0, mostScanPositions, stripe.m_unitPitch);
+    Integer_Read(table, "UnitPositionCount", false, 1, mostUnitPositions, stripe.m_unitPositionCount);
     Integer_Read(table, "StripeLength", false, 1, mostScanPositions, stripe.m_stripeLength);
 }
 
@@ -700,16 +700,16 @@ void CJobReader::StripeColor_Read(const SOpenTable& table, SJobUnit& unit)
 void CJobReader::Defaults_Fill()
 {
     SJobInkStripe& stripe = m_job.m_inkStripe;
-    if (stripe.unitPositionCount == 0)
+    if (stripe.m_unitPositionCount == 0)
     {
         for (const SJobUnit& unit : m_job.m_units)
         {
-            stripe.unitPositionCount = std::max(stripe.unitPositionCount, unit.m_unitPosition + 1);
+            stripe.m_unitPositionCount = std::max(stripe.m_unitPositionCount, unit.m_unitPosition + 1);
         }
     }
     if (stripe.m_stripeLength == 0)
     {
-        stripe.m_stripeLength = stripe.unitPitch;
+        stripe.m_stripeLength = stripe.m_unitPitch;
     }
 }
 

@@ -1,5 +1,5 @@
-// The output side of a stage: a bounded pointer FIFO of bands, and its end. Who puts a band in gives it away; who takes one out owns
-// it. The stage's three operations are virtual, so that a host can put its own sink in their place.
+// The output side of a stage: a bounded pointer FIFO of bands, and its end. Who puts a band in gives it away; who takes
+// one out owns it. The stage's three operations are virtual, so that a host can put its own sink in their place.
 #pragma once
 
 #include "KelCommon/KelThreadPtrFIFO_T.h"

@@ -131,7 +131,7 @@ public:
 private:
     const SPage& Page() const { return m_pages.begin()->second; }
     bool IsPlanePair() const { return m_job.m_map.m_class == EMapClass::Map_8; }
-    int Stripes() const { return m_job.m_inkStripe.leftStripeWidth + m_job.m_inkStripe.rightStripeWidth; }
+    int Stripes() const { return m_job.m_inkStripe.m_leftStripeWidth + m_job.m_inkStripe.m_rightStripeWidth; }
 
     SBand Blank_Make(const SJobUnit& unit, bool bLeftToRight) const
     {
@@ -163,8 +163,8 @@ private:
     {
         const SPage& page = m_pages.at(unit.m_separation);
         SBand band = Blank_Make(unit, bLeftToRight);
-        const int begin = bLeftToRight ? m_job.m_inkStripe.leftStripeWidth + unit.m_horizon_2
-                                       : m_job.m_inkStripe.rightStripeWidth + unit.m_horizon_1;
+        const int begin = bLeftToRight ? m_job.m_inkStripe.m_leftStripeWidth + unit.m_horizon_2
+                                       : m_job.m_inkStripe.m_rightStripeWidth + unit.m_horizon_1;
         for (int column = 0; column < page.width; ++column)
         {
             const int x = bLeftToRight ? column : page.width - 1 - column;
@@ -182,20 +182,20 @@ private:
     {
         SBand band = Blank_Make(unit, bLeftToRight);
         const SJobInkStripe& stripe = m_job.m_inkStripe;
-        const int slot = unit.m_unitPosition * stripe.unitPitch;
-        const int mirrored = (stripe.unitPositionCount - 1 - unit.m_unitPosition) * stripe.unitPitch;
+        const int slot = unit.m_unitPosition * stripe.m_unitPitch;
+        const int mirrored = (stripe.m_unitPositionCount - 1 - unit.m_unitPosition) * stripe.m_unitPitch;
         const int image = Page().width;
         const int leftZone = bLeftToRight ? unit.m_horizon_2
-                                          : unit.m_horizon_1 + stripe.rightStripeWidth + image +
-                                                stripe.leftStripeWidth - slot - stripe.unitPitch;
-        const int rightZone = bLeftToRight ? unit.m_horizon_2 + stripe.leftStripeWidth + image +
-                                                 stripe.rightStripeWidth - mirrored - stripe.unitPitch
+                                          : unit.m_horizon_1 + stripe.m_rightStripeWidth + image +
+                                                stripe.m_leftStripeWidth - slot - stripe.m_unitPitch;
+        const int rightZone = bLeftToRight ? unit.m_horizon_2 + stripe.m_leftStripeWidth + image +
+                                                 stripe.m_rightStripeWidth - mirrored - stripe.m_unitPitch
                                            : unit.m_horizon_1 + mirrored;
-        if (stripe.leftStripeWidth > 0)
+        if (stripe.m_leftStripeWidth > 0)
         {
             Fill_Set(band, leftZone + (bLeftToRight ? slot : 0), unit);
         }
-        if (stripe.rightStripeWidth > 0)
+        if (stripe.m_rightStripeWidth > 0)
         {
             Fill_Set(band, rightZone, unit);
         }

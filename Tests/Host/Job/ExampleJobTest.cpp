@@ -80,7 +80,7 @@ TEST(ExampleJob, FourColoursRunOnACarriageOfEightWithStripesInBothDirections)
     EXPECT_GT(Job_MaxOffset(job, true), 0);
     EXPECT_NE(Job_MaxOffset(job, true), Job_MaxOffset(job, false));
     // Every unit's stripes have a place of their own inside the zones.
-    EXPECT_GE(job.m_inkStripe.leftStripeWidth, 8 * job.m_inkStripe.unitPitch);
-    EXPECT_GE(job.m_inkStripe.rightStripeWidth, 8 * job.m_inkStripe.unitPitch);
-    EXPECT_LE(job.m_inkStripe.m_stripeLength, job.m_inkStripe.unitPitch);
+    EXPECT_GE(job.m_inkStripe.m_leftStripeWidth, 8 * job.m_inkStripe.m_unitPitch);
+    EXPECT_GE(job.m_inkStripe.m_rightStripeWidth, 8 * job.m_inkStripe.m_unitPitch);
+    EXPECT_LE(job.m_inkStripe.m_stripeLength, job.m_inkStripe.m_unitPitch);
 }

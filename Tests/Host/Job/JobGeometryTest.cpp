@@ -185,12 +185,12 @@ TEST(JobGeometry, StripesStandInTheirZonesInBothPasses)
     EXPECT_EQ(stripe(false, false), 2 * 10 + 9);
 
     SJob noLeft = job;
-    noLeft.m_inkStripe.leftStripeWidth = 0;
+    noLeft.m_inkStripe.m_leftStripeWidth = 0;
     EXPECT_FALSE(Job_Stripe(noLeft, unit, 300, true, true, 6).has_value());
     EXPECT_FALSE(Job_Stripe(noLeft, unit, 300, false, true, 6).has_value());
     EXPECT_TRUE(Job_Stripe(noLeft, unit, 300, true, false, 6).has_value());
     SJob noRight = job;
-    noRight.m_inkStripe.rightStripeWidth = 0;
+    noRight.m_inkStripe.m_rightStripeWidth = 0;
     EXPECT_FALSE(Job_Stripe(noRight, unit, 300, true, false, 6).has_value());
     EXPECT_TRUE(Job_Stripe(noRight, unit, 300, false, true, 6).has_value());
 }

@@ -50,10 +50,10 @@ TEST(JobReader, EveryKeyArrives)
     EXPECT_EQ(job.m_maskCount_1, 2);
     EXPECT_EQ(job.m_maskCount_2, 3);
     EXPECT_EQ(job.m_lineGeneratorCount, 7);
-    EXPECT_EQ(job.m_inkStripe.leftStripeWidth, 40);
-    EXPECT_EQ(job.m_inkStripe.rightStripeWidth, 24);
-    EXPECT_EQ(job.m_inkStripe.unitPitch, 11);
-    EXPECT_EQ(job.m_inkStripe.unitPositionCount, 9);
+    EXPECT_EQ(job.m_inkStripe.m_leftStripeWidth, 40);
+    EXPECT_EQ(job.m_inkStripe.m_rightStripeWidth, 24);
+    EXPECT_EQ(job.m_inkStripe.m_unitPitch, 11);
+    EXPECT_EQ(job.m_inkStripe.m_unitPositionCount, 9);
     EXPECT_EQ(job.m_inkStripe.m_stripeLength, 10);
     EXPECT_EQ(job.m_nozzles, 400);
     ASSERT_EQ(job.m_units.size(), 2U);
@@ -77,9 +77,9 @@ TEST(JobReader, KeysThatAreLeftOutHaveTheirDefaults)
     EXPECT_EQ(job.m_lineGeneratorCount, 2);
     EXPECT_EQ(job.m_maskCount_1, 1);
     EXPECT_EQ(job.m_maskCount_2, 1);
-    EXPECT_EQ(job.m_inkStripe.leftStripeWidth, 0);
-    EXPECT_EQ(job.m_inkStripe.rightStripeWidth, 0);
-    EXPECT_EQ(job.m_inkStripe.unitPitch, 0);
+    EXPECT_EQ(job.m_inkStripe.m_leftStripeWidth, 0);
+    EXPECT_EQ(job.m_inkStripe.m_rightStripeWidth, 0);
+    EXPECT_EQ(job.m_inkStripe.m_unitPitch, 0);
     EXPECT_EQ(job.m_inkStripe.m_stripeLength, 0);
     EXPECT_FALSE(job.m_bSkipBlank);
     EXPECT_EQ(job.m_inputBands, 3);
@@ -98,7 +98,7 @@ TEST(JobReader, StripeDefaultsFollowFromTheUnitsAndThePitch)
 {
     const SJob small = Job_Of(std::string(g_smallJob));
     EXPECT_EQ(small.m_units.at(0).m_unitPosition, 0);
-    EXPECT_EQ(small.m_inkStripe.unitPositionCount, 1);
+    EXPECT_EQ(small.m_inkStripe.m_unitPositionCount, 1);
 
     std::string text = Replaced(g_stripeJob, "UnitPositionCount = 4\nStripeLength = 10\n", "");
     const SJob byPlace = Job_Of(text);
@@ -106,7 +106,7 @@ TEST(JobReader, StripeDefaultsFollowFromTheUnitsAndThePitch)
     {
         EXPECT_EQ(byPlace.m_units.at(static_cast<std::size_t>(i)).m_unitPosition, i);
     }
-    EXPECT_EQ(byPlace.m_inkStripe.unitPositionCount, 4);
+    EXPECT_EQ(byPlace.m_inkStripe.m_unitPositionCount, 4);
     EXPECT_EQ(byPlace.m_inkStripe.m_stripeLength, 10);
 
     // The highest position counts, wherever it stands, and a pitch of its own makes another length.
@@ -115,7 +115,7 @@ TEST(JobReader, StripeDefaultsFollowFromTheUnitsAndThePitch)
     const SJob moved = Job_Of(text);
     EXPECT_EQ(moved.m_units.at(0).m_unitPosition, 6);
     EXPECT_EQ(moved.m_units.at(1).m_unitPosition, 1);
-    EXPECT_EQ(moved.m_inkStripe.unitPositionCount, 7);
+    EXPECT_EQ(moved.m_inkStripe.m_unitPositionCount, 7);
     EXPECT_EQ(moved.m_inkStripe.m_stripeLength, 3);
 }
 

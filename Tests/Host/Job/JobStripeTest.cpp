@@ -200,11 +200,11 @@ public:
         job.m_maskCount_2 = Number(1, 4);
         job.m_lineGeneratorCount = Number(1, 3);
         SJobInkStripe& stripe = job.m_inkStripe;
-        stripe.leftStripeWidth = std::max(0, Number(-20, 50));
-        stripe.rightStripeWidth = std::max(0, Number(-20, 50));
-        stripe.unitPitch = Number(1, 20);
-        stripe.m_stripeLength = Number(1, 2 * stripe.unitPitch);
-        stripe.unitPositionCount = Number(2, 5);
+        stripe.m_leftStripeWidth = std::max(0, Number(-20, 50));
+        stripe.m_rightStripeWidth = std::max(0, Number(-20, 50));
+        stripe.m_unitPitch = Number(1, 20);
+        stripe.m_stripeLength = Number(1, 2 * stripe.m_unitPitch);
+        stripe.m_unitPositionCount = Number(2, 5);
         const int unitCount = Number(1, 4);
         for (int i = 0; i < unitCount; ++i)
         {
@@ -243,7 +243,7 @@ private:
         unit.m_unitId = index;
         unit.m_direction = Number(1, 2);
         unit.m_separation = Number(0, 1) == 0 ? "" : "page.tif";
-        unit.m_unitPosition = Number(0, job.m_inkStripe.unitPositionCount - 1);
+        unit.m_unitPosition = Number(0, job.m_inkStripe.m_unitPositionCount - 1);
         unit.m_horizon_1 = std::max(0, Number(-10, 15));
         unit.m_horizon_2 = std::max(0, Number(-10, 15));
         unit.m_stripeColor.m_text = "Full";
