@@ -30,6 +30,22 @@ public:
     const int m_lineRun;
 };
 
+// Stops what was started of a converter that could not be made: no generator may outlive it, whether its owner destroys
+// it after a failure or an exception does.
+struct SStopOnFailure
+{
+    ~SStopOnFailure()
+    {
+        if (!m_bAllRun)
+        {
+            m_converter.Stop();
+        }
+    }
+
+    CUnit2Board& m_converter;
+    bool m_bAllRun = false;
+};
+
 int LineRun_Of(const CKelThreadBuffer_T<int>* buffer)
 {
     return static_cast<const CLineBuffer*>(buffer)->m_lineRun;
@@ -61,25 +77,7 @@ bool CUnit2Board::Create(int lineGeneratorCount, CBandData** srcBands, int srcBa
     std::copy_n(srcBands, srcBandCount, m_pSrcBands);
     m_pDstBand = &dstBand;
     m_pDataMap = &dataMap;
-    // No generator may outlive a converter that its owner destroys after a failure, nor one that an exception destroys.
-    try
-    {
-        if (Threads_Start())
-        {
-            return true;
-        }
-    }
-    catch (...)
-    {
-        Stop();
-        throw;
-    }
-    Stop();
-    return false;
-}
-
-bool CUnit2Board::Threads_Start()
-{
+    SStopOnFailure threads{*this};
     if (!Create_LineGenerator())
     {
         KEL_LOG_AT(kelSeverity_Failure, 50, "failure");
@@ -90,6 +88,7 @@ bool CUnit2Board::Threads_Start()
         KEL_LOG_AT(kelSeverity_Failure, 52, "failure");
         return false;
     }
+    threads.m_bAllRun = true;
     return true;
 }
 

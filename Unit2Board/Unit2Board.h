@@ -61,7 +61,6 @@ private:
     bool Initialize();
     bool AddSourceLine();
     bool Process();
-    bool Threads_Start();
     bool Create_LineGenerator();
     bool Release_LineGenerator();
     bool Stop_LineGenerator();

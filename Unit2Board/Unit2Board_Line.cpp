@@ -134,19 +134,15 @@ bool CUnit2Board_Line::MapBandData_Run(int firstLine)
     return true;
 }
 
-// In one pass where every band has the line; what the map then does is what it does band by band. A band without the
-// line has its record between the others' turns.
+// A map of the library's own takes all bands of a line in one pass, where every band has the line: it leaves the bytes
+// that it leaves band by band, and never fails.
 bool CUnit2Board_Line::MapBandData_Line_AllInput(int lineIndex)
 {
     if (m_bOwnStyle && m_srcBandCount > 1 &&
         std::all_of(m_pSrcBands, m_pSrcBands + m_srcBandCount,
                     [&](const CBandData* band) { return lineIndex < band->m_height; }))
     {
-        if (!MapBandData_Line_OnePass(lineIndex))
-        {
-            KEL_LOG_AT(kelSeverity_Failure, 135, "failure");
-            return false;
-        }
+        MapBandData_Line_OnePass(lineIndex);
         return true;
     }
     for (int i = 0; i < m_srcBandCount; ++i)
@@ -160,7 +156,7 @@ bool CUnit2Board_Line::MapBandData_Line_AllInput(int lineIndex)
     return true;
 }
 
-bool CUnit2Board_Line::MapBandData_Line_OnePass(int lineIndex)
+void CUnit2Board_Line::MapBandData_Line_OnePass(int lineIndex)
 {
     constexpr int runLength = 64;                                               // bands that the map gets at once
     alignas(SSrcBandLine) unsigned char room[runLength * sizeof(SSrcBandLine)]; // clearing it would cost as much again
@@ -173,17 +169,8 @@ bool CUnit2Board_Line::MapBandData_Line_OnePass(int lineIndex)
         {
             ::new (lines + i) SSrcBandLine(SrcLine_Get(lineIndex, *m_pSrcBands[first + i]));
         }
-        if (!m_pDataMap->MapData_Line_AllInput(lines, count, dst, m_pDstBand->m_bytesPerLine))
-        {
-            // The record of MapBandData_Line_OneInput, whose place this takes.
-            KelLog_Write({kelSeverity_Failure,
-                          "bool CUnit2Board_Line::MapBandData_Line_OneInput(int, const CBandData&)",
-                          KelLog_BaseName(__FILE__), 158},
-                         "failure");
-            return false;
-        }
+        m_pDataMap->MapData_Line_AllInput(lines, count, dst, m_pDstBand->m_bytesPerLine);
     }
-    return true;
 }
 
 SSrcBandLine CUnit2Board_Line::SrcLine_Get(int lineIndex, const CBandData& srcBand) const

@@ -59,7 +59,7 @@ private:
     bool AddDstData();
     bool MapBandData_Run(int firstLine);
     bool MapBandData_Line_AllInput(int lineIndex);
-    bool MapBandData_Line_OnePass(int lineIndex);
+    void MapBandData_Line_OnePass(int lineIndex);
     bool MapBandData_Line_OneInput(int lineIndex, const CBandData& srcBand);
     SSrcBandLine SrcLine_Get(int lineIndex, const CBandData& srcBand) const;
 

@@ -13,6 +13,7 @@
 #include "Platform/Thread/CustomCriticalSection.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 template<class T>
@@ -106,9 +107,11 @@ private:
 
     std::string* m_pName;       // owned
     T** m_ppElements = nullptr; // owned table; the elements belong to the FIFO that they are in
-    int m_elementCount = 0;
+    std::int32_t m_elementCount = 0;
     CCustomCriticalSection m_lock; // part of the layout; the FIFOs' own locks do the work
     CFIFO* m_pEmptyFIFO = nullptr; // owned
     CFIFO* m_pFullFIFO = nullptr;  // owned
     CFIFO* m_pInFIFO = nullptr;    // owned
+
+    friend struct SKelTestAccess;
 };

@@ -154,6 +154,5 @@ private:
     CCustomManualResetEvent m_hasData;
     CCustomManualResetEvent m_hasSpace;
 
-    template<class Element>
-    friend struct SPtrFIFOTestAccess;
+    friend struct SKelTestAccess;
 };

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
-#include <algorithm>
 #include <deque>
 #include <memory>
 #include <vector>
@@ -19,8 +18,6 @@ enum class EOperation
     In,
     InNull,
     Out,
-    InTwo,
-    OutSome,
     Release
 };
 
@@ -49,10 +46,6 @@ public:
             return In(nullptr);
         case EOperation::Out:
             return Out();
-        case EOperation::InTwo:
-            return InTwo();
-        case EOperation::OutSome:
-            return OutSome();
         case EOperation::Release:
             RC_ASSERT(m_fifo.ReleaseAllContent());
             m_model.clear();
@@ -106,43 +99,6 @@ private:
         }
     }
 
-    // Both or none, and never a record.
-    void InTwo()
-    {
-        SCountedElement* elements[] = {new SCountedElement, new SCountedElement};
-        const bool bRoom = m_model.size() + 2 <= m_capacity;
-        const bool bQueued = m_fifo.In_Many(elements, 2);
-        for (SCountedElement* element : elements)
-        {
-            if (bQueued)
-            {
-                m_model.push_back(element);
-            }
-            else
-            {
-                delete element;
-            }
-        }
-        RC_ASSERT(bQueued == bRoom);
-    }
-
-    // Every second one, three at most.
-    void OutSome()
-    {
-        SCountedElement* elements[3] = {};
-        const std::size_t expected = std::min<std::size_t>(3, (m_model.size() + 1) / 2);
-        RC_ASSERT(static_cast<std::size_t>(m_fifo.Out_Many(elements, 3, 2)) == expected);
-        for (std::size_t i = 0; i < expected; ++i)
-        {
-            RC_ASSERT(elements[i] == m_model.front());
-            m_model.pop_front();
-            if (elements[i] != nullptr)
-            {
-                m_taken.push_back(elements[i]);
-            }
-        }
-    }
-
     CLogCapture m_capture;
     std::size_t m_capacity;
     CKelThreadPtrFIFO_T<SCountedElement> m_fifo;
@@ -156,13 +112,8 @@ private:
 RC_GTEST_PROP(KelThreadPtrFIFO_TModel, AnySequenceOfOperationsBehavesLikeABoundedDeque, ())
 {
     const int capacity = *rc::gen::inRange(1, 6);
-    const auto operations =
-        *rc::gen::container<std::vector<EOperation>>(rc::gen::weightedElement<EOperation>({{8, EOperation::In},
-                                                                                           {1, EOperation::InNull},
-                                                                                           {7, EOperation::Out},
-                                                                                           {3, EOperation::InTwo},
-                                                                                           {3, EOperation::OutSome},
-                                                                                           {1, EOperation::Release}}));
+    const auto operations = *rc::gen::container<std::vector<EOperation>>(rc::gen::weightedElement<EOperation>(
+        {{8, EOperation::In}, {1, EOperation::InNull}, {7, EOperation::Out}, {1, EOperation::Release}}));
     CComparison comparison(capacity);
     for (const EOperation operation : operations)
     {

@@ -130,56 +130,6 @@ TEST(KelThreadPtrFIFO_T, InOnAFullFIFOIsOneRecordEachTimeAndChangesNothing)
     EXPECT_FALSE(fifo.Out(element));
 }
 
-TEST(KelThreadPtrFIFO_T, ManyGoInTogetherOrNotAtAll)
-{
-    const CLogCapture capture;
-    CIntFIFO fifo(4);
-    int values[5] = {};
-    int* elements[] = {&values[0], &values[1], &values[2], &values[3], &values[4]};
-    EXPECT_FALSE(fifo.In_Many(elements, 5));
-    EXPECT_TRUE(fifo.In_Many(elements, 0));
-    EXPECT_FALSE(HasData(fifo));
-    EXPECT_TRUE(fifo.In_Many(elements, 3));
-    EXPECT_TRUE(HasData(fifo));
-    EXPECT_TRUE(HasSpace(fifo));
-    EXPECT_FALSE(fifo.In_Many(elements + 3, 2));
-    EXPECT_TRUE(fifo.In_Many(elements + 3, 1));
-    EXPECT_FALSE(HasSpace(fifo));
-    for (int i = 0; i < 4; ++i)
-    {
-        int* element = nullptr;
-        ASSERT_TRUE(fifo.Out(element));
-        EXPECT_EQ(element, &values[i]);
-    }
-    EXPECT_FALSE(HasData(fifo));
-    EXPECT_THAT(capture.Summary(), IsEmpty()); // who is refused goes on one by one, and then there are records
-}
-
-TEST(KelThreadPtrFIFO_T, ManyComeOutOldestFirstWithinTheLimitAndTheShare)
-{
-    CIntFIFO fifo(9);
-    int values[9] = {};
-    for (int& value : values)
-    {
-        ASSERT_TRUE(fifo.In(&value));
-    }
-    int* elements[9] = {};
-    EXPECT_EQ(fifo.Out_Many(elements, 2, 1), 2); // the limit
-    EXPECT_TRUE(HasSpace(fifo));
-    EXPECT_EQ(fifo.Out_Many(elements + 2, 9, 3), 3); // a third of seven, rounded up
-    EXPECT_EQ(fifo.Out_Many(elements + 5, 9, 100), 1);
-    EXPECT_TRUE(HasData(fifo));
-    EXPECT_EQ(fifo.Out_Many(elements + 6, 9, 1), 3); // what there is
-    EXPECT_FALSE(HasData(fifo));
-    for (int i = 0; i < 9; ++i)
-    {
-        EXPECT_EQ(elements[i], &values[i]);
-    }
-    elements[0] = nullptr;
-    EXPECT_EQ(fifo.Out_Many(elements, 9, 1), 0);
-    EXPECT_EQ(elements[0], nullptr);
-}
-
 TEST(KelThreadPtrFIFO_T, WithCapacityOneTheEventsAlternate)
 {
     const CLogCapture capture;
@@ -334,8 +284,8 @@ TEST(KelThreadPtrFIFO_T, CarriesBandSetsAsOneStepsInput)
     CKelThreadPtrFIFO_T<SBandSet> fifo(2);
     auto* set = new SBandSet;
     ASSERT_TRUE(set->AllocateBuffer(2, true));
-    set->m_pBuffer[0] = new CBandData;
-    set->m_pBuffer[1] = new CBandData;
+    set->data[0] = new CBandData;
+    set->data[1] = new CBandData;
     ASSERT_TRUE(fifo.In(set));
     ASSERT_TRUE(fifo.In(nullptr)); // the end of the input
 
@@ -344,8 +294,8 @@ TEST(KelThreadPtrFIFO_T, CarriesBandSetsAsOneStepsInput)
     ASSERT_TRUE(fifo.Out(taken));
     ASSERT_EQ(taken, set);
     ASSERT_EQ(taken->count, 2);
-    delete taken->m_pBuffer[0];
-    delete taken->m_pBuffer[1];
+    delete taken->data[0];
+    delete taken->data[1];
     delete taken;
     ASSERT_TRUE(fifo.Out(taken));
     EXPECT_EQ(taken, nullptr);
@@ -353,78 +303,3 @@ TEST(KelThreadPtrFIFO_T, CarriesBandSetsAsOneStepsInput)
 }
 
 // Waiting for many.
-
-TEST(KelThreadPtrFIFO_T, AFIFOThatHoldsAnElementIsNotWaitedFor)
-{
-    CKelThreadPtrFIFO_T<int> fifo(4);
-    ASSERT_TRUE(fifo.In(new int(1)));
-    const CStopWatch watch;
-    EXPECT_TRUE(fifo.HasData_WaitForMany(3, testPatienceMs));
-    EXPECT_LT(watch.Elapsed(), testPatience / 2);
-}
-
-TEST(KelThreadPtrFIFO_T, AnEmptyFIFOIsWaitedForUntilTheTimeIsOver)
-{
-    CKelThreadPtrFIFO_T<int> fifo(4);
-    const CStopWatch watch;
-    EXPECT_FALSE(fifo.HasData_WaitForMany(3, 20));
-    EXPECT_GE(watch.Elapsed(), std::chrono::milliseconds(20));
-    fifo.HasData_Hurry(); // nobody waits any more
-}
-
-TEST(KelThreadPtrFIFO_T, EnoughElementsEndTheWaitForMany)
-{
-    for (int round = 0; round < 1000; ++round)
-    {
-        CKelThreadPtrFIFO_T<int> fifo(4);
-        std::atomic<bool> bHasData{false};
-        const CStopWatch watch;
-        std::thread waiter([&] { bHasData = fifo.HasData_WaitForMany(3, testPatienceMs); });
-        for (int i = 0; i < 3; ++i)
-        {
-            if ((round + i) % 8 == 0)
-            {
-                std::this_thread::sleep_for(std::chrono::microseconds(round % 64));
-            }
-            ASSERT_TRUE(fifo.In(new int(i)));
-        }
-        waiter.join();
-        ASSERT_TRUE(bHasData);
-        ASSERT_LT(watch.Elapsed(), testPatience / 2) << round;
-    }
-}
-
-TEST(KelThreadPtrFIFO_T, AHurryEndsTheWaitForManyWithWhatThereIs)
-{
-    for (int round = 0; round < 1000; ++round)
-    {
-        CKelThreadPtrFIFO_T<int> fifo(4);
-        std::atomic<bool> bHasData{false};
-        const CStopWatch watch;
-        std::thread waiter([&] { bHasData = fifo.HasData_WaitForMany(3, testPatienceMs); });
-        if (round % 4 == 0)
-        {
-            std::this_thread::sleep_for(std::chrono::microseconds(round % 64));
-        }
-        ASSERT_TRUE(fifo.In(new int(0)));
-        fifo.HasData_Hurry();
-        waiter.join();
-        ASSERT_TRUE(bHasData);
-        ASSERT_LT(watch.Elapsed(), testPatience / 2) << round;
-    }
-}
-
-TEST(KelThreadPtrFIFO_T, AWaitForManyDoesNotDelayThoseWhoWaitForTheEvent)
-{
-    CKelThreadPtrFIFO_T<int> fifo(4);
-    std::atomic<int> releasedCount{0};
-    std::thread patient([&] { releasedCount += fifo.HasData_WaitForMany(4, testPatienceMs) ? 1 : 0; });
-    std::thread other([&] { releasedCount += fifo.HasDataEvent().Wait(testPatienceMs, 0) ? 1 : 0; });
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    ASSERT_TRUE(fifo.In(new int(0)));
-    other.join();
-    EXPECT_GE(releasedCount, 1);
-    fifo.HasData_Hurry();
-    patient.join();
-    EXPECT_EQ(releasedCount, 2);
-}

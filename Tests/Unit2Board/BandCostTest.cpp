@@ -64,7 +64,7 @@ TEST(BandCost, ABandAllocatesItsThreadsAndItsElementsAndNothingElse)
 {
     constexpr std::int64_t arrays = 4;     // source bands, generators, elements, the line buffer's table
     constexpr std::int64_t buffer = 1 + 3; // the line buffer and its name
-    constexpr std::int64_t fifos = 3 * 3;  // each with its ring and its flag
+    constexpr std::int64_t fifos = 3 * 4;  // each with its ring, its flag and its count
     constexpr std::int64_t elements = 20;
     constexpr std::int64_t thread = 2;             // its record, and what this executable's own CreateThread adds
     constexpr std::int64_t generator = 2 + thread; // itself and its name

@@ -334,42 +334,6 @@ TEST_F(ConverterState, ALineThatCannotBeQueuedEndsTheConverterAndLeaksNoElement)
     EXPECT_EQ(AddedCount(), 0);
 }
 
-TEST_F(ConverterState, ALineThatCannotBeQueuedBehindOthersLeavesThoseQueuedAndTheRestFree)
-{
-    Begin(45);
-    ASSERT_TRUE(Step());
-    Fill(*Buffer().InFIFO());
-    for (int i = 0; i < 3; ++i)
-    {
-        int* element = nullptr;
-        ASSERT_TRUE(Buffer().InFIFO()->Out(element)); // room for three
-        delete element;
-    }
-    EXPECT_FALSE(Step());
-    EXPECT_EQ(AddedCount(), 3);
-    EXPECT_EQ(Count_Of(*Buffer().EmptyFIFO()), 16); // of twenty; one is lost
-    EXPECT_EQ(Count_Of(*Buffer().InFIFO()), 20);
-}
-
-TEST_F(ConverterState, AnElementThatCannotBeRecycledBehindOthersLeavesTheRestFinished)
-{
-    Begin_HandedOut(45);
-    for (int i = 0; i < 10; ++i)
-    {
-        Line_Finish();
-    }
-    Fill(*Buffer().EmptyFIFO());
-    for (int i = 0; i < 4; ++i)
-    {
-        int* element = nullptr;
-        ASSERT_TRUE(Buffer().EmptyFIFO()->Out(element));
-        delete element;
-    }
-    EXPECT_FALSE(Step());
-    EXPECT_EQ(FinishedCount(), 4);
-    EXPECT_EQ(Count_Of(*Buffer().FullFIFO()), 5);
-}
-
 TEST_F(ConverterState, AFinishedLineThatCannotBeTakenEndsTheConverter)
 {
     Begin_HandedOut(45);

@@ -115,29 +115,6 @@ TEST(ConverterThread, OneGeneratorHasTheOtherNineteenLinesQueued)
     EXPECT_EQ(job.map.CallCount(), 40U);
 }
 
-// What is queued while every generator is in the middle of a line: the rest of the twenty.
-TEST(ConverterThread, FewGeneratorsTakeManyLinesAtOnceAndManyTakeOne)
-{
-    const std::vector<std::pair<int, int>> cases = {{1, 20 - 10}, {2, 20 - 5 - 4}, {10, 20 - 10}, {32, 0}};
-    for (const auto& [generatorCount, queuedCount] : cases)
-    {
-        SBandJob job(1, 100);
-        CTurnstile turnstile;
-        job.map.m_script = [&](const SLineCall&) { return turnstile.Pass(); };
-        CWatchedConverter converter;
-        ASSERT_TRUE(job.Create(converter, generatorCount));
-        ASSERT_TRUE(turnstile.WaitEntered(std::min(generatorCount, 20)));
-        auto& fifo = *SAccess::LineBuffer(converter)->InFIFO();
-        std::vector<int*> queued(20);
-        queued.resize(static_cast<std::size_t>(fifo.Out_Many(queued.data(), 20, 1)));
-        EXPECT_EQ(queued.size(), static_cast<std::size_t>(queuedCount)) << generatorCount << " generators";
-        ASSERT_TRUE(fifo.In_Many(queued.data(), static_cast<int>(queued.size())));
-        turnstile.Admit(100);
-        EXPECT_TRUE(converter.WaitExit(testPatienceMs));
-        EXPECT_EQ(job.map.CallCount(), 100U);
-    }
-}
-
 TEST(ConverterThread, EveryGeneratorMakesAScratchObjectOfItsOwn)
 {
     SBandJob job(1, 8);

@@ -56,17 +56,6 @@ protected:
         ASSERT_EQ(State(), 3);
     }
 
-    // The same, in state 1, with `lineCount` lines queued of which it takes one in `share` at once.
-    void Begin_WithQueue(int lineCount, int share)
-    {
-        Begin(1, 20, 20);
-        m_generator.LineShare_Set(share);
-        for (int line = 0; line < lineCount; ++line)
-        {
-            Line_HandOut(line);
-        }
-    }
-
     void Line_HandOut(int line)
     {
         int* element = nullptr;
@@ -177,118 +166,6 @@ TEST_F(LineGenerator, AQueuedLineIsTakenAtOnceOldestFirst)
 }
 
 // Several at once, as a converter with few generators lets it.
-
-TEST_F(LineGenerator, LinesThatItTookTogetherGoBackTogetherInTheirOrder)
-{
-    Begin_WithQueue(20, 4);
-    ASSERT_TRUE(Step());
-    for (int line = 0; line < 5; ++line) // a fourth of twenty
-    {
-        EXPECT_FALSE(m_buffer.FullFIFO()->HasDataEvent().Wait(0));
-        EXPECT_TRUE(Step());
-        ASSERT_NE(LineIndex(), nullptr);
-        EXPECT_EQ(*LineIndex(), line);
-        EXPECT_EQ(State(), 3);
-        EXPECT_TRUE(Step());
-        EXPECT_TRUE(Step());
-        EXPECT_EQ(LineIndex(), nullptr);
-        EXPECT_EQ(State(), 2);
-    }
-    for (int line = 0; line < 5; ++line)
-    {
-        int* element = nullptr;
-        ASSERT_TRUE(m_buffer.Full_Out(element, 0));
-        EXPECT_EQ(*element, line);
-        ASSERT_TRUE(m_buffer.Empty_In(element, 0));
-    }
-    EXPECT_TRUE(Step());
-    EXPECT_EQ(*LineIndex(), 5);
-    Scratch_Release();
-}
-
-TEST_F(LineGenerator, ItLeavesTheOthersTheirShare)
-{
-    Begin_WithQueue(9, 4);
-    ASSERT_TRUE(Step());
-    EXPECT_TRUE(Step());
-    int* element = nullptr;
-    ASSERT_TRUE(m_buffer.Wait_Out(element, 0));
-    EXPECT_EQ(*element, 3); // it took 0, 1 and 2
-    ASSERT_TRUE(m_buffer.Empty_In(element, 0));
-    Scratch_Release();
-}
-
-TEST_F(LineGenerator, AFailureGivesBackWhatItTookButForTheLineThatFailed)
-{
-    Begin_WithQueue(20, 4);
-    m_pJob->map.m_script = [](const SLineCall& call) { return call.line != 2; };
-    while (Step())
-    {
-    }
-    ASSERT_NE(LineIndex(), nullptr);
-    EXPECT_EQ(*LineIndex(), 2);
-    Scratch_Release(); // what its thread does last
-    EXPECT_EQ(*LineIndex(), 2);
-    const auto take = [](CKelThreadPtrFIFO_T<int>& fifo)
-    {
-        std::vector<int> lines;
-        for (int* element = nullptr; fifo.Out(element);)
-        {
-            lines.push_back(*element);
-            delete element;
-        }
-        return lines;
-    };
-    EXPECT_THAT(take(*m_buffer.FullFIFO()), ElementsAre(0, 1));
-    EXPECT_THAT(take(*m_buffer.InFIFO()), ElementsAre(5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 3, 4));
-}
-
-TEST_F(LineGenerator, AStopBetweenTwoLinesGivesBackWhatIsLeft)
-{
-    Begin_WithQueue(20, 2);
-    for (int step = 0; step < 1 + 3 * 3; ++step)
-    {
-        ASSERT_TRUE(Step());
-    }
-    ASSERT_EQ(LineIndex(), nullptr);
-    Scratch_Release();
-    int finishedCount = 0;
-    for (int* element = nullptr; m_buffer.FullFIFO()->Out(element); ++finishedCount)
-    {
-        delete element;
-    }
-    EXPECT_EQ(finishedCount, 3);
-    int leftCount = 0;
-    for (int* element = nullptr; m_buffer.InFIFO()->Out(element); ++leftCount)
-    {
-        delete element;
-    }
-    EXPECT_EQ(leftCount, 17);
-}
-
-TEST_F(LineGenerator, FinishedLinesThatFindNoRoomTogetherGoBackOneByOne)
-{
-    Begin_WithQueue(20, 10);
-    for (int step = 0; step < 1 + 3 + 2; ++step) // one is finished, the other about to go back
-    {
-        ASSERT_TRUE(Step());
-    }
-    while (m_buffer.FullFIFO()->HasSpaceEvent().Wait(0))
-    {
-        ASSERT_TRUE(m_buffer.FullFIFO()->In(new int(-1)));
-    }
-    int* element = nullptr;
-    ASSERT_TRUE(m_buffer.FullFIFO()->Out(element)); // room for one
-    delete element;
-    const CLogCapture log;
-    EXPECT_FALSE(Step());
-    EXPECT_THAT(log.SummaryWithLines(),
-                ElementsAre("2 failure @KelThreadPtrFIFO_T:144", "2 failure @KelThreadPtrFIFO_T:144",
-                            "2 failure @Unit2Board_Line:124", "2 m_processState = 4 @Unit2Board_Line:68"));
-    ASSERT_NE(LineIndex(), nullptr);
-    EXPECT_EQ(*LineIndex(), 1);
-    Scratch_Release(); // the leak checker looks on
-}
 
 TEST_F(LineGenerator, ALineThatComesDuringTheWaitIsTakenByTheSameStep)
 {
