@@ -5,6 +5,7 @@
 // conversion is held against. BM_MapOnly maps the same lines on one thread without a converter: the difference to
 // BM_Converter with one generator is what handing lines around costs.
 #include "DataMap/PrintUnitDataMap_5.h"
+#include "KelCommon/KelWait.h"
 #include "Platform/BandData/BandData.h"
 #include "Unit2Board/Unit2Board.h"
 
@@ -68,7 +69,7 @@ public:
     {
         CUnit2Board converter;
         Require(converter.Create(generatorCount, m_pointers.data(), unitCount, m_board, m_map), "the converter");
-        Require(converter.WaitExit(4294967295U), "the converter's end");
+        Require(converter.WaitExit(kelWait_WithoutLimit), "the converter's end");
     }
 
     void MapOnly()

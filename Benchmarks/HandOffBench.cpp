@@ -9,6 +9,7 @@
 #include "Benchmarks/Figures.h"
 #include "DataMap/PrintUnitDataMap_5.h"
 #include "KelCommon/KelThreadPtrFIFO_T.h"
+#include "KelCommon/KelWait.h"
 #include "Platform/BandData/BandData.h"
 #include "Platform/Thread/CreateThread.h"
 #include "Platform/Thread/CustomManualResetEvent.h"
@@ -33,8 +34,6 @@ namespace
 
 constexpr int elementCount = 20;
 constexpr int handOffsPerRound = 50'000;
-constexpr unsigned long patienceMs = 100;
-constexpr unsigned withoutLimit = 4294967295U;
 
 // The queues under one pair of names.
 
@@ -45,7 +44,7 @@ public:
     {
         while (!m_fifo.In(element))
         {
-            m_fifo.HasSpaceEvent().Wait(patienceMs, 0);
+            m_fifo.HasSpaceEvent().Wait(kelWait_Retried, 0);
         }
     }
     int* Take()
@@ -53,7 +52,7 @@ public:
         int* element = nullptr;
         while (!m_fifo.Out(element))
         {
-            m_fifo.HasDataEvent().Wait(patienceMs, 0);
+            m_fifo.HasDataEvent().Wait(kelWait_Retried, 0);
         }
         return element;
     }
@@ -165,7 +164,7 @@ public:
     void Set() { m_event.Set(); }
     void Wait()
     {
-        while (!m_event.Wait(patienceMs, 0))
+        while (!m_event.Wait(kelWait_Retried, 0))
         {
         }
         m_event.Reset();
@@ -288,7 +287,7 @@ public:
                 CBandData* source = &m_source;
                 CUnit2Board converter;
                 Require(converter.Create(generatorCount, &source, 1, m_board, m_map), "the converter");
-                Require(converter.WaitExit(withoutLimit), "the converter's end");
+                Require(converter.WaitExit(kelWait_WithoutLimit), "the converter's end");
             });
     }
 

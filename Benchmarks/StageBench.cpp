@@ -12,6 +12,7 @@
 // --curves varies one parameter and leaves the others. README.md beside this file tells how to read the result.
 #include "Benchmarks/Figures.h"
 #include "DataMap/DataMapKernel.h"
+#include "KelCommon/KelWait.h"
 #include "Platform/BandData/BandMemory.h"
 #include "Platform/DataProcess/BandDataFIFO.h"
 #include "Platform/DataProcess/BandDataFIFO_S.h"
@@ -31,8 +32,6 @@
 
 namespace
 {
-
-constexpr unsigned long patienceMs = 100;
 
 struct SCase
 {
@@ -155,7 +154,7 @@ public:
         m_bEnd = true;
         m_producer.join();
         m_stage.Stop();
-        m_stage.WaitExit(4294967295U);
+        m_stage.WaitExit(kelWait_WithoutLimit);
     }
     CStageRun(const CStageRun&) = delete;
     CStageRun& operator=(const CStageRun&) = delete;
@@ -169,7 +168,7 @@ public:
         for (int i = 0; i < count; ++i)
         {
             CBandData* raw = nullptr;
-            while (!m_stage.OutputProcessor_Get()->Out(raw, patienceMs))
+            while (!m_stage.OutputProcessor_Get()->Out(raw, kelWait_Retried))
             {
                 Require(!m_stage.WaitExit(0), "the stage's success");
             }
@@ -200,14 +199,14 @@ private:
             for (auto& fifo : m_fifos)
             {
                 CBandData* band = nullptr;
-                while (!fifo->Empty_Out(band, patienceMs))
+                while (!fifo->Empty_Out(band, kelWait_Retried))
                 {
                     if (m_bEnd)
                     {
                         return;
                     }
                 }
-                fifo->Full_In(band, patienceMs);
+                fifo->Full_In(band, kelWait_Retried);
             }
             ++m_given;
         }

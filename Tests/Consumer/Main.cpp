@@ -5,6 +5,7 @@
 // was as it should be.
 #include "DataMap/DataMappingVersion.h"
 #include "DataMap/PrintUnitDataMap_5.h"
+#include "KelCommon/KelWait.h"
 #include "Platform/DataProcess/BandDataFIFO.h"
 #include "Platform/DataProcess/BandDataFIFO_S.h"
 #include "Platform/GlobalConfig/DPConfig.h"
@@ -28,7 +29,6 @@ namespace
 constexpr int nozzleCount = 8;
 constexpr int lineCount = 2;
 constexpr int boardLineBytes = 16; // a frame of 16 bits for each of 8 nozzles
-constexpr unsigned withoutLimit = 4294967295U;
 
 using BoardBytes = std::array<unsigned char, lineCount * boardLineBytes>;
 
@@ -86,7 +86,7 @@ void Output_Check(CUnitData2BoardData_Base& stage, const BoardBytes& expected)
               "the board bytes");
     }
     Check(bandCount == 1, "one board band");
-    Check(stage.WaitExit(withoutLimit), "the stage ends");
+    Check(stage.WaitExit(kelWait_WithoutLimit), "the stage ends");
     Check(stage.IsThreadSuccess(), "the stage ends well");
 }
 

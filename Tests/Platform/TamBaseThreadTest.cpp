@@ -545,7 +545,7 @@ TEST(TamBaseThread, WaitExitWithAllBitsSetWaitsAsLongAsItTakes)
         return false;
     };
     ASSERT_TRUE(worker.Start("Worker"));
-    auto exit = std::async(std::launch::async, [&] { return worker.WaitExit(4294967295U); });
+    auto exit = std::async(std::launch::async, [&] { return worker.WaitExit(withoutLimit); });
     EXPECT_EQ(exit.wait_for(50ms), std::future_status::timeout);
     release.Raise();
     EXPECT_TRUE(exit.get());

@@ -2,6 +2,8 @@
 // other side never comes fails instead of hanging.
 #pragma once
 
+#include "KelCommon/KelWait.h"
+
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
@@ -11,7 +13,7 @@
 // Long enough for the slowest machine under a sanitizer; nobody sits through it unless something is wrong.
 constexpr std::chrono::seconds testPatience{60};
 constexpr unsigned testPatienceMs = 60'000;
-constexpr unsigned withoutLimit = 4294967295U;
+constexpr unsigned withoutLimit = kelWait_WithoutLimit;
 
 class CTestSignal
 {
