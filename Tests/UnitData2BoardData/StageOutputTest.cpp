@@ -185,6 +185,23 @@ TEST_F(StageOutput, AnInputWithFewerLinesLeavesTheOthersAsTheyWereMade)
     EXPECT_THAT(Bytes(*m_stage.m_pOutputBand, 1, 32), Each(0));
 }
 
+// What lies in memory behind an input's last line is not one of its lines.
+TEST_F(StageOutput, TheLineBehindAnInputsLastOneIsNotMapped)
+{
+    Stage_Prepare(0);
+    m_stage.m_pInputElements->push_back({Band_Make(0, 8, 3).release(), nullptr});
+    ASSERT_TRUE(m_stage.AllocateOutputBuffer());
+    auto shorter = Band_Make(0, 8, 3);
+    std::fill_n(shorter->m_pData, shorter->m_dataSize, static_cast<unsigned char>(0xFF));
+    shorter->m_height = 1;
+    for (int line = 0; line < 3; ++line)
+    {
+        EXPECT_TRUE(m_stage.MapBandData_Line_OneInput(line, *shorter));
+    }
+    EXPECT_EQ(m_stage.m_pOutputBand->m_pData[0], 0x80);
+    EXPECT_THAT(Bytes(*m_stage.m_pOutputBand, 16, 32), Each(0));
+}
+
 TEST_F(StageOutput, WithoutInputsALineIsDone)
 {
     EXPECT_TRUE(m_stage.MapBandData_Line_AllInput(0));
