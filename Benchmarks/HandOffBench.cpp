@@ -26,6 +26,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <thread>
 
@@ -257,26 +258,33 @@ double StandardThread_Seconds()
     return Seconds_Of([] { std::thread([] {}).join(); });
 }
 
-// A map that leaves the line alone: what is left is the converter.
-class CIdleMap : public CPrintUnitDataMap_5
+// A client's map: whatever it does in a line, it is not one of the library's own, and gets its lines one by one.
+class CClientMap : public CPrintUnitDataMap_5
 {
 public:
-    bool MapData_Line(const SSrcBandDataParam& /*param*/, const unsigned char* /*src*/, unsigned char* /*dst*/,
-                      int /*dstByteCount*/) const override
+    bool MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
+                      int dstByteCount) const override
     {
-        return true;
+        return m_bIdle || CPrintUnitDataMap_5::MapData_Line(param, src, dst, dstByteCount);
     }
+    bool m_bIdle = false; // leaves the line alone: what is left is the converter
 };
 
 // One band through a converter, from its construction to its destruction.
 class CBandJob
 {
 public:
-    explicit CBandJob(int lineCount)
+    CBandJob(const CPrintUnitDataMap_5& map, int unitCount, int pixelCount, int lineCount)
+        : m_map(map), m_lineCount(lineCount)
     {
-        Require(m_map.Init(1, 16), "the map");
-        Require(m_source.Create(400, lineCount, 1, 1), "the source");
-        Require(m_board.Create(m_map.SrcPixelCount_2_BoardBitCount(400), lineCount, 1, 1), "the board");
+        for (int unit = 0; unit < unitCount; ++unit)
+        {
+            m_sources.push_back(std::make_unique<CBandData>());
+            Require(m_sources.back()->Create(pixelCount, lineCount, 1, 1), "a source");
+            m_sources.back()->m_unitIndex = unit;
+            m_pointers.push_back(m_sources.back().get());
+        }
+        Require(m_board.Create(m_map.SrcPixelCount_2_BoardBitCount(pixelCount), lineCount, 1, 1), "the board");
     }
 
     double Seconds(int generatorCount)
@@ -284,16 +292,20 @@ public:
         return Seconds_Of(
             [&]
             {
-                CBandData* source = &m_source;
                 CUnit2Board converter;
-                Require(converter.Create(generatorCount, &source, 1, m_board, m_map), "the converter");
+                Require(converter.Create(generatorCount, m_pointers.data(), static_cast<int>(m_pointers.size()),
+                                         m_board, m_map),
+                        "the converter");
                 Require(converter.WaitExit(kelWait_WithoutLimit), "the converter's end");
             });
     }
+    int LineCount() const { return m_lineCount; }
 
 private:
-    CIdleMap m_map;
-    CBandData m_source;
+    const CPrintUnitDataMap_5& m_map;
+    int m_lineCount;
+    std::vector<std::unique_ptr<CBandData>> m_sources;
+    std::vector<CBandData*> m_pointers;
     CBandData m_board;
 };
 
@@ -367,19 +379,35 @@ void Thread_Measure(CFigures& figures, int rounds)
 
 void Band_Measure(CFigures& figures, int rounds)
 {
-    constexpr int lineCount = 30'000;
     constexpr double goalUs = 150;
-    CBandJob single(1);
-    CBandJob many(lineCount);
+    CPrintUnitDataMap_5 style;
+    CClientMap client;
+    CClientMap idleClient;
+    idleClient.m_bIdle = true;
+    Require(style.Init(1, 16) && client.Init(1, 16) && idleClient.Init(1, 16), "the maps");
+    CBandJob single(style, 1, 400, 1);
+    CBandJob hundred(style, 16, 400, 100);
+    CBandJob idle(idleClient, 1, 400, 30'000);
+    CBandJob short8(style, 1, 8, 300'000);
+    CBandJob clients(client, 16, 400, 10'000);
     for (const int generatorCount : {1, 2, 4})
     {
         const std::string with = " with " + std::to_string(generatorCount) + " generators";
-        const auto medians = Medians_InTurns(rounds * 10, {[&] { return single.Seconds(generatorCount); }});
+        const auto bands = Medians_InTurns(rounds * 10, {[&] { return single.Seconds(generatorCount); },
+                                                         [&] { return hundred.Seconds(generatorCount); }});
         const bool bGoal = generatorCount == 2;
-        figures.Add({"fixed cost of a band" + with, bGoal ? "< 150 us" : "", medians[0] * 1e6, "us",
-                     medians[0] * 1e6 / goalUs});
-        const auto lines = Medians_InTurns(rounds, {[&] { return many.Seconds(generatorCount); }});
-        figures.Add({"a line through the converter" + with, "", lines[0] / lineCount * 1e9, "ns", 0});
+        figures.Add(
+            {"fixed cost of a band" + with, bGoal ? "< 150 us" : "", bands[0] * 1e6, "us", bands[0] * 1e6 / goalUs});
+        figures.Add({"a band of 16 units x 400 pixels x 100 lines" + with, "", bands[1] * 1e6, "us", 0});
+        const auto lines = Medians_InTurns(rounds, {[&] { return idle.Seconds(generatorCount); },
+                                                    [&] { return short8.Seconds(generatorCount); },
+                                                    [&] { return clients.Seconds(generatorCount); }});
+        const auto add = [&](const char* what, double seconds, const CBandJob& job) {
+            figures.Add({what + with, "", seconds / job.LineCount() * 1e9, "ns", 0});
+        };
+        add("a line of a client's map that does nothing", lines[0], idle);
+        add("a line of 8 pixels of a style's map", lines[1], short8);
+        add("a line of 16 units x 400 pixels of a client's map", lines[2], clients);
     }
 }
 
