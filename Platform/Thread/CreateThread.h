@@ -30,12 +30,15 @@ constexpr DWORD WAIT_OBJECT_0 = 0;
 constexpr DWORD WAIT_TIMEOUT = 258;
 
 // Starts a thread that runs `startRoutine(parameter)`; its return value becomes the exit code (32 bits). Returns the
-// thread's handle, to be closed with CloseHandle, or null when the system cannot start one. `*threadId` (if not null)
-// receives a number that no other thread of this process has had. `securityAttributes` must be null, `stackSize` 0 asks
-// for the process default, and `creationFlags` must be 0: any other flag is refused with null.
+// thread's handle, to be closed with CloseHandle, or null when the system has no thread or no memory left; it throws
+// nothing. `*threadId` (if not null) receives a number that no other thread of this process has had.
+// `securityAttributes` must be null, `stackSize` 0 asks for the process default, and `creationFlags` must be 0: any
+// other flag is refused with null.
 //
-// A thread with the default stack may run on a system thread that has run another one before, and that has slept since:
-// what is thread_local there may be older than the thread, and its destructors run later.
+// A thread with the default stack may run on a system thread that has run another one before, and that has slept since.
+// It starts as a new one would: with the signal mask, the processor affinity, the niceness and scheduling policy, the
+// name and the floating-point environment of the thread that calls CreateThread. But what is thread_local there may be
+// older than the thread, and its destructors run later.
 PLATFORM_API HANDLE CreateThread(void* securityAttributes, std::size_t stackSize, ThreadStartRoutine startRoutine,
                                  void* parameter, DWORD creationFlags, DWORD* threadId);
 

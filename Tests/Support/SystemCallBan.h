@@ -22,6 +22,16 @@ inline void Allocator_Share()
     mallopt(M_ARENA_MAX, 1);
 }
 
+// The calls that bands make once everything that is made once is there: those that sleep and wake, and the four by
+// which a thread learns its own attributes. Who starts a worker asks for its own, which the worker must begin with, and
+// a worker's thread asks when its run is over: whether it can be used again cannot be known without.
+inline std::initializer_list<unsigned> SystemCalls_OfAWarmBand()
+{
+    static constexpr std::initializer_list<unsigned> calls = {SYS_futex, SYS_rt_sigprocmask, SYS_sched_getaffinity,
+                                                              SYS_sched_getattr, SYS_prctl};
+    return calls;
+}
+
 // From now on the process, all of its threads, may make these system calls and end; any other kills it.
 inline bool SystemCalls_Forbid(std::initializer_list<unsigned> allowed)
 {

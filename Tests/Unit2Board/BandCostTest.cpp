@@ -80,7 +80,7 @@ TEST(BandCost, ABandAllocatesItsThreadsAndItsElementsAndNothingElse)
     }
 }
 
-TEST(BandCostDeathTest, AWarmBandMakesNoSystemCallButToSleepAndToWake)
+TEST(BandCostDeathTest, AWarmBandMakesNoSystemCallButToSleepToWakeAndToReadThreadAttributes)
 {
     const auto convertUnderTheBan = []
     {
@@ -91,7 +91,7 @@ TEST(BandCostDeathTest, AWarmBandMakesNoSystemCallButToSleepAndToWake)
         {
             bOk = band.Convert(3) && bOk;
         }
-        bOk = SystemCalls_Forbid({SYS_futex}) && bOk;
+        bOk = SystemCalls_Forbid(SystemCalls_OfAWarmBand()) && bOk;
         for (int i = 0; i < 20; ++i)
         {
             bOk = band.Convert(3) && bOk;
@@ -107,7 +107,7 @@ TEST(BandCostDeathTest, TheHarnessCatchesAThreadThatIsNotAsleepYet)
     {
         CRealBand band(1);
         SleepingThreads_End();
-        SystemCalls_Forbid({SYS_futex});
+        SystemCalls_Forbid(SystemCalls_OfAWarmBand());
         band.Convert(1); // has to make system threads
         Process_End(0);
     };

@@ -122,14 +122,14 @@ TEST(StageCost, AStepAllocatesWhatItAlwaysDoes)
     }
 }
 
-TEST(StageCostDeathTest, AWarmStepMakesNoSystemCallButToSleepAndToWake)
+TEST(StageCostDeathTest, AWarmStepMakesNoSystemCallButToSleepToWakeAndToReadThreadAttributes)
 {
     const auto stepUnderTheBan = []
     {
         Allocator_Share();
         CRunningStage stage(2, 2000);
         bool bOk = stage.Steps_Run(40);
-        bOk = SystemCalls_Forbid({SYS_futex}) && bOk;
+        bOk = SystemCalls_Forbid(SystemCalls_OfAWarmBand()) && bOk;
         bOk = stage.Steps_Run(40) && bOk;
         Process_End(bOk ? 0 : 1);
     };
