@@ -2,7 +2,7 @@
 //
 // A board band is made and freed for every step, always of about the same size. Memory that is fresh from the system
 // costs a page fault for every few kilobytes, many times what clearing it costs. So a block that a band gives back is
-// kept for the next band that it fits.
+// cleared, by who gives it back, and kept for the next band that it fits.
 //
 // What is kept is bounded by what was in use: blocks in use and kept blocks together are never more than the most that
 // was in use at once lately, that is, during the current and the previous round of some dozens of blocks given back.

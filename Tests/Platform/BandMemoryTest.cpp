@@ -220,6 +220,115 @@ TEST_F(BandMemory, BandsOfAllSizesAreZeroWhateverTheMemoryHeldBefore)
     EXPECT_GT(Reused(), 0);
 }
 
+// Bands of every size and place that one block serves, each overwriting all that it may.
+TEST_F(BandMemory, AKeptBlockIsZeroWhereverAndHoweverLargeTheBandsInItWere)
+{
+    const CBlock pool(blockSize);
+    const std::size_t sizes[] = {blockSize, blockSize - 4093, blockSize - 1, blockSize - 8192, blockSize - 64};
+    std::set<std::uintptr_t> places;
+    for (int i = 0; i < 400; ++i)
+    {
+        CBlock block(sizes[i % std::size(sizes)]);
+        places.insert(reinterpret_cast<std::uintptr_t>(block.Data()) % 4096);
+        ASSERT_TRUE(block.IsZero()) << i;
+        block.Fill();
+    }
+    EXPECT_EQ(Fresh(), 2); // the pool's, and the one for all
+    EXPECT_EQ(places.size(), 63U);
+}
+
+TEST_F(BandMemory, ABandThatIsMadeAgainAndABandThatWasMadeLowerAreZero)
+{
+    const CBlock pool(blockSize);
+    CBandData band;
+    const auto expectZeroThenFill = [&](int height)
+    {
+        ASSERT_TRUE(band.Create(800, height, 1, 1));
+        ASSERT_EQ(std::count(band.m_pData, band.m_pData + band.m_dataSize, 0), band.m_dataSize);
+        std::memset(band.m_pData, 0xFF, static_cast<std::size_t>(band.m_dataSize));
+    };
+    for (const int height : {10'000, 9'000, 10'400, 8'000})
+    {
+        expectZeroThenFill(height);
+        ASSERT_TRUE(band.Height_Set(10)); // what is beyond belongs to the band all the same
+    }
+    EXPECT_GT(Reused(), 0);
+}
+
+// Who takes a band does not wait until it is cleared.
+TEST_F(BandMemory, ABlockIsClearedByTheThreadThatGivesItBack)
+{
+    const CBlock pool(blockSize);
+    auto band = std::make_unique<CBlock>(blockSize);
+    unsigned char* const data = band->Data();
+    band->Fill();
+    band.reset();
+#if !defined(__SANITIZE_ADDRESS__)
+    EXPECT_EQ(std::count(data, data + blockSize, 0), static_cast<std::ptrdiff_t>(blockSize));
+#else
+    EXPECT_NE(data, nullptr);
+#endif
+}
+
+#if defined(__SANITIZE_ADDRESS__)
+
+namespace
+{
+
+// Reads a byte that no compiler can see to be out of bounds.
+void Byte_Read(const volatile unsigned char* byte)
+{
+    static_cast<void>(*byte);
+}
+
+constexpr auto forbidden = "AddressSanitizer";
+
+} // namespace
+
+// The last size below the kept ones, the first kept one, and sizes that end within a word.
+TEST(BandMemoryDeathTest, EveryByteOutsideABandsDataIsForbidden)
+{
+    for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{13}, std::size_t{4096},
+                                   CBandMemory::smallestKept - 1, CBandMemory::smallestKept, blockSize + 3})
+    {
+        CBlock block(size);
+        block.Fill();
+        for (const std::size_t distance : {std::size_t{1}, std::size_t{8}, std::size_t{9}, std::size_t{16}})
+        {
+            EXPECT_DEATH(Byte_Read(block.Data() - distance), forbidden) << size << " - " << distance;
+        }
+        for (const std::size_t distance : {std::size_t{0}, std::size_t{1}, std::size_t{7}, std::size_t{40}})
+        {
+            EXPECT_DEATH(Byte_Read(block.Data() + size + distance), forbidden) << size << " + " << distance;
+        }
+    }
+}
+
+TEST(BandMemoryDeathTest, TheFirstLineOfABlockAndAllOfAKeptBlockAreForbidden)
+{
+    const CBlock pool(blockSize);
+    auto block = std::make_unique<CBlock>(blockSize);
+    unsigned char* const data = block->Data();
+    unsigned char* const begin = data - reinterpret_cast<std::uintptr_t>(data) % 4096;
+    EXPECT_DEATH(Byte_Read(begin), forbidden);
+    EXPECT_DEATH(Byte_Read(begin + 63), forbidden);
+    block.reset();
+    for (unsigned char* byte : {begin, begin + 63, data, data + blockSize - 1, data + blockSize})
+    {
+        EXPECT_DEATH(Byte_Read(byte), forbidden);
+    }
+}
+
+TEST(BandMemoryDeathTest, ASmallBandThatWasGivenBackIsForbidden)
+{
+    auto block = std::make_unique<CBlock>(100);
+    unsigned char* const data = block->Data();
+    block.reset();
+    EXPECT_DEATH(Byte_Read(data), forbidden);
+}
+
+#endif
+
 TEST_F(BandMemory, BandsThatOneThreadMakesAndAnotherDeletesTakeNoMoreMemoryThanThereAreAtOnce)
 {
     constexpr int bandCount = CBandMemory::blocksPerRound - 1;
