@@ -1,4 +1,4 @@
-// Looks up and replaces the colour groups under one lock.
+// Looks up and changes the colour groups under one lock.
 #include "Platform/GlobalConfig/ColorGroup.h"
 
 const std::string& CColorGroupInfo::Key_Pattern_Layout()
@@ -16,14 +16,21 @@ SColorGroupUnitInfo CColorGroupInfo::UnitInfo_Get(int unitId) const
 void CSerialize_ColorGroupInfo::Set(const std::map<std::string, CColorGroupInfo>& groups)
 {
     const std::lock_guard guard(m_lock);
-    m_groups = groups;
+    for (auto& [key, group] : m_groups)
+    {
+        group = {};
+    }
+    for (const auto& [key, info] : groups)
+    {
+        m_groups[key] = {info, true};
+    }
 }
 
 const CColorGroupInfo* CSerialize_ColorGroupInfo::ColorGroupInfo_By_Key(const std::string& key) const
 {
     const std::lock_guard guard(m_lock);
     const auto found = m_groups.find(key);
-    return found == m_groups.end() ? nullptr : &found->second;
+    return found == m_groups.end() || !found->second.bSet ? nullptr : &found->second.info;
 }
 
 CSerialize_ColorGroupInfo* GC_ColorGroup()

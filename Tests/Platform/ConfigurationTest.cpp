@@ -171,6 +171,37 @@ TEST_F(Configuration, AColourGroupIsFoundByItsKeyAndItsUnitsByTheirIds)
     EXPECT_EQ(GC_ColorGroup()->ColorGroupInfo_By_Key("other"), nullptr);
 }
 
+TEST_F(Configuration, AColourGroupThatWasHandedOutFollowsEverySetAndStaysWhenItsKeyIsGone)
+{
+    const auto group = [](int unitId, int position)
+    {
+        CColorGroupInfo info;
+        info.m_units[unitId] = {position, unitId};
+        return info;
+    };
+    GC_ColorGroup()->Set({{"m", group(5, 2)}, {"stays", group(5, 9)}});
+    const CColorGroupInfo* pGroup = GC_ColorGroup()->ColorGroupInfo_By_Key("m");
+    const CColorGroupInfo* pOther = GC_ColorGroup()->ColorGroupInfo_By_Key("stays");
+    ASSERT_NE(pGroup, nullptr);
+    EXPECT_NE(pGroup, pOther);
+
+    // Another job's groups, with keys before and behind it.
+    GC_ColorGroup()->Set({{"a", group(5, 7)}, {"m", group(6, 3)}, {"stays", group(5, 8)}, {"z", group(5, 6)}});
+    EXPECT_EQ(GC_ColorGroup()->ColorGroupInfo_By_Key("m"), pGroup);
+    EXPECT_EQ(pGroup->UnitInfo_Get(6).m_unitPosition, 3);
+    EXPECT_EQ(pGroup->UnitInfo_Get(5).m_unitPosition, 0) << "the first job's unit is gone";
+    EXPECT_EQ(pOther->UnitInfo_Get(5).m_unitPosition, 8);
+
+    GC_ColorGroup()->Set({{"stays", group(5, 1)}});
+    EXPECT_EQ(GC_ColorGroup()->ColorGroupInfo_By_Key("m"), nullptr);
+    EXPECT_TRUE(pGroup->m_units.empty());
+    EXPECT_EQ(pOther->UnitInfo_Get(5).m_unitPosition, 1);
+
+    GC_ColorGroup()->Set({{"m", group(5, 4)}});
+    EXPECT_EQ(GC_ColorGroup()->ColorGroupInfo_By_Key("m"), pGroup);
+    EXPECT_EQ(pGroup->UnitInfo_Get(5).m_unitPosition, 4);
+}
+
 TEST_F(Configuration, TheLineGeneratorCountIsReadAsItWasSet)
 {
     EXPECT_EQ(GC_DPConfig()->LineGeneratorCount_Of_DataMap_Get(), 1);

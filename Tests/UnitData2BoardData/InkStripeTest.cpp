@@ -5,6 +5,7 @@
 #include <rapidcheck/gtest.h>
 
 #include <random>
+#include <utility>
 
 using testing::Each;
 using testing::ElementsAre;
@@ -318,6 +319,36 @@ TEST_F(InkStripe, TheRowsOfBothStripesInBothPassesAndStylesAreThoseOfTheTable)
         EXPECT_EQ(FirstMarkedLine(stripe), row.line) << row.bByUnit << row.bLeft << row.bandAttr;
         EXPECT_EQ(MarkedBytes(stripe), 1);
         EXPECT_EQ(stripe.m_pData[row.line * stripe.m_bytesPerLine], 0xAB);
+    }
+}
+
+TEST_F(InkStripe, ALongLivedStageStripesEachJobWhereThatJobsColourGroupPutsTheUnit)
+{
+    constexpr int unitPitch = 2;
+    m_job.units = {m_job.Unit_Get(0), m_job.Unit_Get(1)};
+    m_job.units[1].horizon_2 = 0;
+    m_job.rightStripeWidth = 0;
+    m_job.unitPitch = unitPitch;
+    Stage_Prepare();
+    Input_Hold(0);
+    ASSERT_TRUE(m_pStage->AllocateOutputBuffer());
+    EXPECT_EQ(FirstMarkedLine(Element(1)), unitPitch * m_job.units[1].position);
+
+    // Groups of other keys come and go around the stage's own from job to job.
+    for (const int position : {3, 0, 1})
+    {
+        delete std::exchange(m_pStage->m_pOutputBand, nullptr);
+        ASSERT_TRUE(m_pStage->ReleaseInputElement());
+        CColorGroupInfo group;
+        group.m_units[1] = {position, 1};
+        CColorGroupInfo other;
+        other.m_units[1] = {2, 1};
+        GC_ColorGroup()->Set({{"A" + std::to_string(position), other},
+                              {CColorGroupInfo::Key_Pattern_Layout(), group},
+                              {"Z" + std::to_string(position), other}});
+        Input_Hold(0);
+        ASSERT_TRUE(m_pStage->AllocateOutputBuffer());
+        EXPECT_EQ(FirstMarkedLine(Element(1)), unitPitch * position);
     }
 }
 
