@@ -25,7 +25,8 @@ protected:
     bool CustomCreateThread() override;
 
 private:
-    // The thread's entry; `param` is the worker. Whatever is thrown ends here, as exit code 0.
+    // The thread's entry; `param` is the worker. Whatever is thrown ends here, as a log record and exit code 0, also
+    // what the log throws while it takes that record.
     static unsigned long CustomThreadProc(void* param);
 
     unsigned long CustomThreadProc_Internal();
@@ -70,7 +71,14 @@ unsigned long CKelBaseThread<T>::CustomThreadProc(void* param)
     }
     catch (...)
     {
-        KEL_LOG_AT(kelSeverity_Failure, 72, "Thread terminated with an exception. name = " + worker->m_threadName);
+        try
+        {
+            KEL_LOG_AT(kelSeverity_Failure, 72, "Thread terminated with an exception. name = " + worker->m_threadName);
+        }
+        catch (...)
+        {
+            // There is nobody left to tell.
+        }
     }
     return result;
 }
