@@ -5,7 +5,7 @@
 // gives it back. The pool is the bound on how far a producer can run ahead.
 //
 // The stage's operations are virtual, so that a host can put its own source of bands in their place. A time-out is
-// in milliseconds; every wait ends early on a worker whose stop was requested.
+// in milliseconds; a stop request ends waits early as it does those of CCustomManualResetEvent.
 #pragma once
 
 #include "KelCommon/KelThreadBuffer_T.h"

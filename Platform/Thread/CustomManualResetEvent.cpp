@@ -2,7 +2,7 @@
 //
 // Set and Wait meet through two sequentially consistent atomics, the word and the number of waiters: a waiter announces
 // itself before it looks at the word for the last time, Set changes the word before it looks for waiters, so one of the
-// two always sees the other. A stop request, which is no signal, changes the word by its count: a waiter that has
+// two always sees the other. A stop request, which is no signal, changes the count in the word: a waiter that has
 // looked at the request too early then does not fall asleep.
 #include "Platform/Thread/CustomManualResetEvent.h"
 
@@ -14,13 +14,11 @@ namespace
 {
 
 // About as long as it takes to put a thread to sleep and to wake it on a virtual machine, whose idle cores are given
-// back to their host. Twice that gains little, and makes threads that have nothing to do dearer where cores are few.
+// back to their host. Twice that time gains little and costs more where cores are few.
 constexpr std::chrono::nanoseconds spinLimit{20'000};
 
-// Pauses between two looks, which leave the cache line to those who are about to change it. A patient waiter lets them
-// do more.
+// Pauses between two looks, which leave the cache line to those who are about to change it.
 constexpr int restCount = 16;
-constexpr int patientRestCount = 64;
 
 } // namespace
 
@@ -29,7 +27,6 @@ CCustomManualResetEvent::CCustomManualResetEvent(bool bInitiallySet) : m_word(bI
 CCustomManualResetEvent::~CCustomManualResetEvent()
 {
     m_word.fetch_or(setBit);
-    m_word.fetch_add(wakeOne); // patient waiters too
     std::uint32_t waiters = m_waiters.fetch_or(destroyedBit) | destroyedBit;
     while (waiters != destroyedBit)
     {
@@ -41,44 +38,22 @@ CCustomManualResetEvent::~CCustomManualResetEvent()
 
 bool CCustomManualResetEvent::Wait_Slow(unsigned long timeoutMs)
 {
-    return Wait_SpinThenSleep(timeoutMs, sleeperOne, [this](std::uint32_t& word) { return Wait_IsOver(word); });
-}
-
-bool CCustomManualResetEvent::Wait_Slow_Patiently(unsigned long timeoutMs)
-{
-    const std::uint32_t before = m_word.load();
-    if ((before & setBit) != 0)
-    {
-        return true;
-    }
-    return Wait_SpinThenSleep(timeoutMs, patientOne,
-                              [this, before](std::uint32_t& word)
-                              {
-                                  const bool bOver = Wait_IsOver(word);
-                                  const bool bHurried = (word & ~setBit) != before;
-                                  return bOver && (bHurried || CWorkerWait::IsStopRequested());
-                              });
-}
-
-template<class IsOver>
-bool CCustomManualResetEvent::Wait_SpinThenSleep(unsigned long timeoutMs, std::uint32_t sleeper, IsOver isOver)
-{
     const auto deadline =
         timeoutMs >= waitWithoutLimit ? CAddressWait::withoutLimit : CAddressWait::Deadline(timeoutMs);
     m_waiters.fetch_add(waiterOne);
     std::uint32_t word = 0;
-    const auto bOver = [&] { return isOver(word); };
-    if (!m_spin.Until(bOver, spinLimit, sleeper == patientOne ? patientRestCount : restCount))
+    const auto isOver = [&] { return Wait_IsOver(word); };
+    if (!m_spin.Until(isOver, spinLimit, restCount))
     {
         const CWorkerWait worker(*this);
-        m_waiters.fetch_add(sleeper);
+        m_waiters.fetch_add(sleeperOne);
         bool bTimeLeft = true;
-        while (!isOver(word) && bTimeLeft)
+        while (!isOver() && bTimeLeft)
         {
             CAddressWait::Sleep(m_word, word, deadline);
             bTimeLeft = deadline == CAddressWait::withoutLimit || std::chrono::steady_clock::now() < deadline;
         }
-        m_waiters.fetch_sub(sleeper);
+        m_waiters.fetch_sub(sleeperOne);
     }
     // Last, when no stop request can reach this event through the worker any more: the destructor waits for this.
     const std::atomic<std::uint32_t>* waiters = &m_waiters;
@@ -89,12 +64,13 @@ bool CCustomManualResetEvent::Wait_SpinThenSleep(unsigned long timeoutMs, std::u
     return (word & setBit) != 0;
 }
 
-// `word` is what was seen. The request is looked at after the word, so that one that comes later finds the word changed
-// by itself; and the word once more after a request, which must not hide a signal that came first.
+// True if the event is set or the worker's waits are cut short; `word` becomes the word that was read. The order
+// matters: a stop request that comes after the look at IsCut changes the word, so that the waiter does not sleep on it;
+// and after a request the word is read again, since a request must not hide a signal that came first.
 bool CCustomManualResetEvent::Wait_IsOver(std::uint32_t& word) const
 {
     word = m_word.load();
-    if ((word & setBit) == 0 && CWorkerWait::IsStopRequested())
+    if ((word & setBit) == 0 && CWorkerWait::IsCut())
     {
         word = m_word.load();
         return true;
@@ -107,7 +83,7 @@ void CCustomManualResetEvent::Wake()
     CAddressWait::WakeAll(&m_word);
 }
 
-// Wakes all waiters without a signal: they look for what else has happened.
+// Wakes all waiters without a signal, so that they see a stop request.
 void CCustomManualResetEvent::WakeAll()
 {
     m_word.fetch_add(wakeOne);

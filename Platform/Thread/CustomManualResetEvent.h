@@ -3,9 +3,9 @@
 // Once set it stays set, for every waiter, until it is reset. Any thread may call any operation. Two promises matter to
 // the data path:
 //   - a probe (time-out 0), a wait on an event that is set, and a Set or Reset while nobody waits, make no system call;
-//   - a wait on a worker thread (TamBaseThread) ends early, as if it had timed out, as soon as a stop of that worker
-//     has been requested, whether before the wait or during it. A stop request never hides a signal: an event that is
-//     set is reported as set.
+//   - a wait in a worker's Prepare or OneLoop (TamBaseThread) ends early, as if it had timed out, as soon as another
+//     thread has requested the worker's stop, whether before the wait or during it. A stop request never hides a
+//     signal: an event that is set is reported as set.
 #pragma once
 
 #include "Platform/PlatformExport.h"
@@ -42,12 +42,6 @@ public:
     void Set();
     void Reset();
 
-    // For a waiter that would rather find much to do than be woken for every little: as Wait, but a Set does not wake
-    // the caller, which sees the event set when Hurry wakes it, when its time is over, or when it looked before it
-    // slept. Where a system cannot tell its waiters apart this is Wait, and Hurry does nothing.
-    bool Wait_Patiently(unsigned long timeoutMs);
-    void Hurry();
-
 private:
     friend class CWorkerWait;
 
@@ -64,11 +58,9 @@ private:
     // m_word: the flag, and above it a count that makes every wake-up without a signal a change.
     static constexpr std::uint32_t setBit = 1;
     static constexpr std::uint32_t wakeOne = 2;
-    // m_waiters: waits in progress; those of them that may sleep, the patient ones and the others; and whether the
-    // destructor waits for the rest.
+    // m_waiters: how many waits are in progress, how many of them may sleep, and whether the destructor waits for them.
     static constexpr std::uint32_t waiterOne = 1;
-    static constexpr std::uint32_t patientOne = 1U << 10;
-    static constexpr std::uint32_t sleeperOne = 1U << 20;
+    static constexpr std::uint32_t sleeperOne = 1U << 16;
     static constexpr std::uint32_t destroyedBit = 1U << 31;
 
     bool IsSet() const
@@ -76,9 +68,6 @@ private:
         return (m_word.load() & setBit) != 0;
     }
     bool Wait_Slow(unsigned long timeoutMs);
-    bool Wait_Slow_Patiently(unsigned long timeoutMs);
-    template<class IsOver>
-    bool Wait_SpinThenSleep(unsigned long timeoutMs, std::uint32_t sleeper, IsOver isOver);
     bool Wait_IsOver(std::uint32_t& word) const;
     void WakeAll();
     void Wake();
@@ -89,25 +78,11 @@ private:
 #endif
 };
 
-#if defined(_WIN32)
-
-inline bool CCustomManualResetEvent::Wait_Patiently(unsigned long timeoutMs)
-{
-    return Wait(timeoutMs);
-}
-
-inline void CCustomManualResetEvent::Hurry() {}
-
-#else
+#if !defined(_WIN32)
 
 inline bool CCustomManualResetEvent::Wait(unsigned long timeoutMs, int /*reserved*/)
 {
     return IsSet() || (timeoutMs != 0 && Wait_Slow(timeoutMs));
-}
-
-inline bool CCustomManualResetEvent::Wait_Patiently(unsigned long timeoutMs)
-{
-    return IsSet() || (timeoutMs != 0 && Wait_Slow_Patiently(timeoutMs));
 }
 
 inline void CCustomManualResetEvent::Set()
@@ -122,15 +97,6 @@ inline void CCustomManualResetEvent::Set()
 inline void CCustomManualResetEvent::Reset()
 {
     m_word.fetch_and(~setBit);
-}
-
-inline void CCustomManualResetEvent::Hurry()
-{
-    m_word.fetch_add(wakeOne);
-    if (m_waiters.load() >= patientOne)
-    {
-        Wake();
-    }
 }
 
 #endif

@@ -24,11 +24,11 @@ DWORD TimeLeft(Clock::time_point deadline)
     return left > 0 ? static_cast<DWORD>(left) : 0;
 }
 
-// Waits for the event, and on a worker for its stop event too; returns what ended the wait. The system counts in ticks
-// of its clock and may give up a tick early; this does not.
+// Waits for the event, and on a worker also for the event that cuts its waits short. Returns what ended the wait. The
+// system counts in ticks of its clock and may give up a tick early; this function does not.
 DWORD Handles_Wait(HANDLE event, unsigned long timeoutMs)
 {
-    const HANDLE handles[] = {event, CWorkerWait::StopHandle_Get()};
+    const HANDLE handles[] = {event, CWorkerWait::CutHandle_Get()};
     const DWORD handleCount = handles[1] == nullptr ? 1 : 2;
     if (timeoutMs == CCustomManualResetEvent::waitWithoutLimit)
     {
@@ -108,12 +108,5 @@ void CCustomManualResetEvent::Kernel_Follow()
         return;
     }
     m_bKernelSet = bSet;
-    if (bSet)
-    {
-        m_kernelEvent.Set();
-    }
-    else
-    {
-        m_kernelEvent.Reset();
-    }
+    m_kernelEvent.State_Set(bSet);
 }

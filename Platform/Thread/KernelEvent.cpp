@@ -18,12 +18,7 @@ CKernelEvent::~CKernelEvent()
     CloseHandle(m_handle);
 }
 
-void CKernelEvent::Set()
+void CKernelEvent::State_Set(bool bSet)
 {
-    SetEvent(m_handle);
-}
-
-void CKernelEvent::Reset()
-{
-    ResetEvent(m_handle);
+    bSet ? SetEvent(m_handle) : ResetEvent(m_handle);
 }

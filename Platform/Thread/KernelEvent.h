@@ -11,8 +11,7 @@ public:
     CKernelEvent(const CKernelEvent&) = delete;
     CKernelEvent& operator=(const CKernelEvent&) = delete;
 
-    void Set();
-    void Reset();
+    void State_Set(bool bSet);
 
     // For the system's wait functions. Stays this object's.
     void* Handle() const { return m_handle; }

@@ -34,9 +34,9 @@ void Guarded_Run(std::exception_ptr& thrown, Part part)
 
 #if defined(_WIN32)
 
-void* CWorkerWait::StopHandle_Get()
+void* CWorkerWait::CutHandle_Get()
 {
-    return t_pWorker == nullptr ? nullptr : t_pWorker->m_stopEvent.Handle();
+    return t_pWorker == nullptr ? nullptr : t_pWorker->m_waitsCutEvent.Handle();
 }
 
 #else
@@ -59,9 +59,9 @@ CWorkerWait::~CWorkerWait()
     }
 }
 
-bool CWorkerWait::IsStopRequested()
+bool CWorkerWait::IsCut()
 {
-    return t_pWorker != nullptr && t_pWorker->m_bStopRequested;
+    return t_pWorker != nullptr && t_pWorker->m_bWaitsCut;
 }
 
 void CWorkerWait::Wake(TamBaseThread& worker)
@@ -123,21 +123,34 @@ bool TamBaseThread::Start(const char* name)
         m_bSuccess = false;
         m_bPauseRequested = false;
         m_bStopRequested = false;
-#if defined(_WIN32)
-        m_stopEvent.Reset();
-#endif
+        Waits_Cut(false);
         m_threadState = Preparing;
         m_bLive = true;
     }
-    if (CustomCreateThread())
+    bool bCreated = false;
+    try
     {
-        return true;
+        bCreated = CustomCreateThread();
     }
+    catch (...)
+    {
+        Start_Undo();
+        throw;
+    }
+    if (!bCreated)
+    {
+        Start_Undo();
+    }
+    return bCreated;
+}
+
+// There is no thread: the worker is one that has not been started.
+void TamBaseThread::Start_Undo()
+{
     const std::lock_guard guard(m_stateLock);
     m_threadState = NotStarted;
     m_bLive = false;
     m_stateChanged.notify_all();
-    return false;
 }
 
 bool TamBaseThread::WaitReady()
@@ -183,11 +196,13 @@ void TamBaseThread::Stop()
 {
     {
         const std::lock_guard guard(m_stateLock);
-        m_bStopRequested = true;
+        const bool bFirst = !m_bStopRequested.exchange(true);
         m_stateChanged.notify_all();
-#if defined(_WIN32)
-        m_stopEvent.Set();
-#endif
+        if (!bFirst || IsOwnThread() || m_threadState == Finishing)
+        {
+            return;
+        }
+        Waits_Cut(true);
     }
 #if !defined(_WIN32)
     CWorkerWait::Wake(*this);
@@ -231,7 +246,7 @@ unsigned long TamBaseThread::StartThreadWorker()
     bool bSuccess = false;
     std::exception_ptr thrown;
     Guarded_Run(thrown, [&] { bSuccess = RunLoop(); });
-    State_Set(Finishing);
+    Finish_Begin();
     Guarded_Run(thrown, [&] { Finally(); });
     CWorkerWait::Worker_Set(nullptr);
     End_Set(bSuccess && thrown == nullptr);
@@ -299,10 +314,11 @@ void TamBaseThread::Ready_Set()
     m_stateChanged.notify_all();
 }
 
-void TamBaseThread::State_Set(EThreadState state)
+void TamBaseThread::Finish_Begin()
 {
     const std::lock_guard guard(m_stateLock);
-    m_threadState = state;
+    m_threadState = Finishing;
+    Waits_Cut(false);
     m_stateChanged.notify_all();
 }
 
@@ -313,6 +329,15 @@ void TamBaseThread::End_Set(bool bSuccess)
     m_bLive = false;
     m_threadState = Ended;
     m_stateChanged.notify_all();
+}
+
+// Lets the worker's waits end early, or last again. Under the lock.
+void TamBaseThread::Waits_Cut(bool bCut)
+{
+    m_bWaitsCut = bCut;
+#if defined(_WIN32)
+    m_waitsCutEvent.State_Set(bCut);
+#endif
 }
 
 void TamBaseThread::CloseThread()

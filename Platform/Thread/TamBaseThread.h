@@ -45,7 +45,8 @@ public:
 
     // Starts the worker's thread under `name` (copied; used in log records only). False if the thread could not be
     // created, or if this worker is already running, which then goes on untouched. Requests to stop or pause
-    // that were made before the start do not count for the new run.
+    // that were made before the start do not count for the new run. What CustomCreateThread throws passes through.
+    // After every failure the worker can be started again.
     virtual bool Start(const char* name);
 
     // Waits until Prepare has returned. True if it succeeded; false if it failed, threw, or there was no start. On the
@@ -57,14 +58,17 @@ public:
     // the worker's end. False at once on the worker's own thread.
     virtual bool WaitPaused();
 
-    // Waits up to `timeoutMs` for the worker's thread to end (4294967295: without limit); true if it has. True at once
-    // for a worker that was never started. Not cut short by any stop request. False at once on the worker's own thread.
-    // May be called any number of times and by several threads. A wait belongs to the run that it met: starting the
-    // worker again waits for those who still wait for the run before.
+    // Waits up to `timeoutMs` milliseconds (CCustomManualResetEvent::waitWithoutLimit: without limit) for the worker's
+    // thread to end; true if it has. True at once for a worker that was never started. No stop request cuts this wait
+    // short. False at once on the worker's own thread. May be called any number of times and by several threads. A wait
+    // belongs to the run during which it began: starting the worker again waits for those who still wait for the run
+    // before.
     virtual bool WaitExit(unsigned int timeoutMs);
 
-    // Requests the end of the loop and returns at once. No OneLoop begins after it; waits of this worker on events end
-    // early. Without a running thread it changes nothing.
+    // Requests the end of the loop and returns at once. No OneLoop begins after it. If another thread is the first to
+    // request it, the worker's waits on events end early from then on, in Prepare and in OneLoop. The waits of a worker
+    // that requested it first itself last as long as they say, and so do all waits in Finally. Without a running thread
+    // a request changes nothing.
     virtual void Stop();
 
     // Requests that the worker rests between two OneLoop calls, until Resume or Stop.
@@ -84,7 +88,8 @@ protected:
     virtual bool Prepare();
     virtual void Finally();
 
-    // Creates the operating-system thread, which must call StartThreadWorker on this object.
+    // Creates the operating-system thread, which must call StartThreadWorker on this object. When it returns false or
+    // throws, there must be no such thread.
     virtual bool CustomCreateThread() = 0;
 
     // The body of the thread; returns its exit code: 1 for a run that succeeded, 0 for one that did not. An exception
@@ -105,8 +110,10 @@ private:
     bool RunLoop();
     bool PausePoint();
     void Ready_Set();
-    void State_Set(EThreadState state);
+    void Finish_Begin();
     void End_Set(bool bSuccess);
+    void Waits_Cut(bool bCut);
+    void Start_Undo();
     void LastRun_Close();
     void CloseThread();
 
@@ -118,9 +125,10 @@ private:
     bool m_bSuccess = false;
     bool m_bLive = false; // a run was started and its worker body has not ended
     std::atomic<bool> m_bStopRequested{false};
-    int m_exitWaiterCount = 0; // threads in WaitExit, which use m_threadHandle
+    std::atomic<bool> m_bWaitsCut{false}; // the worker's waits on events end early; changed under the lock
+    int m_exitWaiterCount = 0;            // threads in WaitExit, which use m_threadHandle
 #if defined(_WIN32)
-    CKernelEvent m_stopEvent; // set while m_bStopRequested is; this worker's waits wait for it too
+    CKernelEvent m_waitsCutEvent; // set while m_bWaitsCut is; this worker's waits wait for it too
 #else
     CWorkerWait* m_pWait = nullptr; // the event wait in progress on this worker's thread; lives on its stack
     std::mutex m_waitLock;          // guards m_pWait

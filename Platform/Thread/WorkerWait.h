@@ -1,11 +1,11 @@
 // The link between a worker's stop request and the event that the worker waits on. Internal to the thread library.
 //
-// A thread that is about to sleep on an event puts a CWorkerWait on its stack. On a worker's thread it registers the
-// event with the worker, so that a stop request can wake it; on any other thread it does nothing. On Windows nothing is
-// registered: a worker has a kernel event for its stop request, and waits for both.
+// A thread that is about to sleep on an event puts a CWorkerWait on its stack. On a worker's thread the object
+// registers the event with the worker, so that a stop request can wake it; on any other thread it does nothing. On
+// Windows nothing is registered: a worker has a kernel event that cuts its waits short, and its waits wait for both.
 //
-// A stop request holds the worker's wait lock while it wakes the event, so that the wait cannot be over before. The
-// event has no lock of its own.
+// The worker decides which of its waits a stop request cuts short (see TamBaseThread::Stop). A stop request holds the
+// worker's wait lock while it wakes the event, so the wait cannot end before. The event has no lock of its own.
 #pragma once
 
 class CCustomManualResetEvent;
@@ -20,8 +20,8 @@ public:
 
 #if defined(_WIN32)
 
-    // What is signalled while a stop of the calling thread's worker is requested; null on other threads.
-    static void* StopHandle_Get();
+    // The kernel event that is set while the waits of the calling thread's worker are cut short; null on other threads.
+    static void* CutHandle_Get();
 
 #else
 
@@ -30,8 +30,8 @@ public:
     CWorkerWait(const CWorkerWait&) = delete;
     CWorkerWait& operator=(const CWorkerWait&) = delete;
 
-    // True if the calling thread is a worker whose stop has been requested.
-    static bool IsStopRequested();
+    // True if the calling thread is a worker whose waits are cut short.
+    static bool IsCut();
 
     // Wakes the event that `worker` waits on, if it waits on one. Called after the request has been stored.
     static void Wake(TamBaseThread& worker);

@@ -108,11 +108,6 @@ bool CCustomManualResetEvent::Wait_Slow(unsigned long timeoutMs)
     return IsSet();
 }
 
-bool CCustomManualResetEvent::Wait_Slow_Patiently(unsigned long timeoutMs)
-{
-    return Wait_Slow(timeoutMs);
-}
-
 void CCustomManualResetEvent::Wake() {}
 
 namespace

@@ -33,21 +33,28 @@ std::unique_ptr<CBandDataFIFO> InputFIFO(int bandCount)
     return fifo;
 }
 
-// A worker that is being stopped calls `wait`; how long that took.
+// A worker that another thread has stopped calls `wait`; how long that took.
 template<class Wait>
 std::chrono::milliseconds TimeOnAStoppedWorker(Wait wait)
 {
     std::chrono::milliseconds elapsed{0};
+    CTestSignal looped;
+    CTestSignal stopped;
     CScriptedWorker worker;
     worker.m_oneLoop = [&]
     {
-        worker.Stop();
+        looped.Raise();
+        stopped.Wait();
         const CStopWatch watch;
         EXPECT_FALSE(wait());
         elapsed = watch.Elapsed();
         return true;
     };
-    EXPECT_TRUE(worker.RunToItsEnd());
+    EXPECT_TRUE(worker.Start("Worker"));
+    EXPECT_TRUE(looped.Wait());
+    worker.Stop();
+    stopped.Raise();
+    EXPECT_TRUE(worker.WaitExit(testPatienceMs));
     return elapsed;
 }
 
@@ -169,6 +176,43 @@ TEST(BandDataFIFO, AStopRequestEndsItsWaitsEarly)
     CBandData* none = nullptr;
     EXPECT_LT(TimeOnAStoppedWorker([&] { return fifo->Empty_Out(none, testPatienceMs); }), testPatience / 2);
     ASSERT_TRUE(fifo->Empty_In(band, 0));
+}
+
+// What a worker still has to hand over when it has stopped itself is handed over.
+TEST(BandDataFIFO, AWorkerThatStoppedItselfWaitsForRoomInItsStepAndInItsFinish)
+{
+    const auto fifo = InputFIFO(1);
+    CBandData* pooled = nullptr;
+    ASSERT_TRUE(fifo->Empty_Out(pooled, 0));
+    CBandData* taken[2] = {};
+    bool bTaken[2] = {};
+    CTestSignal waits;
+    CTestSignal finishes;
+    CScriptedWorker worker;
+    worker.m_oneLoop = [&]
+    {
+        worker.Stop();
+        waits.Raise();
+        bTaken[0] = fifo->Empty_Out(taken[0], testPatienceMs);
+        return true;
+    };
+    worker.m_finally = [&]
+    {
+        finishes.Raise();
+        bTaken[1] = fifo->Empty_Out(taken[1], testPatienceMs);
+    };
+    ASSERT_TRUE(worker.Start("Worker"));
+    ASSERT_TRUE(waits.Wait());
+    std::this_thread::sleep_for(std::chrono::milliseconds(5)); // until it does wait, most likely
+    ASSERT_TRUE(fifo->Empty_In(pooled, 0));
+    ASSERT_TRUE(finishes.Wait());
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    ASSERT_TRUE(fifo->Empty_In(pooled, 0));
+    ASSERT_TRUE(worker.WaitExit(testPatienceMs));
+    EXPECT_TRUE(bTaken[0] && bTaken[1]);
+    EXPECT_EQ(taken[0], pooled);
+    EXPECT_EQ(taken[1], pooled);
+    ASSERT_TRUE(fifo->Empty_In(pooled, 0));
 }
 
 TEST(BandDataFIFO, IsCompletedOnlyAfterTheFlagAndTheLastBand)

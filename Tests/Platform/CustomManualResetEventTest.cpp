@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -15,6 +16,10 @@ using namespace std::chrono_literals;
 // A wait that should end early gets this time-out; that it ended early shows against half of it.
 constexpr unsigned long longWaitMs = 60'000;
 constexpr std::chrono::milliseconds early{longWaitMs / 2};
+
+// A wait that should last gets this time-out.
+constexpr unsigned long shortWaitMs = 50;
+constexpr std::chrono::milliseconds shortWait{shortWaitMs};
 
 } // namespace
 
@@ -164,38 +169,152 @@ TEST(CustomManualResetEvent, AStopRequestEndsAWaitWithoutLimit)
     EXPECT_TRUE(worker.StopAndWait());
 }
 
-TEST(CustomManualResetEvent, AWaitThatBeginsAfterTheStopRequestReturnsAtOnce)
+TEST(CustomManualResetEvent, AStopRequestEndsAWaitInPrepare)
 {
     CCustomManualResetEvent event(false);
-    std::vector<bool> results;
+    CTestSignal entered;
     CScriptedWorker worker;
-    worker.m_oneLoop = [&]
+    worker.m_prepare = [&]
     {
-        worker.Stop();
-        results.push_back(event.Wait(longWaitMs, 0));
+        entered.Raise();
+        event.Wait(longWaitMs, 0);
         return true;
     };
-    worker.m_finally = [&] { results.push_back(event.Wait(longWaitMs, 0)); };
     const CStopWatch watch;
-    ASSERT_TRUE(worker.RunToItsEnd());
-    EXPECT_EQ(results, (std::vector<bool>{false, false}));
+    ASSERT_TRUE(worker.Start("Worker"));
+    ASSERT_TRUE(entered.Wait());
+    ASSERT_TRUE(worker.StopAndWait());
     EXPECT_LT(watch.Elapsed(), early);
 }
 
-TEST(CustomManualResetEvent, AStopRequestNeverHidesASignal)
+TEST(CustomManualResetEvent, AWaitThatBeginsAfterTheStopRequestReturnsAtOnceUnlessTheEventIsSet)
 {
-    CCustomManualResetEvent event(true);
-    std::vector<bool> results;
+    for (const bool bInPrepare : {true, false})
+    {
+        CCustomManualResetEvent event(false);
+        CCustomManualResetEvent setEvent(true);
+        CTestSignal entered;
+        CTestSignal stopped;
+        std::vector<bool> results;
+        const auto step = [&]
+        {
+            entered.Raise();
+            stopped.Wait();
+            for (CCustomManualResetEvent* waited : {&event, &setEvent})
+            {
+                results.push_back(waited->Wait(0, 0));
+                results.push_back(waited->Wait(longWaitMs, 0));
+            }
+            return true;
+        };
+        CScriptedWorker worker;
+        (bInPrepare ? worker.m_prepare : worker.m_oneLoop) = step;
+        const CStopWatch watch;
+        ASSERT_TRUE(worker.Start("Worker"));
+        ASSERT_TRUE(entered.Wait());
+        worker.Stop();
+        stopped.Raise();
+        ASSERT_TRUE(worker.WaitExit(testPatienceMs));
+        EXPECT_EQ(results, (std::vector<bool>{false, false, true, true}));
+        EXPECT_LT(watch.Elapsed(), early);
+    }
+}
+
+TEST(CustomManualResetEvent, AWorkerThatStopsItselfKeepsTheWaitsOfThatStep)
+{
+    for (const bool bStoppedByAnotherToo : {false, true})
+    {
+        CCustomManualResetEvent event(false);
+        CTestSignal waits;
+        std::vector<std::chrono::milliseconds> elapsed;
+        CScriptedWorker worker;
+        const auto waitOnce = [&]
+        {
+            const CStopWatch watch;
+            EXPECT_FALSE(event.Wait(shortWaitMs, 0));
+            elapsed.push_back(watch.Elapsed());
+        };
+        worker.m_oneLoop = [&]
+        {
+            worker.Stop();
+            waits.Raise();
+            waitOnce();
+            waitOnce();
+            return true;
+        };
+        worker.m_finally = waitOnce;
+        ASSERT_TRUE(worker.Start("Worker"));
+        ASSERT_TRUE(waits.Wait());
+        if (bStoppedByAnotherToo)
+        {
+            worker.Stop();
+        }
+        ASSERT_TRUE(worker.WaitExit(testPatienceMs));
+        EXPECT_EQ(worker.m_loopCount, 1);
+        ASSERT_EQ(elapsed.size(), 3U);
+        EXPECT_GE(*std::min_element(elapsed.begin(), elapsed.end()), shortWait);
+    }
+}
+
+TEST(CustomManualResetEvent, AWorkerThatStopsItselfStillSeesTheSignalThatItWaitsFor)
+{
+    CCustomManualResetEvent event(false);
+    CTestSignal waits;
+    bool bSet = false;
     CScriptedWorker worker;
     worker.m_oneLoop = [&]
     {
         worker.Stop();
-        results.push_back(event.Wait(0, 0));
-        results.push_back(event.Wait(longWaitMs, 0));
+        waits.Raise();
+        bSet = event.Wait(longWaitMs, 0);
         return true;
     };
-    ASSERT_TRUE(worker.RunToItsEnd());
-    EXPECT_EQ(results, (std::vector<bool>{true, true}));
+    ASSERT_TRUE(worker.Start("Worker"));
+    ASSERT_TRUE(waits.Wait());
+    event.Set();
+    ASSERT_TRUE(worker.WaitExit(testPatienceMs));
+    EXPECT_TRUE(bSet);
+}
+
+// The request comes from another thread: during the loop, during the wait in Finally, or both.
+TEST(CustomManualResetEvent, WaitsInFinallyLastWheneverTheStopRequestComes)
+{
+    for (const bool bDuringTheLoop : {true, false})
+    {
+        CCustomManualResetEvent event(false);
+        CTestSignal looped;
+        CTestSignal inFinally;
+        std::chrono::milliseconds elapsed[2] = {};
+        CScriptedWorker worker;
+        worker.m_oneLoop = [&]
+        {
+            looped.Raise();
+            return bDuringTheLoop && !event.Wait(longWaitMs, 0);
+        };
+        worker.m_finally = [&]
+        {
+            inFinally.Raise();
+            for (auto& time : elapsed)
+            {
+                const CStopWatch watch;
+                EXPECT_FALSE(event.Wait(shortWaitMs, 0));
+                time = watch.Elapsed();
+            }
+        };
+        const CStopWatch watch;
+        ASSERT_TRUE(worker.Start("Worker"));
+        ASSERT_TRUE(looped.Wait());
+        if (bDuringTheLoop)
+        {
+            worker.Stop();
+        }
+        ASSERT_TRUE(inFinally.Wait());
+        worker.Stop();
+        ASSERT_TRUE(worker.WaitExit(testPatienceMs));
+        EXPECT_GE(elapsed[0], shortWait);
+        EXPECT_GE(elapsed[1], shortWait);
+        EXPECT_LT(watch.Elapsed(), early); // the wait of the loop ended
+    }
 }
 
 TEST(CustomManualResetEvent, ASetFollowedByAStopBeforeTheWaiterWakesIsStillReportedAsSet)
@@ -263,21 +382,17 @@ TEST(CustomManualResetEvent, TheNextRunOfAStoppedWorkerWaitsInFullAgain)
     CCustomManualResetEvent event(false);
     std::chrono::milliseconds elapsed{0};
     CScriptedWorker worker;
-    worker.m_oneLoop = [&]
-    {
-        worker.Stop();
-        return true;
-    };
-    ASSERT_TRUE(worker.RunToItsEnd());
+    ASSERT_TRUE(worker.Start("Worker"));
+    ASSERT_TRUE(worker.StopAndWait());
     worker.m_oneLoop = [&]
     {
         const CStopWatch watch;
-        event.Wait(50, 0);
+        event.Wait(shortWaitMs, 0);
         elapsed = watch.Elapsed();
         return false;
     };
     ASSERT_TRUE(worker.RunToItsEnd());
-    EXPECT_GE(elapsed, 50ms);
+    EXPECT_GE(elapsed, shortWait);
 }
 
 TEST(CustomManualResetEvent, AStopThatRacesWithTheBeginOfAWaitIsNeverLost)
@@ -355,123 +470,5 @@ TEST(CustomManualResetEvent, StopsAndSetsAndWaitsFromManyThreadsEndInAStoppedWor
         setter.join();
         stopper.join();
         ASSERT_TRUE(worker.WaitExit(longWaitMs / 2));
-    }
-}
-
-// Patient waits.
-
-TEST(CustomManualResetEvent, APatientWaitOnASetEventReturnsAtOnceAndAProbeDoesNotWait)
-{
-    CCustomManualResetEvent event(true);
-    const CStopWatch watch;
-    EXPECT_TRUE(event.Wait_Patiently(longWaitMs));
-    event.Reset();
-    EXPECT_FALSE(event.Wait_Patiently(0));
-    EXPECT_LT(watch.Elapsed(), early);
-}
-
-TEST(CustomManualResetEvent, APatientWaitReportsASignalAtTheLatestWhenItsTimeIsOver)
-{
-    CCustomManualResetEvent event(false);
-    EXPECT_FALSE(event.Wait_Patiently(5));
-    std::thread setter([&] { event.Set(); });
-    bool bSet = false;
-    const CStopWatch watch;
-    while (!bSet && watch.Elapsed() < testPatience)
-    {
-        bSet = event.Wait_Patiently(5);
-    }
-    setter.join();
-    EXPECT_TRUE(bSet);
-}
-
-TEST(CustomManualResetEvent, AHurryWakesAPatientWaiterWheneverItComesAfterTheSignal)
-{
-    for (int round = 0; round < 2000; ++round)
-    {
-        CCustomManualResetEvent event(false);
-        std::atomic<bool> bSet{false};
-        const CStopWatch watch;
-        std::thread waiter([&] { bSet = event.Wait_Patiently(longWaitMs); });
-        if (round % 4 == 0)
-        {
-            std::this_thread::sleep_for(std::chrono::microseconds(round % 64));
-        }
-        event.Set();
-        event.Hurry();
-        waiter.join();
-        ASSERT_TRUE(bSet);
-        ASSERT_LT(watch.Elapsed(), early) << round;
-    }
-}
-
-TEST(CustomManualResetEvent, AHurryWithoutASignalEndsNoWait)
-{
-    CCustomManualResetEvent event(false);
-    std::atomic<bool> bDone{false};
-    std::thread hurrier(
-        [&]
-        {
-            while (!bDone)
-            {
-                event.Hurry();
-                std::this_thread::yield();
-            }
-        });
-    const CStopWatch watch;
-    EXPECT_FALSE(event.Wait_Patiently(30));
-    EXPECT_FALSE(event.Wait(30, 0));
-    EXPECT_GE(watch.Elapsed(), 60ms);
-    bDone = true;
-    hurrier.join();
-}
-
-TEST(CustomManualResetEvent, AStopRequestEndsAPatientWait)
-{
-    for (int round = 0; round < 500; ++round)
-    {
-        CCustomManualResetEvent event(false);
-        CTestSignal entered;
-        CScriptedWorker worker;
-        worker.m_oneLoop = [&]
-        {
-            entered.Raise();
-            event.Wait_Patiently(longWaitMs);
-            return true;
-        };
-        const CStopWatch watch;
-        ASSERT_TRUE(worker.Start("Worker"));
-        ASSERT_TRUE(entered.Wait());
-        ASSERT_TRUE(worker.StopAndWait());
-        ASSERT_LT(watch.Elapsed(), early);
-    }
-}
-
-TEST(CustomManualResetEvent, DestructionReleasesPatientWaitersToo)
-{
-    for (int round = 0; round < 50; ++round)
-    {
-        auto event = std::make_unique<CCustomManualResetEvent>(false);
-        std::atomic<int> aboutToWaitCount{0};
-        std::vector<std::thread> waiters;
-        for (int i = 0; i < 4; ++i)
-        {
-            waiters.emplace_back(
-                [&, i, pEvent = event.get()]
-                {
-                    ++aboutToWaitCount;
-                    i % 2 == 0 ? pEvent->Wait_Patiently(longWaitMs) : pEvent->Wait(longWaitMs, 0);
-                });
-        }
-        while (aboutToWaitCount < 4)
-        {
-            std::this_thread::yield();
-        }
-        std::this_thread::sleep_for(5ms); // until they do wait
-        event.reset();
-        for (auto& waiter : waiters)
-        {
-            waiter.join();
-        }
     }
 }

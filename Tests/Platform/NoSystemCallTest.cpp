@@ -58,26 +58,6 @@ TEST(NoSystemCallDeathTest, ALockThatNobodyElseWantsMakesNoneAlsoWhenItIsEntered
     EXPECT_EXIT(RunWithoutSystemCalls(work), testing::ExitedWithCode(0), "");
 }
 
-// ThreadSanitizer does not take threads in a child of a process with threads.
-#if !defined(__SANITIZE_THREAD__)
-TEST(NoSystemCallDeathTest, ASignalMakesNoneWhileOnlyAPatientWaiterSleeps)
-{
-    const auto setWhileSomebodySleeps = []
-    {
-        auto* event = new CCustomManualResetEvent(false); // not destroyed: the thread still waits when the process ends
-        std::thread([event] { event->Wait_Patiently(60'000); }).detach();
-        std::this_thread::sleep_for(std::chrono::milliseconds(50)); // until it does sleep, most likely
-        RunWithoutSystemCalls(
-            [event]
-            {
-                event->Set();
-                event->Reset();
-            });
-    };
-    EXPECT_EXIT(setWhileSomebodySleeps(), testing::ExitedWithCode(0), "");
-}
-#endif
-
 // A sanitizer's own memory functions make system calls.
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 TEST(NoSystemCallDeathTest, ABandThatIsMadeAgainInKeptMemoryMakesNone)

@@ -5,6 +5,7 @@
 
 #include <future>
 #include <memory>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -442,6 +443,40 @@ TEST(TamBaseThread, AWorkerWhoseThreadIsNotCreatedIsNotStarted)
     EXPECT_FALSE(worker.WaitReady());
     EXPECT_TRUE(worker.WaitExit(0));
     EXPECT_FALSE(worker.Start("Threadless"));
+}
+
+TEST(TamBaseThread, WhatTheCreationOfTheThreadThrowsPassesAndTheWorkerCanBeStartedAgain)
+{
+    class CThrowingOnce : public CCopyableWorker
+    {
+    public:
+        int m_creationCount = 0;
+
+    protected:
+        bool CustomCreateThread() override
+        {
+            if (++m_creationCount == 2)
+            {
+                throw std::bad_alloc();
+            }
+            return CCopyableWorker::CustomCreateThread();
+        }
+    };
+    CThrowingOnce worker;
+    ASSERT_TRUE(worker.Start("First"));
+    ASSERT_TRUE(worker.WaitExit(testPatienceMs));
+    EXPECT_THROW(worker.Start("Second"), std::bad_alloc);
+    EXPECT_EQ(worker.State(), TamBaseThread::NotStarted);
+    EXPECT_EQ(worker.ThreadHandle(), nullptr);
+    EXPECT_FALSE(worker.WaitReady());
+    EXPECT_FALSE(worker.IsThreadSuccess());
+    EXPECT_TRUE(worker.WaitExit(0));
+    worker.Pause();
+    EXPECT_FALSE(worker.WaitPaused()); // there is no run that could reach a pause
+    EXPECT_TRUE(worker.Start("Third"));
+    EXPECT_TRUE(worker.WaitReady());
+    EXPECT_TRUE(worker.WaitExit(testPatienceMs));
+    EXPECT_TRUE(worker.IsThreadSuccess());
 }
 
 // Ready.
