@@ -35,9 +35,7 @@ inline void LineRoad_Use(CKelThreadBuffer_T<int>& buffer)
     buffer.Empty_Out(element, 100);
     buffer.Wait_In(element, 100);
     buffer.InFIFO()->Out(element);
-    buffer.FullFIFO()->HasData_Hurry();
     buffer.Full_In(element, 100);
-    buffer.FullFIFO()->HasData_WaitForMany(2, 100); // there is one already
     buffer.Full_Out(element, 100);
     buffer.Empty_In(element, 100);
 }
