@@ -365,7 +365,7 @@ TEST(OverriddenLookUp, IsAskedForEverySourceByteWhateverTheKernel)
         SCOPED_TRACE(name);
         const CKernelGuard guard(name);
         LookUp_ExpectUsed<CPrintUnitDataMap_1>(16);
-        LookUp_ExpectUsed<CPrintUnitDataMap_2>(EDotSizeMode::Big, 32);
+        LookUp_ExpectUsed<CPrintUnitDataMap_2>(SDotSize::Big, 32);
         LookUp_ExpectUsed<CPrintUnitDataMap_5>(1, 16);
         LookUp_ExpectUsed<CPrintUnitDataMap_5>(2, 32);
         LookUp_ExpectUsed<CPrintUnitDataMap_03>(1, 64);
@@ -459,10 +459,10 @@ void Order_Expect(TArguments... arguments)
 TEST(OverriddenMapData_Line, IsCalledInOrderUpToTheFirstFalse)
 {
     Order_Expect<CPrintUnitDataMap_1>(16);
-    Order_Expect<CPrintUnitDataMap_2>(EDotSizeMode::Big, 16);
+    Order_Expect<CPrintUnitDataMap_2>(SDotSize::Big, 16);
     Order_Expect<CPrintUnitDataMap_5>(1, 16);
     Order_Expect<CPrintUnitDataMap_6>(1, 16);
-    Order_Expect<CPrintUnitDataMap_7>(EDotSizeMode::Big, 16);
+    Order_Expect<CPrintUnitDataMap_7>(SDotSize::Big, 16);
     Order_Expect<CPrintUnitDataMap_8>(16);
     Order_Expect<CPrintUnitDataMap_03>(1, 64);
     Order_Expect<CPrintUnitDataMap_03_01>(1, 16);

@@ -1,7 +1,6 @@
 // What the map tests share: makers of initialised maps, lines of bytes, and a line call that owns its scratch object.
 #pragma once
 
-#include "Platform/Log/CustomBoostLog.h"
 #include "Tests/DataMap/MapTestAccess.h"
 #include "Tests/Support/LogCapture.h"
 #include "Tests/Twin/BoardTwin.h"

@@ -17,8 +17,8 @@ TEST(PrintUnitDataMap_2, InitSetsTheGeometryOfTwoBitsPerUnit)
 {
     const CLogCapture log;
     CPrintUnitDataMap_2 map;
-    EXPECT_EQ(A::DotSizeMode(map), EDotSizeMode::None);
-    ASSERT_TRUE(map.Init(EDotSizeMode::Middle, 48));
+    EXPECT_EQ(A::DotSizeMode(map), SDotSize::None);
+    ASSERT_TRUE(map.Init(SDotSize::Middle, 48));
     EXPECT_EQ(map.SrcBitCount(), 1);
     EXPECT_EQ(A::SrcBitMask(map), 1);
     EXPECT_EQ(map.DstBitCount(), 2);
@@ -27,7 +27,7 @@ TEST(PrintUnitDataMap_2, InitSetsTheGeometryOfTwoBitsPerUnit)
     EXPECT_EQ(map.MapDataSizeOfByte(), 48);
     EXPECT_EQ(A::UnitMapDataSize(map), 256 * 48);
     EXPECT_EQ(A::MapDataSize(map), 24 * 256 * 48);
-    EXPECT_EQ(A::DotSizeMode(map), EDotSizeMode::Middle);
+    EXPECT_EQ(A::DotSizeMode(map), SDotSize::Middle);
     EXPECT_EQ(map.SrcPixelCount_2_BoardBitCount(10), 480);
     EXPECT_TRUE(log.Records().empty());
 }
@@ -86,9 +86,9 @@ TEST(PrintUnitDataMap_2, AnUnknownDropSizeFailsWithOneRecordAndKeepsTheEmptyTabl
 TEST(PrintUnitDataMap_2, ACopyHasTheDropSizeToo)
 {
     CPrintUnitDataMap_2 map;
-    ASSERT_TRUE(map.Init(EDotSizeMode::Big, 16));
+    ASSERT_TRUE(map.Init(SDotSize::Big, 16));
     CPrintUnitDataMap_2 copy(map);
-    EXPECT_EQ(A::DotSizeMode(copy), EDotSizeMode::Big);
+    EXPECT_EQ(A::DotSizeMode(copy), SDotSize::Big);
     EXPECT_EQ(copy.AllMapData_Get(), map.AllMapData_Get());
     A::MapData_Set(copy, nullptr); // one owner only
 }

@@ -30,8 +30,8 @@ TEST(PrintUnitDataMap_7, InitSetsTheGeometryOfByteColumns)
 {
     const CLogCapture log;
     CPrintUnitDataMap_7 map;
-    EXPECT_EQ(A::DotSizeMode(map), EDotSizeMode::None);
-    ASSERT_TRUE(map.Init(EDotSizeMode::Small, 24));
+    EXPECT_EQ(A::DotSizeMode(map), SDotSize::None);
+    ASSERT_TRUE(map.Init(SDotSize::Small, 24));
     EXPECT_EQ(map.SrcBitCount(), 1);
     EXPECT_EQ(A::SrcBitMask(map), 1);
     EXPECT_EQ(map.DstBitCount(), 2);
@@ -40,7 +40,7 @@ TEST(PrintUnitDataMap_7, InitSetsTheGeometryOfByteColumns)
     EXPECT_EQ(map.MapDataSizeOfByte(), 2);
     EXPECT_EQ(A::UnitMapDataSize(map), 512);
     EXPECT_EQ(A::MapDataSize(map), 512);
-    EXPECT_EQ(A::DotSizeMode(map), EDotSizeMode::Small);
+    EXPECT_EQ(A::DotSizeMode(map), SDotSize::Small);
     EXPECT_TRUE(log.Records().empty());
 }
 
@@ -148,15 +148,15 @@ TEST(PrintUnitDataMap_7, InitIsVirtual)
     };
     CProbe probe;
     CPrintUnitDataMap_7& map = probe;
-    EXPECT_FALSE(map.Init(EDotSizeMode::Big, 16));
+    EXPECT_FALSE(map.Init(SDotSize::Big, 16));
 }
 
 TEST(PrintUnitDataMap_7, ACopyHasTheDropSizeToo)
 {
     CPrintUnitDataMap_7 map;
-    ASSERT_TRUE(map.Init(EDotSizeMode::Big, 16));
+    ASSERT_TRUE(map.Init(SDotSize::Big, 16));
     CPrintUnitDataMap_7 copy(map);
-    EXPECT_EQ(A::DotSizeMode(copy), EDotSizeMode::Big);
+    EXPECT_EQ(A::DotSizeMode(copy), SDotSize::Big);
     EXPECT_EQ(copy.AllMapData_Get(), map.AllMapData_Get());
     A::MapData_Set(copy, nullptr); // one owner only
 }

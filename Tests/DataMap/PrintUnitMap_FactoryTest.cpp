@@ -1,5 +1,4 @@
 // The map factory: its whole decision table, and every record of a refusal.
-#include "Platform/GlobalConfig/DPOption.h"
 #include "Tests/DataMap/MapTestSupport.h"
 
 #include <functional>
@@ -15,31 +14,24 @@ namespace
 using A = SMapTestAccess;
 using MapPtr = std::unique_ptr<CPrintUnitDataMap_Base>;
 
-// Sets the data-path options; puts the old ones back in the end.
+// Sets the data-path options; puts the defaults back in the end.
 class COptionScope
 {
 public:
-    COptionScope()
-        : m_old{GC_DPOption()->DataMapStyle_Get(), GC_DPOption()->DataPushStyle_Get(),
-                GC_DPOption()->PrinterSupportBits_Get(), GC_DPOption()->PrinterDataWidth_Get()}
-    {
-    }
-    COptionScope(int mapStyle, int pushStyle, int supportBits, int dataWidth) : COptionScope()
+    COptionScope() = default;
+    COptionScope(int mapStyle, int pushStyle, int supportBits, int dataWidth)
     {
         Set(mapStyle, pushStyle, supportBits, dataWidth);
     }
-    ~COptionScope() { GC_DPOption()->Set(m_old); }
+    ~COptionScope() { Platform_Set(SOptionSetup{}); }
     COptionScope(const COptionScope&) = delete;
     COptionScope& operator=(const COptionScope&) = delete;
 
     static void Set(int mapStyle, int pushStyle, int supportBits, int dataWidth)
     {
-        GC_DPOption()->Set({static_cast<EDataMapStyle>(mapStyle), static_cast<EDataPushStyle>(pushStyle),
-                            static_cast<EPrinterSupportBits>(supportBits), dataWidth});
+        Platform_Set(SOptionSetup{static_cast<EDataMapStyle>(mapStyle), static_cast<EDataPushStyle>(pushStyle),
+                                  static_cast<EPrinterSupportBits>(supportBits), dataWidth});
     }
-
-private:
-    SDPOption m_old;
 };
 
 // What a set of options should give: a class, or null with a number of records.
@@ -108,7 +100,7 @@ SDecision Decision_Expected(int mapStyle, int pushStyle, int supportBits, int sr
     return pushStyle == 2 ? Decision_ByPixel(mapStyle == 7, supportBits, srcBitCount) : decisionSilent;
 }
 
-MapPtr Factory_Call(int srcBitCount, EDotSizeMode dotSizeMode = EDotSizeMode::Middle)
+MapPtr Factory_Call(int srcBitCount, EDotSizeMode dotSizeMode = SDotSize::Middle)
 {
     return MapPtr(CPrintUnitMap_Factory::Init_DataMap(srcBitCount, dotSizeMode));
 }
@@ -246,7 +238,7 @@ TEST(PrintUnitMap_Factory, TheLeavesRefuseMapStylesThatAreNotTheirs)
                     ElementsAre("CPrintUnitMap_Factory::Init_DataMap_ByPixel_SupportBits_1"));
         for (const int srcBitCount : {1, 2})
         {
-            EXPECT_THAT(Refusal_Functions([&] { return A::Factory_SupportBits_2(srcBitCount, EDotSizeMode::Big); }),
+            EXPECT_THAT(Refusal_Functions([&] { return A::Factory_SupportBits_2(srcBitCount, SDotSize::Big); }),
                         ElementsAre("CPrintUnitMap_Factory::Init_DataMap_ByPixel_SupportBits_2"));
         }
         const MapPtr map(A::Factory_SupportBits_Multiple(2));
@@ -258,7 +250,7 @@ TEST(PrintUnitMap_Factory, TheLeavesRefuseMapStylesThatAreNotTheirs)
 TEST(PrintUnitMap_Factory, ByPixelItselfDoesNotLookAtTheMapStyle)
 {
     const COptionScope options(1, 1, 5, 16);
-    const MapPtr map(A::Factory_ByPixel(1, EDotSizeMode::Big));
+    const MapPtr map(A::Factory_ByPixel(1, SDotSize::Big));
     ASSERT_NE(map, nullptr);
     EXPECT_EQ(Class_Of(*map), typeid(CPrintUnitDataMap_5));
 }

@@ -1,5 +1,7 @@
 // The worker-thread frame: how it creates the thread, and what it does with exceptions.
 #include "KelCommon/KelBaseThread.h"
+
+#include "PlatformEnds.h" // of the edition that the program is built for
 #include "Tests/Platform/ScriptedWorker.h"
 #include "Tests/Support/LogCapture.h"
 
@@ -33,14 +35,15 @@ struct SCall
     bool bSecurityAttributes = false;
     std::size_t stackSize = 0;
     const void* parameter = nullptr;
-    DWORD creationFlags = 0;
-    const DWORD* threadId = nullptr;
+    TestThreadWord creationFlags = 0;
+    const TestThreadWord* threadId = nullptr;
 };
 std::vector<SCall> g_calls;
 bool g_bRefuse = false;
 
-HANDLE CreateThread(void* securityAttributes, std::size_t stackSize, unsigned long (*startRoutine)(void*),
-                    CKelBaseThread<CWorker>* parameter, DWORD creationFlags, DWORD* threadId)
+TestThreadHandle CreateThread(void* securityAttributes, std::size_t stackSize, unsigned long (*startRoutine)(void*),
+                              CKelBaseThread<CWorker>* parameter, TestThreadWord creationFlags,
+                              TestThreadWord* threadId)
 {
     g_calls.push_back({securityAttributes != nullptr, stackSize, parameter, creationFlags, threadId});
     return g_bRefuse ? nullptr : ::CreateThread(nullptr, stackSize, startRoutine, parameter, creationFlags, threadId);
@@ -53,8 +56,8 @@ public:
     std::vector<int> m_statesAfterCreation;
 
     int State() const { return m_threadState; }
-    HANDLE ThreadHandle() const { return m_threadHandle; }
-    const DWORD* ThreadIdField() const { return &m_threadId; }
+    TestThreadHandle ThreadHandle() const { return m_threadHandle; }
+    const TestThreadWord* ThreadIdField() const { return &m_threadId; }
 
 protected:
     bool CustomCreateThread() override
@@ -117,7 +120,7 @@ TEST(KelBaseThread, AThreadThatCannotBeCreatedIsOneRecordAndAFalseAndLeavesNoTra
         const CLogCapture capture;
         EXPECT_FALSE(worker.Start("Unit2Board"));
         EXPECT_THAT(Lines(capture), ElementsAre(startError));
-        EXPECT_EQ(capture.Records()[0].severity, ESeverityLevel::Error);
+        EXPECT_EQ(capture.Records()[0].severity, SSeverity::Error);
         EXPECT_THAT(capture.Records()[0].function,
                     AllOf(HasSubstr("CKelBaseThread<"), HasSubstr("::CustomCreateThread()")));
         EXPECT_THAT(capture.Records()[0].function, HasSubstr("CWorker"));
@@ -160,7 +163,7 @@ class KelBaseThreadOnAStarvedSystem : public testing::Test
 protected:
     void SetUp() override
     {
-        SleepingThreads_End(); // one of them would do
+        SleepingThreads_Release(); // one of them would do
         pthread_getattr_default_np(&m_before);
         pthread_attr_t starved;
         pthread_attr_init(&starved);
@@ -293,7 +296,7 @@ TEST(KelBaseThread, ARunThatEndsByItselfWritesNoRecord)
 
 TEST(KelBaseThread, RunningWorkersHaveDifferentThreadNumbers)
 {
-    std::set<DWORD> ids;
+    std::set<std::uint32_t> ids;
     CScriptedWorker workers[8];
     for (auto& worker : workers)
     {

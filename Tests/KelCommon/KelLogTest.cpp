@@ -27,7 +27,7 @@ public:
         KEL_LOG(severity, "value = " + std::to_string(value));
         return __LINE__ - 1;
     }
-    static void PublishedRecord_Write() { KEL_LOG_AT(ESeverityLevel::Error, 144, "failure"); }
+    static void PublishedRecord_Write() { KEL_LOG_AT(SSeverity::Error, 144, "failure"); }
 };
 
 } // namespace
@@ -35,10 +35,10 @@ public:
 TEST(KelLog, ARecordCarriesSeverityTextFullSignatureFileAndTheLineOfItsStatement)
 {
     const CLogCapture capture;
-    const int line = CWriter::Record_Write(ESeverityLevel::Info, 17L);
+    const int line = CWriter::Record_Write(SSeverity::Info, 17L);
     const auto records = capture.Records();
     ASSERT_EQ(records.size(), 1U);
-    EXPECT_EQ(records[0].severity, ESeverityLevel::Info);
+    EXPECT_EQ(records[0].severity, SSeverity::Info);
     EXPECT_EQ(records[0].message, "value = 17");
     EXPECT_EQ(records[0].fileName, "KelLogTest");
     EXPECT_EQ(records[0].line, line);
@@ -55,18 +55,18 @@ TEST(KelLog, APublishedLineIsTheRecordsLine)
 
 TEST(KelLog, TheSeveritiesAreTheirNumbers)
 {
-    EXPECT_EQ(static_cast<int>(ESeverityLevel::Debug), 0);
-    EXPECT_EQ(static_cast<int>(ESeverityLevel::Info), 1);
-    EXPECT_EQ(static_cast<int>(ESeverityLevel::Error), 2);
+    EXPECT_EQ(static_cast<int>(SSeverity::Debug), 0);
+    EXPECT_EQ(static_cast<int>(SSeverity::Info), 1);
+    EXPECT_EQ(static_cast<int>(SSeverity::Error), 2);
 }
 
 TEST(KelLog, TheMessageIsCopiedBeforeTheCallReturns)
 {
     const CLogCapture capture;
     std::string message = "before";
-    KEL_LOG(ESeverityLevel::Error, message);
+    KEL_LOG(SSeverity::Error, message);
     message = "after!";
-    KEL_LOG(ESeverityLevel::Error, std::string_view("a message that is cut").substr(2, 7));
+    KEL_LOG(SSeverity::Error, std::string_view("a message that is cut").substr(2, 7));
     EXPECT_EQ(capture.Summary(), (std::vector<std::string>{"2 before @KelLogTest", "2 message @KelLogTest"}));
 }
 
@@ -77,7 +77,7 @@ TEST(KelLog, ASignatureIsCutAfterItsFirst511Characters)
     {
         const std::string signature = std::string(length == 0 ? 0 : length - 1, 'f') + (length == 0 ? "" : ")");
         const CLogCapture capture;
-        KelLog_Write(SKelLogSite{ESeverityLevel::Error, signature.c_str(), "File", 3}, "failure");
+        KelLog_Write(SKelLogSite{SSeverity::Error, signature.c_str(), "File", 3}, "failure");
         const auto records = capture.Records();
         ASSERT_EQ(records.size(), 1U);
         EXPECT_EQ(records[0].function, signature.substr(0, 511)) << length;
@@ -89,7 +89,7 @@ TEST(KelLog, AScopeEndsWithItsRecord)
 {
     const CLogCapture capture;
     CWriter::PublishedRecord_Write();
-    KEL_LOG_AT(ESeverityLevel::Error, 7, "failure");
+    KEL_LOG_AT(SSeverity::Error, 7, "failure");
     const auto records = capture.Records();
     ASSERT_EQ(records.size(), 2U);
     EXPECT_EQ(records[1].line, 7);

@@ -4,8 +4,10 @@
 
 #include "KelCommon/KelBaseThread.h"
 #include "Tests/Platform/TestSignal.h"
+#include "Tests/Support/PlatformSetup.h"
 
 #include <atomic>
+#include <cstdint>
 #include <functional>
 #include <thread>
 
@@ -35,16 +37,12 @@ public:
     std::atomic<int> m_finallyCount{0};
 
     int State() const { return m_threadState; }
-    DWORD ThreadId() const { return m_threadId; }
-    HANDLE ThreadHandle() const { return m_threadHandle; }
+    std::uint32_t ThreadId() const { return static_cast<std::uint32_t>(m_threadId); }
+    auto ThreadHandle() const { return m_threadHandle; }
     const std::string& Name() const { return m_threadName; }
 
     // Of a thread that has ended.
-    DWORD ExitCode() const
-    {
-        DWORD exitCode = 0xDEAD;
-        return GetExitCodeThread(m_threadHandle, &exitCode) ? exitCode : 0xDEAD;
-    }
+    unsigned long ExitCode() const { return ThreadExitCode_Get(m_threadHandle); }
 
     // Starts, and waits for an end that comes by itself.
     bool RunToItsEnd() { return Start("ScriptedWorker") && WaitExit(testPatienceMs); }

@@ -1,11 +1,7 @@
-// Gives a test a configuration of its own and puts the defaults back afterwards.
+// Gives a test a configuration of its own and puts the defaults back afterwards. On any edition of the platform.
 #pragma once
 
-#include "Platform/GlobalConfig/CartInfo.h"
-#include "Platform/GlobalConfig/ColorGroup.h"
-#include "Platform/GlobalConfig/DPConfig.h"
-#include "Platform/GlobalConfig/DPOption.h"
-#include "Platform/PrintParam/PrintParamGlobal.h"
+#include "Tests/Support/PlatformSetup.h"
 
 #include <map>
 #include <string>
@@ -17,32 +13,32 @@ public:
     CConfigGuard()
     {
         m_param.m_jobInfo.m_bitsPerPixel = 1;
-        m_param.m_dotSizeMode = EDotSizeMode::Small;
+        m_param.m_dotSizeMode = SDotSize::Small;
         Apply();
     }
     ~CConfigGuard()
     {
-        GC_DPOption()->Set(SDPOption{});
-        DPD_PrintParam()->Set(SPrintParam{});
-        GC_CartInfo()->Set(SCartInfo{});
-        GC_ColorGroup()->Set({});
-        GC_DPConfig()->Set(SDPConfig{});
+        Platform_Set(SOptionSetup{});
+        Platform_Set(SPrintSetup{});
+        Platform_Set(SCartSetup{});
+        Platform_Set(std::map<std::string, SGroupSetup>{});
+        Platform_Set(SConfigSetup{});
     }
     CConfigGuard(const CConfigGuard&) = delete;
     CConfigGuard& operator=(const CConfigGuard&) = delete;
 
     void Apply()
     {
-        GC_DPOption()->Set(m_option);
-        DPD_PrintParam()->Set(m_param);
-        GC_CartInfo()->Set(m_cart);
-        GC_ColorGroup()->Set(m_colorGroups);
-        GC_DPConfig()->Set(m_config);
+        Platform_Set(m_option);
+        Platform_Set(m_param);
+        Platform_Set(m_cart);
+        Platform_Set(m_colorGroups);
+        Platform_Set(m_config);
     }
 
-    SDPOption m_option;
-    SPrintParam m_param;
-    SCartInfo m_cart;
-    std::map<std::string, CColorGroupInfo> m_colorGroups; // by key
-    SDPConfig m_config;
+    SOptionSetup m_option;
+    SPrintSetup m_param;
+    SCartSetup m_cart;
+    std::map<std::string, SGroupSetup> m_colorGroups; // by name
+    SConfigSetup m_config;
 };

@@ -1,7 +1,7 @@
 // Collects the log records that are written while it lives, for tests that assert on them. Records of any thread.
 #pragma once
 
-#include "Platform/Log/CustomBoostLog.h"
+#include "Tests/Support/PlatformSetup.h"
 
 #include <mutex>
 #include <string>
@@ -12,18 +12,18 @@ class CLogCapture
 public:
     CLogCapture()
     {
-        m_listenerId = CCustomBoostLog::Listener_Add(
-            [this](const SLogRecord& record)
+        m_listenerId = LogListener_Add(
+            [this](const SLogEntry& record)
             {
                 const std::lock_guard guard(m_lock);
                 m_records.push_back(record);
             });
     }
-    ~CLogCapture() { CCustomBoostLog::Listener_Remove(m_listenerId); }
+    ~CLogCapture() { LogListener_Remove(m_listenerId); }
     CLogCapture(const CLogCapture&) = delete;
     CLogCapture& operator=(const CLogCapture&) = delete;
 
-    std::vector<SLogRecord> Records() const
+    std::vector<SLogEntry> Records() const
     {
         const std::lock_guard guard(m_lock);
         return m_records;
@@ -55,6 +55,6 @@ public:
 
 private:
     mutable std::mutex m_lock;
-    std::vector<SLogRecord> m_records;
+    std::vector<SLogEntry> m_records;
     int m_listenerId = 0;
 };

@@ -8,18 +8,10 @@
 namespace
 {
 
-std::vector<std::int32_t> Words(const SBandHeader& header)
-{
-    std::vector<std::int32_t> words(13);
-    std::memcpy(words.data(), &header, 13 * sizeof(std::int32_t));
-    words.push_back(header.m_bSkip ? 1 : 0);
-    return words;
-}
-
 STwinBand Twin_Of(const SBandImage& image)
 {
-    return {image.header.m_unitIndex,
-            image.header.m_unitDirection,
+    return {image.header.UnitIndex(),
+            image.header.UnitDirection(),
             image.width,
             image.bitsPerPixel,
             image.height,
@@ -41,7 +33,7 @@ std::vector<SBandImage> Output_Take(CUnitData2BoardData_Base& stage, std::size_t
     while (boards.size() < count)
     {
         CBandData* raw = nullptr;
-        if (stage.OutputProcessor_Get()->Out(raw, 20))
+        if (Output_Of(stage).Out(raw, 20))
         {
             boards.push_back(Image_Of(*raw));
             delete raw;
@@ -61,16 +53,10 @@ void Stage_End(CUnitData2BoardData_Base& stage)
     stage.Stop();
     EXPECT_TRUE(stage.WaitExit(withoutLimit));
     EXPECT_TRUE(stage.IsThreadSuccess());
-    EXPECT_FALSE(stage.OutputProcessor_Get()->WaitForOut(0));
+    EXPECT_FALSE(Output_Of(stage).WaitForOut(0));
 }
 
 } // namespace
-
-bool SBandImage::operator==(const SBandImage& other) const
-{
-    return Words(header) == Words(other.header) && width == other.width && height == other.height &&
-           bitsPerPixel == other.bitsPerPixel && bytesPerLine == other.bytesPerLine && data == other.data;
-}
 
 void Job_Configure(CConfigGuard& config, const SInkJob& job)
 {
@@ -83,13 +69,13 @@ void Job_Configure(CConfigGuard& config, const SInkJob& job)
 
 SBandImage Image_Of(const CBandData& band)
 {
-    return {band, band.m_width, band.m_height, band.m_bitsPerPixel, band.m_bytesPerLine, Data_Of(band)};
+    return {BandHeader_Get(band), band.m_width, band.m_height, band.m_bitsPerPixel, band.m_bytesPerLine, Data_Of(band)};
 }
 
 void Band_Fill(CBandData& band, const SBandImage& image, int alignBytes)
 {
     EXPECT_TRUE(band.Create(image.width, image.height, image.bitsPerPixel, alignBytes));
-    static_cast<SBandHeader&>(band) = image.header;
+    BandHeader_Set(band, image.header);
     std::copy(image.data.begin(), image.data.end(), band.m_pData);
 }
 
@@ -104,10 +90,14 @@ SBandImage Band_Noise(const SInkJob& job, std::mt19937& random, int unitIndex, i
 {
     const CStripeModel model(job.stripes);
     SBandImage image;
-    auto word = [&] { return static_cast<std::int32_t>(random()); };
-    image.header = {word(), bandAttr,         word(), word(), unitIndex, static_cast<std::int32_t>(random() % 4),
-                    word(), word(),           word(), word(), word(),    word(),
-                    word(), random() % 2 == 0};
+    for (std::int32_t& headerWord : image.header.words)
+    {
+        headerWord = static_cast<std::int32_t>(random());
+    }
+    image.header.BandAttr_Set(bandAttr);
+    image.header.words[4] = unitIndex;
+    image.header.words[5] = static_cast<std::int32_t>(random() % 4);
+    image.header.bSkip = random() % 2 == 0;
     image.width = job.stripes.bandWidth;
     image.height = model.LineCount(bandAttr);
     image.bitsPerPixel = job.stripes.bByUnit ? 1 : job.stripes.bitsPerPixel;
@@ -137,14 +127,14 @@ SBandImage Board_Expected(const SInkJob& job, int number)
     for (const SBandImage& image : step)
     {
         twins.push_back(Twin_Of(image));
-        units.push_back(image.header.m_unitIndex);
+        units.push_back(image.header.UnitIndex());
     }
     std::vector<SModelBand> stripes;
     if (job.stripes.leftStripeWidth + job.stripes.rightStripeWidth > 0)
     {
         for (const int unit : model.RestUnits(units))
         {
-            stripes.push_back(model.Band_Make(unit, step.front().header.m_bandAttr));
+            stripes.push_back(model.Band_Make(unit, step.front().header.BandAttr()));
         }
     }
     for (const SModelBand& stripe : stripes)
@@ -153,14 +143,14 @@ SBandImage Board_Expected(const SInkJob& job, int number)
     }
     const STwinBoardBand board = CBoardTwin(job.twin).Band_Map(twins);
     SBandImage expected{step.front().header, board.width, board.height, 1, board.bytesPerLine, board.data};
-    expected.header.m_bandNo = number;
+    expected.header.BandNo_Set(number);
     return expected;
 }
 
 std::vector<SBandImage> Job_Run(CUnitData2BoardData_Base& stage, const SInkJob& job)
 {
     const std::size_t inputCount = job.steps.front().size();
-    std::vector<std::unique_ptr<CBandDataFIFO>> fifos;
+    std::vector<std::unique_ptr<CTestPool>> fifos;
     std::vector<CBandDataFIFO*> inputs;
     for (std::size_t i = 0; i < inputCount; ++i)
     {
@@ -203,7 +193,7 @@ std::vector<SBandImage> Job_Run(CUnitData2BoardData_AllUnit_2& stage, const SInk
         {
             for (const SStepImage& step : job.steps)
             {
-                while (!input.HasSpaceEvent().Wait(20))
+                while (!input.HasSpaceEvent().Wait(20, 0))
                 {
                     if (stage.WaitExit(0)) // it has failed: nothing will be taken
                     {

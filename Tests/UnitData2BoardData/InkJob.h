@@ -2,6 +2,7 @@
 // checked twin and the stripe model place for them, and the ways to run a job on a stage's own thread.
 #pragma once
 
+#include "Tests/Support/BandHeader.h"
 #include "Tests/Twin/BoardTwin.h"
 #include "Tests/UnitData2BoardData/InkSupport.h"
 
@@ -12,14 +13,14 @@
 // A band by its content; the same one can be made any number of times.
 struct SBandImage
 {
-    SBandHeader header;
+    STestBandHeader header;
     int width = 0;
     int height = 0;
     int bitsPerPixel = 1;
     int bytesPerLine = 0;
     std::vector<unsigned char> data;
 
-    bool operator==(const SBandImage& other) const;
+    bool operator==(const SBandImage&) const = default;
 };
 
 using SStepImage = std::vector<SBandImage>; // a step's bands, in the order of the inputs
@@ -27,8 +28,8 @@ using SStepImage = std::vector<SBandImage>; // a step's bands, in the order of t
 struct SInkJob
 {
     SModelJob stripes;
-    SDPOption option; // the push style is the stripes'
-    EDotSizeMode dotSizeMode = EDotSizeMode::Small;
+    SOptionSetup option; // the push style is the stripes'
+    EDotSizeMode dotSizeMode = SDotSize::Small;
     int jobBits = 1; // bits per pixel of the job as ripped
     int lineGeneratorCount = 1;
     STwinStyle twin;

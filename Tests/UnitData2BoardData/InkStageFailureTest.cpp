@@ -58,13 +58,13 @@ protected:
     }
 
     // Feeds steps until the stage has ended, at most `limit`; returns how many board bands came.
-    static int Feed(CUnitData2BoardData_Base& stage, CBandDataFIFO& pool, int limit)
+    static int Feed(CUnitData2BoardData_Base& stage, CTestPool& pool, int limit)
     {
         int boards = 0;
         for (int i = 0; i < limit && Band_Push(pool, i); ++i)
         {
             CBandData* board = nullptr;
-            while (!stage.OutputProcessor_Get()->Out(board, 1))
+            while (!Output_Of(stage).Out(board, 1))
             {
                 if (stage.WaitExit(0))
                 {
@@ -169,7 +169,7 @@ TEST_P(InkStageFailure, AThreadOfTheConversionThatCannotStartFailsTheStep)
             EXPECT_EQ(Feed(stage, *pool, 5), goodSteps);
             EXPECT_TRUE(stage.WaitExit(10000));
             EXPECT_FALSE(stage.IsThreadSuccess());
-            EXPECT_FALSE(stage.OutputProcessor_Get()->IsCompleted());
+            EXPECT_FALSE(Output_Of(stage).IsCompleted());
             EXPECT_EQ(CThreadFailure::Running_Count(), 0);
             EXPECT_THAT(Record_Operations(log), ElementsAreArray(expected));
         }
@@ -185,7 +185,7 @@ TEST_P(InkStageFailure, AThreadOfTheConversionThatCannotStartFailsTheStep)
                 bands.push_back(Band_Make(0, 32, 4));
                 ASSERT_TRUE(BandSet_Push(input, BandSet_Make(std::move(bands))));
                 CBandData* board = nullptr;
-                ASSERT_EQ(stage.OutputProcessor_Get()->Out(board, i < goodSteps ? 10000 : 20), i < goodSteps);
+                ASSERT_EQ(Output_Of(stage).Out(board, i < goodSteps ? 10000 : 20), i < goodSteps);
                 delete board;
             }
             EXPECT_TRUE(stage.WaitExit(10000));
@@ -218,7 +218,7 @@ TEST_F(InkStageFailure, ALineThatFailsLeavesTheBandUnfinishedUntilTheHourIsOver)
         ASSERT_TRUE(pool->Full_In(band, 0));
         EXPECT_TRUE(stage.WaitExit(10000));
         EXPECT_FALSE(stage.IsThreadSuccess());
-        EXPECT_FALSE(stage.OutputProcessor_Get()->WaitForOut(0));
+        EXPECT_FALSE(Output_Of(stage).WaitForOut(0));
         EXPECT_NE(stage.m_pOutputBand, nullptr); // the destructor's, like the input
         EXPECT_EQ(stage.m_pInputElements->size(), 1U);
         EXPECT_EQ(CThreadFailure::Running_Count(), 0);

@@ -67,7 +67,7 @@ void Stall(std::mt19937& random)
 SInkJob Job_Make()
 {
     SInkJob job;
-    job.option.m_dataMapStyle = EDataMapStyle::FramePerPixel;
+    job.option.m_dataMapStyle = SMapStyle::FramePerPixel;
     job.option.m_printerDataWidth = 16;
     job.twin = {ETwinStyle::Style_5, 1, 16, 1};
     job.stripes.bandWidth = 40;
@@ -91,7 +91,7 @@ SInkJob Job_Make()
         for (int unit = 0; unit < 3; ++unit)
         {
             bands.push_back(Band_Noise(job, random, (step + unit * 2) % 6, step % 2));
-            bands.back().header.m_bSkip = false;
+            bands.back().header.bSkip = false;
         }
         job.steps.push_back(bands);
     }
@@ -107,7 +107,7 @@ struct STally
     std::atomic<std::int64_t> blocksAtTheEnd{0};
 };
 
-void Consume(CBandDataFIFO_S& output, const std::vector<SBandImage>& cycle, STally& tally, unsigned seed)
+void Consume(CTestOutputEnd output, const std::vector<SBandImage>& cycle, STally& tally, unsigned seed)
 {
     std::mt19937 random(seed);
     while (tally.taken < stepCount)
@@ -120,7 +120,7 @@ void Consume(CBandDataFIFO_S& output, const std::vector<SBandImage>& cycle, STal
         }
         const std::unique_ptr<CBandData> board(raw);
         SBandImage expected = cycle[static_cast<std::size_t>(tally.taken) % cycle.size()];
-        expected.header.m_bandNo = tally.taken;
+        expected.header.BandNo_Set(tally.taken);
         if (!(Image_Of(*board) == expected))
         {
             ++tally.wrong;
@@ -158,7 +158,7 @@ TEST(InkStageSoak, ThousandsOfStepsWithStallsOnBothSidesLoseNothingAndKeepNothin
         cycle.push_back(Board_Expected(job, step));
     }
 
-    std::array<std::unique_ptr<CBandDataFIFO>, 3> pools;
+    std::array<std::unique_ptr<CTestPool>, 3> pools;
     std::vector<CBandDataFIFO*> inputs;
     for (auto& pool : pools)
     {
@@ -213,8 +213,8 @@ TEST(InkStageSoak, ThousandsOfStepsWithStallsOnBothSidesLoseNothingAndKeepNothin
         });
     STally inkTally;
     STally setTally;
-    std::thread inkConsumer([&] { Consume(*inkStripe.OutputProcessor_Get(), cycle, inkTally, 3); });
-    std::thread setConsumer([&] { Consume(*oneFIFO.OutputProcessor_Get(), cycle, setTally, 4); });
+    std::thread inkConsumer([&] { Consume(Output_Of(inkStripe), cycle, inkTally, 3); });
+    std::thread setConsumer([&] { Consume(Output_Of(oneFIFO), cycle, setTally, 4); });
     std::atomic<bool> bDone{false};
     std::thread tuner(
         [&]
@@ -222,7 +222,7 @@ TEST(InkStageSoak, ThousandsOfStepsWithStallsOnBothSidesLoseNothingAndKeepNothin
             std::mt19937 random(5);
             while (!bDone)
             {
-                GC_DPConfig()->Set({1 + static_cast<int>(random() % 6)});
+                Platform_Set(SConfigSetup{1 + static_cast<int>(random() % 6)});
                 std::this_thread::sleep_for(std::chrono::milliseconds(3));
             }
         });
@@ -237,8 +237,8 @@ TEST(InkStageSoak, ThousandsOfStepsWithStallsOnBothSidesLoseNothingAndKeepNothin
 
     EXPECT_TRUE(inkStripe.IsThreadSuccess());
     EXPECT_TRUE(oneFIFO.IsThreadSuccess());
-    EXPECT_TRUE(inkStripe.OutputProcessor_Get()->IsCompleted());
-    EXPECT_TRUE(oneFIFO.OutputProcessor_Get()->IsCompleted());
+    EXPECT_TRUE(Output_Of(inkStripe).IsCompleted());
+    EXPECT_TRUE(Output_Of(oneFIFO).IsCompleted());
     ExpectAllAccountedFor(inkTally);
     ExpectAllAccountedFor(setTally);
     for (auto& pool : pools) // every input band has come home

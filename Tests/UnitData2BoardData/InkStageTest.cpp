@@ -1,4 +1,6 @@
 // The ink-stripe stage driven by hand: its record, its output allocation, what a failure leaves, the band conversion.
+#include "DataMap/PlatformWord.h"
+#include "Platform/GlobalConfig/ColorGroup.h"
 #include "Tests/UnitData2BoardData/InkSupport.h"
 
 #include "DataMap/PrintUnitDataMap_03.h"
@@ -26,7 +28,7 @@ TEST_F(InkStage, AFreshStageHasNoRecordAndNoColourGroup)
 
 TEST_F(InkStage, TheRecordTakesEveryWordFromItsSource)
 {
-    SPrintParam& param = m_config.m_param;
+    SPrintSetup& param = m_config.m_param;
     param.m_inkStripeParam = {101, 102, 103, 104, 105, 106, 107, 108};
     param.m_curPrint_JobWidth = 201;
     param.m_jobInfo_CurPrint = {301, 302, 303};
@@ -39,14 +41,14 @@ TEST_F(InkStage, TheRecordTakesEveryWordFromItsSource)
     CInkStage stage;
     ASSERT_TRUE(SAccess::Init_Param(stage));
     const SInkStripeParam_Run& run = *stage.m_pInkStripeParam;
-    EXPECT_EQ(run.pixelParam.m_mode, 101);
+    EXPECT_EQ(Word_Get<1>(run.pixelParam), 101);
     EXPECT_EQ(run.pixelParam.leftStripeWidth, 102);
     EXPECT_EQ(run.pixelParam.rightStripeWidth, 103);
     EXPECT_EQ(run.pixelParam.unitPitch, 104);
-    EXPECT_EQ(run.pixelParam.m_distance, 105);
+    EXPECT_EQ(Word_Get<5>(run.pixelParam), 105);
     EXPECT_EQ(run.pixelParam.unitPosition, 106);
     EXPECT_EQ(run.pixelParam.unitPositionCount, 107);
-    EXPECT_EQ(run.pixelParam.m_flags, 108);
+    EXPECT_EQ(Word_Get<8>(run.pixelParam) & 0xFFFF, 108); // a word of 16 bits
     EXPECT_EQ(run.jobWidth, 201);
     EXPECT_EQ(run.jobInfo_3, 303);
     EXPECT_EQ(run.xMaxOffset_Left2Right, 401);
@@ -68,13 +70,13 @@ TEST_F(InkStage, ASecondJobStillUsesTheValuesOfTheFirst)
     ASSERT_TRUE(m_pStage->OneLoop()); // ReleaseInputElement
     ASSERT_EQ(m_pStage->m_processState, 2);
 
-    SPrintParam second = m_config.m_param;
+    SPrintSetup second = m_config.m_param;
     second.m_curPrint_JobWidth = 999;
     second.m_jobInfo_CurPrint.m_bitsPerPixel = 2;
     second.m_inkStripeParam = {};
     second.m_maskData.m_maskCount_1 = 7;
     second.m_unitInfo_Horizon.m_xMaxOffset_Left2Right = 50;
-    DPD_PrintParam()->Set(second);
+    Platform_Set(second);
     Input_Hold(0, 1);
     m_pStage->m_processState = 3;
     ASSERT_TRUE(m_pStage->OneLoop());
@@ -97,13 +99,13 @@ TEST_F(InkStage, WhatBelongsToAUnitIsReadAnewInEveryStep)
     m_job.units[1].color = {0x77};
     m_job.units[1].direction = 8;
     const CStripeModel model(m_job);
-    SPrintParam second = m_config.m_param;
+    SPrintSetup second = m_config.m_param;
     second.m_unitInfo_Horizon.m_units[1] = {1, 5, 4};
     second.m_inkStripeColorData[1] = Color_Make({0x77});
-    DPD_PrintParam()->Set(second);
-    SCartInfo cart = m_config.m_cart;
+    Platform_Set(second);
+    SCartSetup cart = m_config.m_cart;
     cart.m_units[1].m_direction = 8;
-    GC_CartInfo()->Set(cart);
+    Platform_Set(cart);
     Input_Hold(0, 0);
     m_pStage->m_processState = 3;
     ASSERT_TRUE(m_pStage->OneLoop());

@@ -65,7 +65,7 @@ protected:
 
     CConfigGuard m_config;
     CLogCapture m_log;
-    std::unique_ptr<CBandDataFIFO> m_pPool; // outlives the stage
+    std::unique_ptr<CTestPool> m_pPool; // outlives the stage
     CInkStage m_stage;
 };
 
@@ -137,14 +137,14 @@ TEST_F(InkStageThread, RunsAJobToItsEndAndSaysSo)
     {
         ASSERT_TRUE(Band_Push(*m_pPool, i, 10000));
         CBandData* raw = nullptr;
-        ASSERT_TRUE(m_stage.OutputProcessor_Get()->Out(raw, 10000));
+        ASSERT_TRUE(Output_Of(m_stage).Out(raw, 10000));
         EXPECT_EQ(raw->m_bandNo, i);
         delete raw;
     }
     m_pPool->SetCompletedFlag();
     EXPECT_TRUE(m_stage.WaitExit(10000));
     EXPECT_TRUE(m_stage.IsThreadSuccess());
-    EXPECT_TRUE(m_stage.OutputProcessor_Get()->IsCompleted());
+    EXPECT_TRUE(Output_Of(m_stage).IsCompleted());
     EXPECT_THAT(m_log.Summary(), ElementsAre("1 Complete : CUnitData2BoardData_Base @UnitData2BoardData_Base"));
 }
 
@@ -168,7 +168,7 @@ TEST_F(InkStageThread, AConsumerThatStallsHoldsTheStageBackAndLosesNothing)
     for (int i = 0; i < 10; ++i)
     {
         CBandData* raw = nullptr;
-        ASSERT_TRUE(output->Out(raw, 10000));
+        ASSERT_TRUE(CTestOutputEnd(*output).Out(raw, 10000));
         EXPECT_EQ(raw->m_bandNo, i);
         delete raw;
     }
@@ -183,13 +183,13 @@ TEST_F(InkStageThread, AProducerThatDiesIsWaitedForUntilTheStop)
     Stage_Start(2);
     ASSERT_TRUE(Band_Push(*m_pPool));
     CBandData* raw = nullptr;
-    ASSERT_TRUE(m_stage.OutputProcessor_Get()->Out(raw, 10000));
+    ASSERT_TRUE(Output_Of(m_stage).Out(raw, 10000));
     delete raw;
     EXPECT_FALSE(m_stage.WaitExit(250)); // nothing more comes, and nobody says that nothing will
     m_stage.Stop();
     EXPECT_TRUE(m_stage.WaitExit(10000));
     EXPECT_TRUE(m_stage.IsThreadSuccess());
-    EXPECT_FALSE(m_stage.OutputProcessor_Get()->IsCompleted());
+    EXPECT_FALSE(Output_Of(m_stage).IsCompleted());
     EXPECT_THAT(m_log.Summary(), IsEmpty());
 }
 
@@ -245,8 +245,8 @@ TEST_F(InkStageThread, AStopInAnyStateFinishesThatStateOnly)
         EXPECT_TRUE(stage.IsThreadSuccess());
         EXPECT_EQ(stage.m_processState, state == 5 ? 2 : state + 1);
         EXPECT_EQ(stage.m_pInputElements->size(), state >= 2 && state <= 4 ? 1U : 0U);
-        EXPECT_EQ(stage.OutputProcessor_Get()->WaitForOut(0), state >= 4);
-        EXPECT_FALSE(stage.OutputProcessor_Get()->IsCompleted());
+        EXPECT_EQ(Output_Of(stage).WaitForOut(0), state >= 4);
+        EXPECT_FALSE(Output_Of(stage).IsCompleted());
     }
     EXPECT_THAT(m_log.Summary(), IsEmpty());
 }
@@ -263,19 +263,19 @@ TEST_F(InkStageThread, AStopInTheMiddleOfABandLetsTheBandFinish)
     ASSERT_TRUE(Eventually([&] { return map.m_lineCount == 2; })); // both generators hold a line
     m_stage.Stop();
     EXPECT_FALSE(m_stage.WaitExit(150));
-    EXPECT_FALSE(m_stage.OutputProcessor_Get()->WaitForOut(0));
+    EXPECT_FALSE(Output_Of(m_stage).WaitForOut(0));
     map.m_bHold = false;
     EXPECT_TRUE(m_stage.WaitExit(10000));
     EXPECT_TRUE(m_stage.IsThreadSuccess());
     EXPECT_EQ(map.m_lineCount, height);
     CBandData* raw = nullptr;
-    ASSERT_TRUE(m_stage.OutputProcessor_Get()->Out(raw, 0));
+    ASSERT_TRUE(Output_Of(m_stage).Out(raw, 0));
     const std::unique_ptr<CBandData> board(raw);
     for (int i = 0; i < board->m_dataSize; ++i)
     {
         ASSERT_EQ(board->m_pData[i], i % 2 == 0 ? 0x80 : 0); // unit 0 in every frame
     }
-    EXPECT_FALSE(m_stage.OutputProcessor_Get()->IsCompleted());
+    EXPECT_FALSE(Output_Of(m_stage).IsCompleted());
     EXPECT_EQ(m_stage.m_pInputElements->size(), 1U); // the step is not released: the destructor frees its band
     EXPECT_THAT(m_log.Summary(), IsEmpty());
 }
@@ -286,7 +286,7 @@ TEST_F(InkStageThread, ABandWithoutLinesIsPassedOn)
     ASSERT_TRUE(m_stage.Create(false, {m_pPool.get()}));
     ASSERT_TRUE(Band_Push(*m_pPool));
     CBandData* raw = nullptr;
-    ASSERT_TRUE(m_stage.OutputProcessor_Get()->Out(raw, 10000));
+    ASSERT_TRUE(Output_Of(m_stage).Out(raw, 10000));
     EXPECT_EQ(raw->m_height, 0);
     EXPECT_EQ(raw->m_unitIndex, 3);
     delete raw;
@@ -308,13 +308,13 @@ TEST_F(InkStageThread, SkippedStepsMakeNoBoardBandAndNoGap)
     for (const int number : {0, 1})
     {
         CBandData* raw = nullptr;
-        ASSERT_TRUE(m_stage.OutputProcessor_Get()->Out(raw, 10000));
+        ASSERT_TRUE(Output_Of(m_stage).Out(raw, 10000));
         EXPECT_EQ(raw->m_bandNo, number);
         delete raw;
     }
     m_stage.Stop();
     EXPECT_TRUE(m_stage.WaitExit(withoutLimit));
-    EXPECT_FALSE(m_stage.OutputProcessor_Get()->WaitForOut(0));
+    EXPECT_FALSE(Output_Of(m_stage).WaitForOut(0));
 }
 
 TEST_F(InkStageThread, StartsAndStopsLeaveNothingBehind)
@@ -334,12 +334,12 @@ TEST_F(OneFIFOStageOutside, AProducerThatDiesIsWaitedForUntilTheStop)
 {
     ASSERT_TRUE(m_stage.Create(m_input));
     ASSERT_TRUE(BandSet_Push(m_input, BandSet_Make(Set_Make(1))));
-    ASSERT_TRUE(m_stage.OutputProcessor_Get()->WaitForOut(10000));
+    ASSERT_TRUE(Output_Of(m_stage).WaitForOut(10000));
     EXPECT_FALSE(m_stage.WaitExit(250));
     m_stage.Stop();
     EXPECT_TRUE(m_stage.WaitExit(10000));
     EXPECT_TRUE(m_stage.IsThreadSuccess());
-    EXPECT_FALSE(m_stage.OutputProcessor_Get()->IsCompleted()); // and what it holds is the destructor's
+    EXPECT_FALSE(Output_Of(m_stage).IsCompleted()); // and what it holds is the destructor's
     EXPECT_THAT(m_log.Summary(), IsEmpty());
 }
 
@@ -384,9 +384,9 @@ TEST_F(OneFIFOStageOutside, AStopInAnyStateFinishesThatStateOnly)
         EXPECT_TRUE(stage.IsThreadSuccess());
         EXPECT_EQ(stage.m_processState, state == 5 ? 2 : state + 1);
         EXPECT_EQ(stage.m_pInputElements->size(), state >= 2 && state <= 4 ? 1U : 0U);
-        EXPECT_EQ(stage.OutputProcessor_Get()->WaitForOut(0), state >= 4);
-        EXPECT_FALSE(stage.OutputProcessor_Get()->IsCompleted());
-        EXPECT_FALSE(input.HasDataEvent().Wait(0));
+        EXPECT_EQ(Output_Of(stage).WaitForOut(0), state >= 4);
+        EXPECT_FALSE(Output_Of(stage).IsCompleted());
+        EXPECT_FALSE(input.HasDataEvent().Wait(0, 0));
     }
     EXPECT_THAT(m_log.Summary(), IsEmpty());
 }
@@ -404,7 +404,7 @@ TEST_F(OneFIFOStageOutside, AStopInTheMiddleOfABandLetsTheBandFinish)
     EXPECT_FALSE(m_stage.WaitExit(150));
     map.m_bHold = false;
     EXPECT_TRUE(m_stage.WaitExit(10000));
-    EXPECT_TRUE(m_stage.OutputProcessor_Get()->WaitForOut(0));
+    EXPECT_TRUE(Output_Of(m_stage).WaitForOut(0));
     EXPECT_EQ(map.m_lineCount, 40);
     EXPECT_TRUE(m_stage.IsThreadSuccess());
     EXPECT_THAT(m_log.Summary(), IsEmpty());

@@ -47,35 +47,37 @@ struct SKind
 
 SKind Kind_Get(EKind kind)
 {
-    using enum EPrinterSupportBits;
+    constexpr auto OneBit = SSupportBits::OneBit;
+    constexpr auto TwoBit = SSupportBits::TwoBit;
+    constexpr auto Multiple = SSupportBits::Multiple;
     switch (kind)
     {
     case EKind::Frame16:
-        return {EDataMapStyle::Frame16, ETwinStyle::Style_1, false, false, OneBit, 1, 1, 16, 1};
+        return {SMapStyle::Frame16, ETwinStyle::Style_1, false, false, OneBit, 1, 1, 16, 1};
     case EKind::DotSize:
-        return {EDataMapStyle::FramePerPixel, ETwinStyle::Style_2, true, false, TwoBit, 1, 1, 8, 2};
+        return {SMapStyle::FramePerPixel, ETwinStyle::Style_2, true, false, TwoBit, 1, 1, 8, 2};
     case EKind::OneBit:
-        return {EDataMapStyle::FramePerPixel, ETwinStyle::Style_5, true, false, OneBit, 1, 1, 8, 1};
+        return {SMapStyle::FramePerPixel, ETwinStyle::Style_5, true, false, OneBit, 1, 1, 8, 1};
     case EKind::TwoBit:
-        return {EDataMapStyle::FramePerPixel, ETwinStyle::Style_5, true, false, TwoBit, 2, 2, 8, 2};
+        return {SMapStyle::FramePerPixel, ETwinStyle::Style_5, true, false, TwoBit, 2, 2, 8, 2};
     case EKind::Multiple:
-        return {EDataMapStyle::ByteInterleaved, ETwinStyle::Style_5, true, false, Multiple, 2, 2, 8, 2};
+        return {SMapStyle::ByteInterleaved, ETwinStyle::Style_5, true, false, Multiple, 2, 2, 8, 2};
     case EKind::OneBitByUnit:
-        return {EDataMapStyle::FramePerPixel, ETwinStyle::Style_5, true, true, Multiple, 1, 1, 8, 1};
+        return {SMapStyle::FramePerPixel, ETwinStyle::Style_5, true, true, Multiple, 1, 1, 8, 1};
     case EKind::Columns:
-        return {EDataMapStyle::ByteInterleaved, ETwinStyle::Style_6, true, false, OneBit, 1, 1, 8, 1};
+        return {SMapStyle::ByteInterleaved, ETwinStyle::Style_6, true, false, OneBit, 1, 1, 8, 1};
     case EKind::ColumnsTwoBit:
-        return {EDataMapStyle::ByteInterleaved, ETwinStyle::Style_6, true, false, TwoBit, 2, 2, 8, 1};
+        return {SMapStyle::ByteInterleaved, ETwinStyle::Style_6, true, false, TwoBit, 2, 2, 8, 1};
     case EKind::ColumnsByUnit:
-        return {EDataMapStyle::ByteInterleaved, ETwinStyle::Style_6, true, true, OneBit, 1, 1, 8, 1};
+        return {SMapStyle::ByteInterleaved, ETwinStyle::Style_6, true, true, OneBit, 1, 1, 8, 1};
     case EKind::DotColumns:
-        return {EDataMapStyle::ByteInterleaved, ETwinStyle::Style_7, true, false, TwoBit, 1, 1, 8, 1};
+        return {SMapStyle::ByteInterleaved, ETwinStyle::Style_7, true, false, TwoBit, 1, 1, 8, 1};
     case EKind::Planes:
-        return {EDataMapStyle::PlanePair, ETwinStyle::Style_8, false, false, OneBit, 2, 1, 8, 1};
+        return {SMapStyle::PlanePair, ETwinStyle::Style_8, false, false, OneBit, 2, 1, 8, 1};
     case EKind::Blocks:
-        return {EDataMapStyle::Block, ETwinStyle::Style_03, false, false, OneBit, 1, 1, 32, 4};
+        return {SMapStyle::Block, ETwinStyle::Style_03, false, false, OneBit, 1, 1, 32, 4};
     default:
-        return {EDataMapStyle::Block13, ETwinStyle::Style_03_01, false, false, OneBit, 1, 1, 8, 4};
+        return {SMapStyle::Block13, ETwinStyle::Style_03_01, false, false, OneBit, 1, 1, 8, 4};
     }
 }
 
@@ -94,7 +96,7 @@ SInkJob Job_DrawMap(EKind kind)
     job.option.m_printerSupportBits = is.supportBits;
     job.option.m_printerDataWidth = is.twin == ETwinStyle::Style_1 ? 16 : is.frameWidths * Draw(1, 3);
     job.jobBits = is.jobBits;
-    job.dotSizeMode = *rc::gen::element(EDotSizeMode::Small, EDotSizeMode::Middle, EDotSizeMode::Big);
+    job.dotSizeMode = *rc::gen::element(SDotSize::Small, SDotSize::Middle, SDotSize::Big);
     job.twin = {is.twin, is.bByUnit ? 1 : is.jobBits, job.option.m_printerDataWidth, static_cast<int>(job.dotSizeMode)};
     SModelJob& stripes = job.stripes;
     stripes.bByUnit = is.bPushFixed ? is.bByUnit : *rc::gen::arbitrary<bool>();
@@ -155,7 +157,7 @@ SStepImage Step_Make(const SInkJob& job, std::mt19937& random, const std::vector
         step.push_back(Band_Noise(job, random, unit, bandAttr));
         if (step.size() > 1)
         {
-            step.back().header.m_bandAttr = static_cast<std::int32_t>(random() % 3); // only the first one's counts
+            step.back().header.BandAttr_Set(static_cast<std::int32_t>(random() % 3)); // only the first one's counts
         }
     }
     return step;
@@ -244,7 +246,7 @@ RC_GTEST_PROP(InkStageTwin, WithoutStripesAllThreeStagesGiveTheSameBandsOnTheTab
 TEST(InkStageTwin, TheBytesAreTheSameForEveryNumberOfLineGenerators)
 {
     SInkJob job;
-    job.option.m_dataMapStyle = EDataMapStyle::ByteInterleaved;
+    job.option.m_dataMapStyle = SMapStyle::ByteInterleaved;
     job.twin = {ETwinStyle::Style_6, 1, 16, 1};
     job.stripes.bandWidth = 24;
     job.stripes.jobWidth = 300;

@@ -1,4 +1,5 @@
 // The stripe bands: which units get one, how large it is, and where in it the two stripes stand.
+#include "Tests/Support/BandHeader.h"
 #include "Tests/UnitData2BoardData/InkSupport.h"
 
 #include <gmock/gmock.h>
@@ -155,8 +156,8 @@ TEST_F(InkStripe, ABandOfAUnitThatIsNotOnTheCartTakesNoPlace)
 TEST_F(InkStripe, RestUnitsAreCartUnitsThoughTheColourGroupKnowsMore)
 {
     Stage_Prepare();
-    m_config.m_colorGroups[CColorGroupInfo::Key_Pattern_Layout()].m_units[77] = {1, 77};
-    m_config.m_colorGroups[CColorGroupInfo::Key_Pattern_Layout()].m_units.erase(3);
+    m_config.m_colorGroups[patternLayoutGroup].m_positions[77] = 1;
+    m_config.m_colorGroups[patternLayoutGroup].m_positions.erase(3);
     m_config.Apply();
     Input_Hold(0);
     EXPECT_THAT(SAccess::RestUnits(*m_pStage), ElementsAre(1, 2, 3));
@@ -250,7 +251,9 @@ TEST_F(InkStripe, AStripeBandNamesItsUnitItsPassAndTheCartsDirectionAndNothingEl
     CBandData& input = Input_Hold(0, 6);
     input.m_bandNo = 12;
     input.m_unitDirection = 9;
-    input.m_pageIndex = 3;
+    STestBandHeader header = BandHeader_Get(input);
+    header.words[3] = 3;
+    BandHeader_Set(input, header);
     input.m_bSkip = true;
     ASSERT_TRUE(m_pStage->AllocateOutputBuffer());
     const CBandData& stripe = Element(3);
@@ -258,7 +261,7 @@ TEST_F(InkStripe, AStripeBandNamesItsUnitItsPassAndTheCartsDirectionAndNothingEl
     EXPECT_EQ(stripe.m_bandAttr, 6);
     EXPECT_EQ(stripe.m_unitDirection, 4); // of the cart unit
     EXPECT_EQ(stripe.m_bandNo, 0);
-    EXPECT_EQ(stripe.m_pageIndex, 0);
+    EXPECT_EQ(BandHeader_Get(stripe).words[3], 0);
     EXPECT_FALSE(stripe.m_bSkip);
 }
 

@@ -75,8 +75,8 @@ inline std::shared_ptr<const CBandData> Color_Make(const std::vector<unsigned ch
 // Puts the job into the configuration: what the stripes need, and nothing of the data map.
 inline void Job_Configure(CConfigGuard& config, const SModelJob& job)
 {
-    config.m_option.m_dataPushStyle = job.bByUnit ? EDataPushStyle::ByUnit : EDataPushStyle::ByPixel;
-    SPrintParam& param = config.m_param;
+    config.m_option.m_dataPushStyle = job.bByUnit ? SPushStyle::ByUnit : SPushStyle::ByPixel;
+    SPrintSetup& param = config.m_param;
     param.m_jobInfo_CurPrint.m_bitsPerPixel = job.bitsPerPixel;
     param.m_curPrint_JobWidth = job.jobWidth;
     param.m_alignByteCountPerLine = job.alignBytes;
@@ -92,18 +92,18 @@ inline void Job_Configure(CConfigGuard& config, const SModelJob& job)
     param.m_inkStripeColorData.clear();
     config.m_cart.m_headBaseInfo.m_bandWidth = job.bandWidth;
     config.m_cart.m_units.clear();
-    CColorGroupInfo group;
+    SGroupSetup group;
     for (const SModelUnit& unit : job.units)
     {
         config.m_cart.m_units.push_back({unit.id, 0, 0, unit.direction});
-        group.m_units[unit.id] = {unit.position, unit.id};
+        group.m_positions[unit.id] = unit.position;
         param.m_unitInfo_Horizon.m_units[unit.id] = {unit.id, unit.horizon_1, unit.horizon_2};
         if (unit.bHasColor)
         {
             param.m_inkStripeColorData[unit.id] = Color_Make(unit.color);
         }
     }
-    config.m_colorGroups = {{CColorGroupInfo::Key_Pattern_Layout(), group}};
+    config.m_colorGroups = {{patternLayoutGroup, group}};
     config.Apply();
 }
 
@@ -122,7 +122,7 @@ inline SBufferData<CBandData*>* BandSet_Make(std::vector<std::unique_ptr<CBandDa
 // Queues an element, or the null marker, as soon as there is room. From one thread.
 inline bool BandSet_Push(CBandSetFIFO& fifo, SBufferData<CBandData*>* bandSet, unsigned long timeoutMs = 10000)
 {
-    return fifo.HasSpaceEvent().Wait(timeoutMs) && fifo.In(bandSet);
+    return fifo.HasSpaceEvent().Wait(timeoutMs, 0) && fifo.In(bandSet);
 }
 
 // What a stripe band, or a step's own band, holds.
@@ -135,7 +135,7 @@ inline std::vector<unsigned char> Data_Of(const CBandData& band)
 inline std::vector<std::string> Record_Operations(const CLogCapture& log)
 {
     std::vector<std::string> operations;
-    for (const SLogRecord& record : log.Records())
+    for (const SLogEntry& record : log.Records())
     {
         const std::string beforeArguments = record.function.substr(0, record.function.find('('));
         const std::string name = beforeArguments.substr(beforeArguments.rfind(' ') + 1);

@@ -1,4 +1,5 @@
 // The one-FIFO stage: its setup, the sets that it takes, and who owns what on every way.
+#include "Tests/Support/BandHeader.h"
 #include "Tests/UnitData2BoardData/InkSupport.h"
 
 #include <gmock/gmock.h>
@@ -141,7 +142,7 @@ TEST_F(OneFIFOStage, ACreateWhoseThreadCannotStartWritesOneRecordAndLeavesTheRes
 
 TEST_F(OneFIFOStage, CreateAsksForTheMapOfTheJobAsRipped)
 {
-    m_config.m_option.m_printerSupportBits = EPrinterSupportBits::TwoBit;
+    m_config.m_option.m_printerSupportBits = SSupportBits::TwoBit;
     m_config.m_param.m_jobInfo.m_bitsPerPixel = 2;
     m_config.m_param.m_jobInfo_CurPrint.m_bitsPerPixel = 1;
     m_config.Apply();
@@ -173,7 +174,9 @@ TEST_F(OneFIFOStage, ASetOfOneBandIsAStepOfOneUnit)
     auto band = Band_Make(3, 16, 2);
     band->m_pData[0] = 0x80;
     band->m_bandNo = 55;
-    band->m_swathIndex = 6;
+    STestBandHeader header = BandHeader_Get(*band);
+    header.words[2] = 6;
+    BandHeader_Set(*band, header);
     std::vector<std::unique_ptr<CBandData>> bands;
     bands.push_back(std::move(band));
     ASSERT_TRUE(m_input.In(BandSet_Make(std::move(bands))));
@@ -185,10 +188,10 @@ TEST_F(OneFIFOStage, ASetOfOneBandIsAStepOfOneUnit)
     }
     EXPECT_THAT(states, ElementsAre(3, 4, 5, 2));
     CBandData* raw = nullptr;
-    ASSERT_TRUE(m_pOutput->Out(raw, 0));
+    ASSERT_TRUE(CTestOutputEnd(*m_pOutput).Out(raw, 0));
     const std::unique_ptr<CBandData> board(raw);
     EXPECT_EQ(board->m_bandNo, 0);
-    EXPECT_EQ(board->m_swathIndex, 6);
+    EXPECT_EQ(BandHeader_Get(*board).words[2], 6);
     EXPECT_EQ(board->m_unitIndex, 3);
     EXPECT_EQ(board->m_pData[0], 0x10);
     EXPECT_THAT(Units(), IsEmpty()); // deleted: the leak checker watches
@@ -257,7 +260,7 @@ TEST_F(OneFIFOStage, TheNullMarkerCompletesTheOutputAndStopsWithoutARecord)
     EXPECT_EQ(m_pStage->m_stopCount, 1);
     EXPECT_EQ(m_pStage->m_processState, 2);
     EXPECT_THAT(m_journal, ElementsAre("out.WaitForIn", "out.SetCompletedFlag"));
-    EXPECT_TRUE(m_pOutput->IsCompleted());
+    EXPECT_TRUE(CTestOutputEnd(*m_pOutput).IsCompleted());
     EXPECT_THAT(log.Summary(), IsEmpty());
 }
 
@@ -277,7 +280,7 @@ TEST_F(OneFIFOStage, AnElementWithoutBandsFailsTheStateAndIsNotFreed)
         EXPECT_EQ(m_pStage->m_processState, 2);
         EXPECT_THAT(Units(), IsEmpty());
         EXPECT_EQ(element->count, count);
-        EXPECT_FALSE(m_pOutput->IsCompleted());
+        EXPECT_FALSE(CTestOutputEnd(*m_pOutput).IsCompleted());
     }
 }
 
@@ -334,7 +337,7 @@ TEST_F(OneFIFOStage, DestructionFreesTheStepWhicheverStateTheStageIsIn)
 {
     m_config.m_cart.m_units = {{0, 0, 0, 1}, {1, 0, 0, 1}, {2, 0, 0, 1}};
     m_config.m_cart.m_headBaseInfo.m_bandWidth = 16;
-    m_config.m_colorGroups[CColorGroupInfo::Key_Pattern_Layout()] = {};
+    m_config.m_colorGroups[patternLayoutGroup] = {};
     m_config.m_param.m_inkStripeParam.leftStripeWidth = 1; // unit 2 gets a stripe band
     m_config.m_param.m_inkStripeColorData[2] = Color_Make({0xFF});
     m_config.m_param.m_maskData.m_maskCount_1 = 1;
@@ -353,7 +356,7 @@ TEST_F(OneFIFOStage, DestructionFreesTheStepWhicheverStateTheStageIsIn)
         }
         const std::size_t held[] = {0, 2, 3, 3, 0};
         EXPECT_EQ(m_pStage->m_pInputElements->size(), held[loops]);
-        EXPECT_EQ(m_input.HasDataEvent().Wait(0), loops == 0);
+        EXPECT_EQ(m_input.HasDataEvent().Wait(0, 0), loops == 0);
         m_pStage.reset(); // the leak checker watches
         SBufferData<CBandData*>* untaken = nullptr;
         if (m_input.Out(untaken))
@@ -384,7 +387,7 @@ TEST(OneFIFOStageThread, RunsToTheNullMarkerAndReportsSuccess)
         });
     std::vector<int> numbers;
     auto* output = stage.OutputProcessor_Get();
-    for (CBandData* board = nullptr; output->Out(board, 1000);)
+    for (CBandData* board = nullptr; CTestOutputEnd(*output).Out(board, 1000);)
     {
         numbers.push_back(board->m_bandNo);
         delete board;
@@ -395,7 +398,7 @@ TEST(OneFIFOStageThread, RunsToTheNullMarkerAndReportsSuccess)
     }
     producer.join();
     EXPECT_TRUE(stage.WaitExit(10000));
-    EXPECT_TRUE(output->IsCompleted());
+    EXPECT_TRUE(CTestOutputEnd(*output).IsCompleted());
     EXPECT_TRUE(stage.IsThreadSuccess());
     ASSERT_EQ(numbers.size(), static_cast<std::size_t>(stepCount));
     for (int i = 0; i < stepCount; ++i)
@@ -419,19 +422,19 @@ TEST(OneFIFOStageThread, TakesTheNextSetOnlyWhenItsOneBoardBandIsTaken)
     ASSERT_TRUE(BandSet_Push(input, nullptr));
     for (int i = 0; i < 3; ++i)
     {
-        ASSERT_TRUE(output->WaitForOut(10000));
+        ASSERT_TRUE(CTestOutputEnd(*output).WaitForOut(10000));
         std::this_thread::sleep_for(std::chrono::milliseconds(150)); // longer than any of the stage's waits
         EXPECT_FALSE(output->WaitForIn(0));
-        EXPECT_TRUE(input.HasDataEvent().Wait(0)) << "the next set, or the marker, still waits";
-        EXPECT_FALSE(output->IsCompleted());
+        EXPECT_TRUE(input.HasDataEvent().Wait(0, 0)) << "the next set, or the marker, still waits";
+        EXPECT_FALSE(CTestOutputEnd(*output).IsCompleted());
         CBandData* raw = nullptr;
-        ASSERT_TRUE(output->Out(raw, 0));
+        ASSERT_TRUE(CTestOutputEnd(*output).Out(raw, 0));
         const std::unique_ptr<CBandData> board(raw);
         EXPECT_EQ(board->m_bandNo, i);
         EXPECT_EQ(board->m_unitIndex, i);
     }
     EXPECT_TRUE(stage.WaitExit(10000));
-    EXPECT_TRUE(output->IsCompleted());
+    EXPECT_TRUE(CTestOutputEnd(*output).IsCompleted());
 }
 
 TEST(OneFIFOStageThread, AnElementWithoutBandsEndsTheThreadAndIsAbandoned)
@@ -444,7 +447,7 @@ TEST(OneFIFOStageThread, AnElementWithoutBandsEndsTheThreadAndIsAbandoned)
     ASSERT_TRUE(BandSet_Push(input, BandSet_WithoutBands_Make(0)));
     EXPECT_TRUE(stage.WaitExit(10000));
     EXPECT_FALSE(stage.IsThreadSuccess());
-    EXPECT_FALSE(stage.OutputProcessor_Get()->IsCompleted());
+    EXPECT_FALSE(Output_Of(stage).IsCompleted());
     EXPECT_THAT(log.Summary(), ElementsAre("2 failure @UnitData2BoardData_AllUnit_2",
                                            "2 m_processState = 2 @UnitData2BoardData_Base"));
 }

@@ -59,7 +59,7 @@ public:
             band->m_bandAttr = 1;
             fifo->Full_In(band, testPatienceMs);
         }
-        CBandDataFIFO_S& output = *m_stage.OutputProcessor_Get();
+        CTestOutputEnd output = Output_Of(m_stage);
         CBandData* board = nullptr;
         while (!output.Out(board, 100))
         {
@@ -96,7 +96,7 @@ public:
 
 private:
     CConfigGuard m_config;
-    std::vector<std::unique_ptr<CBandDataFIFO>> m_fifos;
+    std::vector<std::unique_ptr<CTestPool>> m_fifos;
     CUnitData2BoardData_S_AllUnit m_stage;
 };
 

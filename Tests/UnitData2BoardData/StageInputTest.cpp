@@ -36,7 +36,7 @@ TEST_F(StageInput, OneFIFOIsAOneToOneConverter)
         ASSERT_TRUE(m_stage.OneLoop());
     }
     CBandData* board = nullptr;
-    ASSERT_TRUE(m_pOutput->Out(board, 0));
+    ASSERT_TRUE(CTestOutputEnd(*m_pOutput).Out(board, 0));
     const std::unique_ptr<CBandData> own(board);
     EXPECT_EQ(board->m_width, 16 * 16);
     EXPECT_EQ(m_fifos[0]->m_returned.size(), 1U);
@@ -66,7 +66,7 @@ TEST_F(StageInput, TheEndOfAllInputsIsLoggedPassedOnAndStopsTheStageAsASuccess)
     EXPECT_THAT(log.Summary(), ElementsAre("1 Complete : CUnitData2BoardData_Base @UnitData2BoardData_Base"));
     EXPECT_THAT(log.Records()[0].function, testing::HasSubstr("CUnitData2BoardData_Base::GetInputData()"));
     EXPECT_THAT(m_journal, ElementsAre("0.Full_WaitForOut", "0.IsCompleted", "1.IsCompleted", "out.SetCompletedFlag"));
-    EXPECT_TRUE(m_pOutput->IsCompleted());
+    EXPECT_TRUE(CTestOutputEnd(*m_pOutput).IsCompleted());
 }
 
 TEST_F(StageInput, TheEndIsNotLookedForWhileABandIsHeld)

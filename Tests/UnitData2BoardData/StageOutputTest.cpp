@@ -1,11 +1,11 @@
 // The output side: the board band's making, mapping, stamp and hand-over.
+#include "Tests/Support/BandHeader.h"
 #include "Tests/Support/ConfigGuard.h"
 #include "Tests/Support/LogCapture.h"
 #include "Tests/UnitData2BoardData/StageSupport.h"
 
 #include "DataMap/PrintUnitDataMap_1.h"
 #include "DataMap/PrintUnitDataMap_2.h"
-#include "Platform/ThreadStatus/ThreadStatus.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -50,7 +50,7 @@ public:
     }
     bool GenerateBandData() override
     {
-        m_busyWhileGenerating = CThreadStatusMonitor::BusyCount_Get(ECustomThreadId::UnitData2BoardData);
+        m_busyWhileGenerating = ThreadBusy_OpenCount(8);
         const bool bResult = CStageUnderTest::GenerateBandData();
         return bResult && (!m_bLoseInput || Release_InputElement_Internal());
     }
@@ -266,33 +266,20 @@ TEST_F(StageOutput, TheThreadIsMarkedBusyForTheWholeOfProcessAndNotLonger)
 {
     CFailingStage stage;
     Process_Setup(stage, m_journal, 1);
-    const auto before = CThreadStatusMonitor::BusyTime_Get(static_cast<ECustomThreadId>(8));
+    ThreadBusy_WasClosed(8); // forgets what was before
     EXPECT_TRUE(stage.Process());
     EXPECT_EQ(stage.m_busyWhileGenerating, 1);
-    EXPECT_EQ(CThreadStatusMonitor::BusyCount_Get(static_cast<ECustomThreadId>(8)), 0);
-    EXPECT_GT(CThreadStatusMonitor::BusyTime_Get(static_cast<ECustomThreadId>(8)), before);
+    EXPECT_EQ(ThreadBusy_OpenCount(8), 0);
+    EXPECT_TRUE(ThreadBusy_WasClosed(8));
 }
 
 TEST_F(StageOutput, TheHeaderIsTheFirstInputsWithTheStagesOwnNumber)
 {
     Stage_Prepare(0);
     auto first = Band_Make(4, 16, 1);
-    auto& header = static_cast<SBandHeader&>(*first);
-    header.m_bandNo = 77;
-    header.m_bandAttr = 2;
-    header.m_swathIndex = 3;
-    header.m_pageIndex = 4;
-    header.m_unitDirection = 6;
-    header.m_firstRow = 7;
-    header.m_rowCount = 8;
-    header.m_firstColumn = 9;
-    header.m_columnCount = 10;
-    header.m_reserved_11 = 11;
-    header.m_reserved_12 = 12;
-    header.m_reserved_13 = 13;
-    header.m_bSkip = true;
-    SBandHeader expected = header;
-    expected.m_bandNo = 5;
+    STestBandHeader header = {{77, 2, 3, 4, 4, 6, 7, 8, 9, 10, 11, 12, 13}, true};
+    BandHeader_Set(*first, header);
+    header.words[0] = 5; // the stage's own number
     m_stage.m_outputBandNo = 5;
     m_stage.m_pInputElements->push_back({first.release(), nullptr});
     m_stage.m_pInputElements->push_back({Band_Make(9, 16, 1).release(), nullptr});
@@ -301,16 +288,9 @@ TEST_F(StageOutput, TheHeaderIsTheFirstInputsWithTheStagesOwnNumber)
     EXPECT_EQ(m_stage.m_outputBandNo, 6);
     EXPECT_EQ(m_stage.m_pOutputBand, nullptr);
     CBandData* board = nullptr;
-    ASSERT_TRUE(m_pOutput->Out(board, 0));
+    ASSERT_TRUE(CTestOutputEnd(*m_pOutput).Out(board, 0));
     const std::unique_ptr<CBandData> own(board);
-    const auto Words = [](const SBandHeader& words)
-    {
-        std::vector<int> all(13);
-        std::memcpy(all.data(), &words, 13 * sizeof(int));
-        all.push_back(words.m_bSkip ? 1 : 0);
-        return all;
-    };
-    EXPECT_EQ(Words(*board), Words(expected));
+    EXPECT_EQ(BandHeader_Get(*board), header);
     EXPECT_EQ(board->m_width, 16 * 16);
     EXPECT_EQ(board->m_bitsPerPixel, 1);
 }
@@ -344,7 +324,7 @@ TEST_F(StageOutput, BandNumbersCountFromZeroWhateverTheInputsNumbersAre)
             ASSERT_TRUE(m_stage.OneLoop());
         }
         CBandData* board = nullptr;
-        ASSERT_TRUE(m_pOutput->Out(board, 0));
+        ASSERT_TRUE(CTestOutputEnd(*m_pOutput).Out(board, 0));
         const std::unique_ptr<CBandData> own(board);
         EXPECT_EQ(board->m_bandNo, step);
     }

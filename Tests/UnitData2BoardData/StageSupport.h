@@ -2,9 +2,9 @@
 // down every call.
 #pragma once
 
+#include "PlatformEnds.h" // of the edition that the program is built for
+
 #include "Platform/BandData/BandData.h"
-#include "Platform/DataProcess/BandDataFIFO.h"
-#include "Platform/DataProcess/BandDataFIFO_S.h"
 #include "Tests/Platform/TestSignal.h"
 #include "UnitData2BoardData/UnitData2BoardData_Base.h"
 
@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <deque>
 #include <memory>
@@ -23,11 +24,11 @@
 using Journal = std::vector<std::string>;
 
 // An input FIFO that hands out what the test put in, never waits, and remembers what it was given.
-class CScriptedFIFO : public CBandDataFIFO
+class CScriptedFIFO : public CTestPool
 {
 public:
     CScriptedFIFO(int number, Journal& journal)
-        : CBandDataFIFO("scripted"), m_name(std::to_string(number) + '.'), m_pJournal(&journal)
+        : CTestPool("scripted"), m_name(std::to_string(number) + '.'), m_pJournal(&journal)
     {
     }
     ~CScriptedFIFO() override
@@ -96,10 +97,10 @@ private:
 };
 
 // An output FIFO with a switch for "full".
-class CScriptedOutput : public CBandDataFIFO_S
+class CScriptedOutput : public CTestOutput
 {
 public:
-    explicit CScriptedOutput(Journal& journal) : CBandDataFIFO_S(8), m_pJournal(&journal) {}
+    explicit CScriptedOutput(Journal& journal) : CTestOutput(8), m_pJournal(&journal) {}
 
     bool WaitForIn(unsigned timeoutMs) override
     {
@@ -109,12 +110,12 @@ public:
     bool In(CBandData* band, unsigned timeoutMs) override
     {
         Write("In", timeoutMs);
-        return !m_bRefuse && CBandDataFIFO_S::In(band, timeoutMs);
+        return !m_bRefuse && CTestOutput::In(band, timeoutMs);
     }
     void SetCompletedFlag() override
     {
         Write("SetCompletedFlag", 100);
-        CBandDataFIFO_S::SetCompletedFlag();
+        CTestOutput::SetCompletedFlag();
     }
 
     bool m_bFull = false;
@@ -140,7 +141,6 @@ public:
     using TStage::GenerateBandData;
     using TStage::GetInputData;
     using TStage::Initialize;
-    using TStage::IsStopRequested;
     using TStage::m_bCheckInput;
     using TStage::m_outputBandNo;
     using TStage::m_pDataMap;
@@ -163,14 +163,26 @@ public:
     void Stop() override
     {
         ++m_stopCount;
+        m_bStopRequested = true;
         TStage::Stop();
     }
 
     bool CustomCreateThread() override { return m_bRefuseThread ? false : TStage::CustomCreateThread(); }
 
-    int m_stopCount = 0;
+    bool IsStopRequested() const { return m_bStopRequested; }
+
+    std::atomic<int> m_stopCount = 0;
     bool m_bRefuseThread = false;
+
+private:
+    std::atomic<bool> m_bStopRequested{false};
 };
+
+// The next stage's side of a stage's output.
+inline CTestOutputEnd Output_Of(CUnitData2BoardData_Base& stage)
+{
+    return CTestOutputEnd(*stage.OutputProcessor_Get());
+}
 
 using CStageUnderTest = CStageUnderTestOf<CUnitData2BoardData_Base>;
 
@@ -186,9 +198,9 @@ inline std::unique_ptr<CBandData> Band_Make(int unitIndex, int width, int height
 // For stages on their own threads.
 
 // An input FIFO with a pool of bands of one unit.
-inline std::unique_ptr<CBandDataFIFO> Pool_Make(int unitIndex, int bandCount, int width = 32, int height = 4)
+inline std::unique_ptr<CTestPool> Pool_Make(int unitIndex, int bandCount, int width = 32, int height = 4)
 {
-    auto fifo = std::make_unique<CBandDataFIFO>("unit " + std::to_string(unitIndex));
+    auto fifo = std::make_unique<CTestPool>("unit " + std::to_string(unitIndex));
     std::vector<CBandData*> bands;
     for (int i = 0; i < bandCount; ++i)
     {
@@ -199,7 +211,7 @@ inline std::unique_ptr<CBandDataFIFO> Pool_Make(int unitIndex, int bandCount, in
 }
 
 // Moves one band from the pool to the stage's side.
-inline bool Band_Push(CBandDataFIFO& fifo, int bandNo = 0, unsigned long timeoutMs = 1000)
+inline bool Band_Push(CTestPool& fifo, int bandNo = 0, unsigned long timeoutMs = 1000)
 {
     CBandData* band = nullptr;
     if (!fifo.Empty_Out(band, timeoutMs))

@@ -114,10 +114,10 @@ TEST(StageThread, RunsAJobToItsEndAndReportsSuccess)
         });
     std::vector<int> numbers;
     auto* output = stage.OutputProcessor_Get();
-    while (!output->IsCompleted())
+    while (!CTestOutputEnd(*output).IsCompleted())
     {
         CBandData* board = nullptr;
-        if (output->Out(board, 100))
+        if (CTestOutputEnd(*output).Out(board, 100))
         {
             numbers.push_back(board->m_bandNo);
             EXPECT_EQ(board->m_unitIndex, 0); // the first input's header
@@ -143,7 +143,7 @@ TEST(StageThread, WithoutInputFIFOsEndsInTheThreadFrameUnderItsName)
     ASSERT_TRUE(stage.Create(false, {}));
     EXPECT_TRUE(stage.WaitExit(withoutLimit));
     EXPECT_FALSE(stage.IsThreadSuccess());
-    EXPECT_FALSE(stage.OutputProcessor_Get()->IsCompleted());
+    EXPECT_FALSE(Output_Of(stage).IsCompleted());
     EXPECT_THAT(
         log.SummaryWithLines(),
         ElementsAre("2 Thread terminated with an exception. name = CUnitData2BoardData_Base @KelBaseThread:72"));
@@ -161,7 +161,7 @@ TEST(StageThread, AStepThatFailsEndsTheThreadAndLeavesTheOutputUncompleted)
     Band_Push(*second);
     EXPECT_TRUE(stage.WaitExit(withoutLimit));
     EXPECT_FALSE(stage.IsThreadSuccess());
-    EXPECT_FALSE(stage.OutputProcessor_Get()->IsCompleted());
+    EXPECT_FALSE(Output_Of(stage).IsCompleted());
     EXPECT_THAT(log.Summary(), ElementsAre("2 failure @UnitData2BoardData_Base", "2 failure @UnitData2BoardData_Base",
                                            "2 m_processState = 3 @UnitData2BoardData_Base"));
 }
@@ -183,7 +183,7 @@ TEST(StageThread, AStepOfSkippedBandsMakesNoBoardBandAndNoGapInTheNumbers)
     EXPECT_TRUE(stage.WaitExit(withoutLimit));
     std::vector<int> numbers;
     CBandData* board = nullptr;
-    while (stage.OutputProcessor_Get()->Out(board, 0))
+    while (Output_Of(stage).Out(board, 0))
     {
         numbers.push_back(board->m_bandNo);
         delete board;
@@ -213,7 +213,7 @@ TEST(StageThread, AStoppedStageIsNoFailure)
     stage.Stop();
     EXPECT_TRUE(stage.WaitExit(withoutLimit));
     EXPECT_TRUE(stage.IsThreadSuccess());
-    EXPECT_FALSE(stage.OutputProcessor_Get()->IsCompleted());
+    EXPECT_FALSE(Output_Of(stage).IsCompleted());
     EXPECT_THAT(log.Summary(), IsEmpty());
 }
 

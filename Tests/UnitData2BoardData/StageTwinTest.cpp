@@ -15,8 +15,8 @@ namespace
 // A job that the base stage can run, and the layout that it must give.
 struct STableJob
 {
-    SDPOption option;
-    EDotSizeMode dotSizeMode = EDotSizeMode::Small;
+    SOptionSetup option;
+    EDotSizeMode dotSizeMode = SDotSize::Small;
     int jobBits = 1;  // bits per pixel of the job
     int bandBits = 1; // bits per pixel of the unit bands
     STwinStyle twin;
@@ -30,34 +30,34 @@ STableJob Job_Random()
     const int width = *rc::gen::element(8, 16, 24, 32, 64, 128);
     job.option.m_printerDataWidth = kind == 0 ? 16 : width;
     job.twin.frameWidth = job.option.m_printerDataWidth;
-    job.option.m_dataPushStyle = EDataPushStyle::ByPixel;
+    job.option.m_dataPushStyle = SPushStyle::ByPixel;
     switch (kind)
     {
     case 0:
-        job.option.m_dataMapStyle = EDataMapStyle::Frame16;
+        job.option.m_dataMapStyle = SMapStyle::Frame16;
         job.twin.style = ETwinStyle::Style_1;
         break;
     case 1:
-        job.option.m_dataMapStyle = EDataMapStyle::FramePerPixel;
-        job.option.m_printerSupportBits = EPrinterSupportBits::TwoBit;
-        job.dotSizeMode = *rc::gen::element(EDotSizeMode::Small, EDotSizeMode::Middle, EDotSizeMode::Big);
+        job.option.m_dataMapStyle = SMapStyle::FramePerPixel;
+        job.option.m_printerSupportBits = SSupportBits::TwoBit;
+        job.dotSizeMode = *rc::gen::element(SDotSize::Small, SDotSize::Middle, SDotSize::Big);
         job.twin.style = ETwinStyle::Style_2;
         job.twin.dotSizeMode = static_cast<int>(job.dotSizeMode);
         break;
     case 2:
-        job.option.m_dataMapStyle = EDataMapStyle::FramePerPixel;
-        job.option.m_printerSupportBits = EPrinterSupportBits::OneBit;
+        job.option.m_dataMapStyle = SMapStyle::FramePerPixel;
+        job.option.m_printerSupportBits = SSupportBits::OneBit;
         break;
     case 3:
-        job.option.m_dataMapStyle = EDataMapStyle::FramePerPixel;
-        job.option.m_printerSupportBits = EPrinterSupportBits::TwoBit;
+        job.option.m_dataMapStyle = SMapStyle::FramePerPixel;
+        job.option.m_printerSupportBits = SSupportBits::TwoBit;
         job.jobBits = 2;
         job.bandBits = 2;
         job.twin.srcBitCount = 2;
         break;
     default: // the job's own depth does not matter when data is pushed by unit
-        job.option.m_dataMapStyle = EDataMapStyle::FramePerPixel;
-        job.option.m_dataPushStyle = EDataPushStyle::ByUnit;
+        job.option.m_dataMapStyle = SMapStyle::FramePerPixel;
+        job.option.m_dataPushStyle = SPushStyle::ByUnit;
         job.jobBits = 2;
         break;
     }
@@ -132,7 +132,7 @@ RC_GTEST_PROP(StageTwin, EveryBoardBandOfARandomJobIsTheOneThatTheTwinPlaces, ()
         expected.push_back(CBoardTwin(job.twin).Band_Map(twins));
     }
 
-    std::vector<std::unique_ptr<CBandDataFIFO>> fifos;
+    std::vector<std::unique_ptr<CTestPool>> fifos;
     std::vector<CBandDataFIFO*> inputs;
     for (std::size_t u = 0; u < units.size(); ++u)
     {
@@ -141,7 +141,7 @@ RC_GTEST_PROP(StageTwin, EveryBoardBandOfARandomJobIsTheOneThatTheTwinPlaces, ()
         {
             pool.push_back(bands[u].release());
         }
-        fifos.push_back(std::make_unique<CBandDataFIFO>("unit"));
+        fifos.push_back(std::make_unique<CTestPool>("unit"));
         RC_ASSERT(fifos.back()->Create(pool.data(), stepCount));
         inputs.push_back(fifos.back().get());
     }
@@ -156,7 +156,7 @@ RC_GTEST_PROP(StageTwin, EveryBoardBandOfARandomJobIsTheOneThatTheTwinPlaces, ()
             RC_ASSERT(fifo->Full_In(band, 10000));
         }
         CBandData* raw = nullptr;
-        RC_ASSERT(stage.OutputProcessor_Get()->Out(raw, 10000));
+        RC_ASSERT(Output_Of(stage).Out(raw, 10000));
         const std::unique_ptr<CBandData> board(raw);
         const STwinBoardBand& twin = expected[static_cast<std::size_t>(step)];
         RC_ASSERT(board->m_bandNo == step);

@@ -48,9 +48,8 @@ EMapClass Class_Of(const CPrintUnitDataMap_Base& map)
 
 SJobMap Factory_Map(const SDPOption& option, int bitsPerPixel, EDotSizeMode dotSizeMode)
 {
-    CConfigGuard config;
-    config.m_option = option;
-    config.Apply();
+    const CConfigGuard config;
+    GC_DPOption()->Set(option);
     const std::unique_ptr<CPrintUnitDataMap_Base> map(CPrintUnitMap_Factory::Init_DataMap(bitsPerPixel, dotSizeMode));
     return map == nullptr ? SJobMap{} : SJobMap{Class_Of(*map), map->SrcBitCount(), map->DstBitCount()};
 }
