@@ -28,8 +28,14 @@ struct SMapTestAccess
     static void MapData_Set(CBase& map, unsigned char* data) { map.m_mapData = data; }
     static void MapDataSizeOfByte_Set(CBase& map, int size) { map.m_mapDataSizeOfByte = size; }
 
-    static std::int32_t DotSizeMode(const CPrintUnitDataMap_2& map) { return map.m_dotSizeMode; }
-    static std::int32_t DotSizeMode(const CPrintUnitDataMap_7& map) { return map.m_dotSizeMode; }
+    static EDotSizeMode DotSizeMode(const CPrintUnitDataMap_2& map)
+    {
+        return static_cast<EDotSizeMode>(map.m_dotSizeMode);
+    }
+    static EDotSizeMode DotSizeMode(const CPrintUnitDataMap_7& map)
+    {
+        return static_cast<EDotSizeMode>(map.m_dotSizeMode);
+    }
 
     static CPrintUnitDataMap_4* Map_4_New() { return new CPrintUnitDataMap_4(); }
     static void Map_4_Delete(CPrintUnitDataMap_4* map) { delete map; }

@@ -5,14 +5,9 @@
 #include <limits>
 #include <new>
 
-CBandData::~CBandData()
-{
-    delete[] m_pData;
-}
-
 bool CBandData::Create(int width, int height, int bitsPerPixel, int alignBytes)
 {
-    delete[] m_pData;
+    m_pMemory.reset();
     m_pData = nullptr;
     m_width = m_height = m_bitsPerPixel = m_bytesPerLine = m_dataSize = 0;
     if (width < 0 || height < 0 || bitsPerPixel < 1 || alignBytes < 1)
@@ -26,7 +21,8 @@ bool CBandData::Create(int width, int height, int bitsPerPixel, int alignBytes)
     {
         return false;
     }
-    m_pData = new (std::nothrow) unsigned char[static_cast<std::size_t>(lineLength * height)]();
+    m_pMemory.reset(new (std::nothrow) unsigned char[static_cast<std::size_t>(lineLength * height)]());
+    m_pData = m_pMemory.get();
     if (m_pData == nullptr)
     {
         return false;

@@ -1,6 +1,7 @@
 // The band FIFOs: the queue, the contract's operations, and what stands behind them.
 #include "PlainFIFO.h"
 #include "PlainHook.h"
+#include "PlainLog.h"
 
 #include <chrono>
 
@@ -190,6 +191,7 @@ std::unique_ptr<CPlainOutput::CQueue> CPlainOutput::Queue_Make(int capacity)
 {
     if (capacity < 1)
     {
+        PlainLog_CapacityRefused(capacity);
         throw 0;
     }
     return std::make_unique<CPlainOutputQueue>(capacity);

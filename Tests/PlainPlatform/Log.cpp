@@ -8,6 +8,7 @@
 #include <boost/log/core.hpp>
 #include <boost/log/sinks/basic_sink_backend.hpp>
 #include <boost/log/sinks/sync_frontend.hpp>
+#include <boost/log/sources/record_ostream.hpp>
 #include <boost/make_shared.hpp>
 
 #include <utility>
@@ -66,6 +67,13 @@ PlainSeverityLogger& CCustomBoostLog::BoostLog_Get()
         return new PlainSeverityLogger(); // workers may write while the process ends
     }();
     return logger;
+}
+
+void PlainLog_CapacityRefused(int capacity)
+{
+    const logging::attributes::named_scope::sentry scope("CBandDataFIFO_S(int)", "KelThreadPtrFIFO_T", 64);
+    BOOST_LOG_SEV(CCustomBoostLog::BoostLog_Get(), severity_of_a_failure)
+        << "Argument is invalid. bufferLen = " << capacity;
 }
 
 void PlainLog_Listen(std::function<void(const SPlainLogRecord&)> listener)

@@ -15,6 +15,9 @@ struct SPlainLogRecord
     int line = 0;
 };
 
+// The record of a band FIFO that was to have room for less than one band.
+void PlainLog_CapacityRefused(int capacity);
+
 // Called for every record, on the thread that writes it, one at a time. An empty function ends it; once this has
 // returned, the listener before is not called again.
 void PlainLog_Listen(std::function<void(const SPlainLogRecord&)> listener);

@@ -168,7 +168,7 @@ TEST(ConverterFailure, AConverterThatFailsJoinsItsGeneratorsBeforeItEnds)
     CUnit2Board converter;
     ASSERT_TRUE(job.Create(converter, 2));
     ASSERT_TRUE(turnstile.WaitEntered(2));
-    ASSERT_TRUE(Eventually([&] { return !SAccess::LineBuffer(converter)->EmptyFIFO()->HasDataEvent().Wait(0); }));
+    ASSERT_TRUE(Eventually([&] { return !SAccess::LineBuffer(converter)->EmptyFIFO()->HasDataEvent().Wait(0, 0); }));
     SAccess::LineBuffer(converter)->FullFIFO()->HasDataEvent().Set(); // a finished line that is not there
     ASSERT_TRUE(Eventually([&] { return log.Records().size() == 2; }));
     EXPECT_FALSE(converter.WaitExit(20)); // it waits for the two lines that are being mapped

@@ -40,8 +40,8 @@ protected:
     int FinishedCount() { return SAccess::FinishedCount(*m_pConverter); }
     CKelThreadBuffer_T<int>& Buffer() { return *SAccess::LineBuffer(*m_pConverter); }
 
-    bool HasFreeElement() { return Buffer().EmptyFIFO()->HasDataEvent().Wait(0); }
-    bool HasFinishedLine() { return Buffer().FullFIFO()->HasDataEvent().Wait(0); }
+    bool HasFreeElement() { return Buffer().EmptyFIFO()->HasDataEvent().Wait(0, 0); }
+    bool HasFinishedLine() { return Buffer().FullFIFO()->HasDataEvent().Wait(0, 0); }
 
     // Finishes one line, as a generator would: its index, or -1 if none is queued.
     int Line_Finish()
@@ -59,7 +59,7 @@ protected:
     // Fills a FIFO to its brim with elements of the test's making.
     static void Fill(CKelThreadPtrFIFO_T<int>& fifo)
     {
-        while (fifo.HasSpaceEvent().Wait(0))
+        while (fifo.HasSpaceEvent().Wait(0, 0))
         {
             ASSERT_TRUE(fifo.In(new int(-1)));
         }
@@ -124,7 +124,7 @@ TEST_F(ConverterState, TheBufferHasItsNameAndTwentyFreeElements)
     }
     EXPECT_EQ(count, 20);
     EXPECT_FALSE(HasFinishedLine());
-    EXPECT_FALSE(Buffer().InFIFO()->HasDataEvent().Wait(0));
+    EXPECT_FALSE(Buffer().InFIFO()->HasDataEvent().Wait(0, 0));
 }
 
 TEST_F(ConverterState, PreparingLeadsToState1AndState1ClearsTheCounters)
@@ -150,7 +150,7 @@ TEST_F(ConverterState, ABandWithoutLinesGoesStraightTo3AndStopsThere)
         EXPECT_TRUE(Step());
         EXPECT_TRUE(Step());
         EXPECT_EQ(State(), 3);
-        EXPECT_FALSE(Buffer().InFIFO()->HasDataEvent().Wait(0));
+        EXPECT_FALSE(Buffer().InFIFO()->HasDataEvent().Wait(0, 0));
         EXPECT_EQ(m_pConverter->m_stopCount, 0);
         EXPECT_TRUE(Step());
         EXPECT_EQ(m_pConverter->m_stopCount, 1);

@@ -108,7 +108,7 @@ TEST(ConverterThread, OneGeneratorHasTheOtherNineteenLinesQueued)
     CWatchedConverter converter;
     ASSERT_TRUE(job.Create(converter, 1));
     ASSERT_TRUE(turnstile.WaitEntered(1));
-    EXPECT_TRUE(Eventually([&] { return !SAccess::LineBuffer(converter)->EmptyFIFO()->HasDataEvent().Wait(0); }));
+    EXPECT_TRUE(Eventually([&] { return !SAccess::LineBuffer(converter)->EmptyFIFO()->HasDataEvent().Wait(0, 0); }));
     EXPECT_EQ(turnstile.EnteredCount(), 1);
     turnstile.Admit(40);
     EXPECT_TRUE(converter.WaitExit(testPatienceMs));

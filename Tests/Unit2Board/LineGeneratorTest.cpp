@@ -241,7 +241,7 @@ TEST_F(LineGenerator, WithoutSourceBandsEveryLineIsFinishedUntouched)
     EXPECT_TRUE(Step());
     EXPECT_EQ(State(), 4);
     EXPECT_TRUE(Step());
-    EXPECT_TRUE(m_buffer.FullFIFO()->HasDataEvent().Wait(0));
+    EXPECT_TRUE(m_buffer.FullFIFO()->HasDataEvent().Wait(0, 0));
     EXPECT_EQ(m_pJob->map.CallCount(), 0U);
     EXPECT_THAT(log.Summary(), IsEmpty());
     Scratch_Release();
@@ -260,7 +260,7 @@ TEST_F(LineGenerator, ASourceBandThatIsTooShortIsSkippedWithARecordAndTheLineSti
     ASSERT_EQ(calls.size(), 2U);
     EXPECT_EQ(calls[0].param.m_unitIndex, 10);
     EXPECT_EQ(calls[1].param.m_unitIndex, 12);
-    EXPECT_TRUE(m_buffer.FullFIFO()->HasDataEvent().Wait(0));
+    EXPECT_TRUE(m_buffer.FullFIFO()->HasDataEvent().Wait(0, 0));
     Scratch_Release();
 }
 
@@ -288,7 +288,7 @@ TEST_F(LineGenerator, AMapThatFailsLeavesTheOtherSourcesUnmappedAndEndsItWithIts
     EXPECT_EQ(m_pJob->map.CallCount(), 2U);
     EXPECT_EQ(m_generator.m_stopCount, 1);
     EXPECT_NE(LineIndex(), nullptr);
-    EXPECT_FALSE(m_buffer.FullFIFO()->HasDataEvent().Wait(0));
+    EXPECT_FALSE(m_buffer.FullFIFO()->HasDataEvent().Wait(0, 0));
     Scratch_Release();
 }
 
@@ -296,7 +296,7 @@ TEST_F(LineGenerator, AFinishedLineThatCannotBeHandedBackEndsItWithItsElementInH
 {
     Begin_WithLine(1, 4, 2);
     ASSERT_TRUE(Step());
-    while (m_buffer.FullFIFO()->HasSpaceEvent().Wait(0))
+    while (m_buffer.FullFIFO()->HasSpaceEvent().Wait(0, 0))
     {
         ASSERT_TRUE(m_buffer.FullFIFO()->In(new int(-1)));
     }
@@ -317,7 +317,7 @@ TEST_F(LineGenerator, AFullFIFOThatGetsRoomDuringTheWaitTakesTheLine)
 {
     Begin_WithLine(1, 4, 2);
     ASSERT_TRUE(Step());
-    while (m_buffer.FullFIFO()->HasSpaceEvent().Wait(0))
+    while (m_buffer.FullFIFO()->HasSpaceEvent().Wait(0, 0))
     {
         ASSERT_TRUE(m_buffer.FullFIFO()->In(new int(-1)));
     }

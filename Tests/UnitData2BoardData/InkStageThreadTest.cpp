@@ -120,12 +120,11 @@ std::chrono::nanoseconds Stop_Measure(CUnitData2BoardData_Base& stage)
     return std::chrono::steady_clock::now() - begin;
 }
 
-// Sitting through a wait would take 50 ms as a rule.
 template<class StopOnce>
 void ExpectPromptStops(StopOnce stopOnce)
 {
-    const auto median = MedianRound_Get(30, [&](int /*round*/) { return stopOnce(); });
-    EXPECT_LT(median, std::chrono::milliseconds(25));
+    const auto median = MedianRound_Get(stopRounds, [&](int /*round*/) { return stopOnce(); });
+    EXPECT_LT(median, stopBound);
 }
 
 } // namespace

@@ -197,9 +197,8 @@ TEST(StageThread, StopsPromptlyFromEverySituation)
     for (const auto situation : {ESituation::WaitsForTheFirstInput, ESituation::WaitsForALaterInput,
                                  ESituation::WaitsForRoomInTheOutput, ESituation::Generates})
     {
-        // Sitting through the waits would take 50 ms as a rule.
-        const auto median = MedianRound_Get(40, [&](int /*round*/) { return StopIn(situation); });
-        EXPECT_LT(median, std::chrono::milliseconds(25)) << "situation " << static_cast<int>(situation);
+        const auto median = MedianRound_Get(stopRounds, [&](int /*round*/) { return StopIn(situation); });
+        EXPECT_LT(median, stopBound) << "situation " << static_cast<int>(situation);
     }
 }
 

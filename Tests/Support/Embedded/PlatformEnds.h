@@ -7,9 +7,16 @@
 #include "Platform/DataProcess/BandDataFIFO_S.h"
 #include "Platform/Thread/CreateThread.h"
 
+#include <chrono>
+
 // CreateThread's types.
 using TestThreadHandle = HANDLE;
 using TestThreadWord = DWORD;
+
+// The median of how long a stage takes to stop stays below this. A stop request ends
+// this edition's waits; sitting through one would take 50 ms as a rule.
+constexpr std::chrono::milliseconds stopBound{25};
+constexpr int stopRounds = 40;
 
 // An input FIFO with its producer's side, whose stage's side can be overridden.
 using CTestPool = CBandDataFIFO;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 class CBandData
 {
@@ -11,13 +12,13 @@ public:
     CBandData() = default;
     CBandData(const CBandData&) = delete;
     CBandData& operator=(const CBandData&) = delete;
-    ~CBandData();
+    ~CBandData() = default;
 
     // Makes the band `height` zeroed lines, each line's length a multiple of `alignBytes` bytes. False if that cannot
     // be.
     bool Create(int width, int height, int bitsPerPixel, int alignBytes);
 
-    unsigned char* m_pData = nullptr; // owned; line after line
+    unsigned char* m_pData = nullptr; // line after line
     std::int32_t m_dataSize = 0;      // bytes at m_pData
     std::int32_t m_bytesPerLine = 0;  // from one line's start to the next
     std::int32_t m_bitsPerPixel = 0;
@@ -32,4 +33,7 @@ public:
     std::int32_t m_unitDirection = 0;
     std::int32_t m_travelling_B[7] = {};
     bool m_bSkip = false;
+
+private:
+    std::unique_ptr<unsigned char[]> m_pMemory; // what Create set m_pData to
 };
