@@ -152,10 +152,11 @@ using CustomBoostLogDeathTest = CustomBoostLog;
 
 TEST_F(CustomBoostLog, AListenerSeesEveryPartOfARecord)
 {
-    const CLogCapture capture;
+    std::vector<SLogRecord> records;
+    const int listener = CCustomBoostLog::Listener_Add([&](const SLogRecord& record) { records.push_back(record); });
     const auto before = std::chrono::system_clock::now();
     Record_Write(info, "Complete : CUnitData2BoardData_Base");
-    const auto records = capture.Records();
+    CCustomBoostLog::Listener_Remove(listener);
     ASSERT_THAT(records, SizeIs(1));
     EXPECT_EQ(records[0].severity, info);
     EXPECT_EQ(records[0].message, "Complete : CUnitData2BoardData_Base");
