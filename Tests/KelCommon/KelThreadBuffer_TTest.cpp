@@ -262,29 +262,3 @@ TEST_P(KelThreadBuffer_TRoads, PuttingWaitsForRoomThatComesInTimeAndHasLoggedIts
     static_cast<void>(extra.release()); // the FIFO's
     delete taken;
 }
-
-TEST_P(KelThreadBuffer_TRoads, AStopRequestEndsItsWaitsEarly)
-{
-    CTestSignal looped;
-    CTestSignal stopped;
-    CScriptedWorker worker;
-    bool bTaken = true;
-    worker.m_oneLoop = [&]
-    {
-        looped.Raise();
-        stopped.Wait();
-        SCountedElement* element = nullptr;
-        bTaken = Take(element, testPatienceMs);
-        return true;
-    };
-    const CStopWatch watch;
-    ASSERT_TRUE(worker.Start("Worker"));
-    ASSERT_TRUE(looped.Wait());
-    worker.Stop();
-    stopped.Raise();
-    ASSERT_TRUE(worker.WaitExit(testPatienceMs));
-    EXPECT_LT(watch.Elapsed(), testPatience / 2);
-    EXPECT_FALSE(bTaken);
-    delete m_first;
-    delete m_second;
-}

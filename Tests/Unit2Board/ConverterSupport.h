@@ -3,6 +3,8 @@
 #pragma once
 
 #include "DataMap/PrintUnitDataMap_Base.h"
+#include "PlatformEnds.h" // of the edition that the program is built for
+
 #include "Platform/BandData/BandData.h"
 #include "Tests/Platform/TestSignal.h"
 #include "Tests/Support/LogCapture.h"

@@ -390,7 +390,7 @@ TEST_F(LineGenerator, AnIdleOneIsStoppedWithoutSittingThroughItsPoll)
 {
     Begin(1, 1);
     const auto median = MedianRound_Get(
-        20,
+        stopRounds,
         [&](int round)
         {
             CUnit2Board_Line generator;
@@ -402,7 +402,7 @@ TEST_F(LineGenerator, AnIdleOneIsStoppedWithoutSittingThroughItsPoll)
             EXPECT_TRUE(generator.WaitExit(withoutLimit));
             return watch.Elapsed();
         });
-    EXPECT_LT(median, 20ms);
+    EXPECT_LT(median, stopBound);
 }
 
 TEST_F(LineGenerator, ACopyShares)

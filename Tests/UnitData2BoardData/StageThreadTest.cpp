@@ -233,11 +233,11 @@ TEST(StageThread, DestroyingAStoppedStageFreesTheBandsOfItsUnfinishedStep)
     EXPECT_FALSE(first->Empty_Out(band, 0)); // freed with the stage, not returned
 }
 
-TEST(StageThread, TenThousandStartsAndStopsLeaveNothingBehind)
+TEST(StageThread, ManyStartsAndStopsLeaveNothingBehind)
 {
     const CConfigGuard config;
     auto fifo = Pool_Make(0, 1);
-    for (int i = 0; i < 10000; ++i)
+    for (int i = 0; i < startStopRounds; ++i)
     {
         CUnitData2BoardData_Base stage;
         ASSERT_TRUE(stage.Create(false, {fifo.get()}));

@@ -17,6 +17,7 @@ using TestThreadWord = std::uint32_t;
 // The median of how long a stage takes to stop stays below this: it may sit through a FIFO's wait of 100 ms.
 constexpr std::chrono::milliseconds stopBound{200};
 constexpr int stopRounds = 5;
+constexpr int startStopRounds = 20;
 
 // An input FIFO with its producer's side, whose stage's side can be overridden.
 class CTestPool : public CPlainPool

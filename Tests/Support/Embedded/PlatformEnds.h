@@ -17,6 +17,7 @@ using TestThreadWord = DWORD;
 // this edition's waits; sitting through one would take 50 ms as a rule.
 constexpr std::chrono::milliseconds stopBound{25};
 constexpr int stopRounds = 40;
+constexpr int startStopRounds = 10000;
 
 // An input FIFO with its producer's side, whose stage's side can be overridden.
 using CTestPool = CBandDataFIFO;
