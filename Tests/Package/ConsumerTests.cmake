@@ -62,34 +62,26 @@ add_test(NAME Package.ThePackagesInstallWorkAndAreRemoved
     COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/check-packages ${PROJECT_BINARY_DIR} ${CMAKE_CURRENT_BINARY_DIR}/packages
         ${PROJECT_VERSION} ${package_runner})
 
-# The replaced platform: Tests/OtherPlatform, a package of its own with the same headers, is built against KelCommon
-# alone, and the consumer against an installation that has no other ControllerPlatform.
-set(bare ${CMAKE_CURRENT_BINARY_DIR}/installed-without-platform)
-set(other ${CMAKE_CURRENT_BINARY_DIR}/other-platform)
-set(folder ${CMAKE_CURRENT_BINARY_DIR}/find_package-other-platform)
-add_test(NAME Package.TheLibraryInstallsWithoutItsPlatform
-    COMMAND ${CMAKE_COMMAND} -DBUILD=${PROJECT_BINARY_DIR} -DPREFIX=${bare} -P ${CMAKE_CURRENT_SOURCE_DIR}/InstallBare.cmake)
-set_tests_properties(Package.TheLibraryInstallsWithoutItsPlatform PROPERTIES FIXTURES_SETUP Bare)
-set(headers ${prefix}/${CMAKE_INSTALL_INCLUDEDIR}/ControllerPlatform/Platform)
-add_test(NAME Package.AnotherPlatformBuildsAndInstalls
-    COMMAND ${CMAKE_COMMAND} -DSOURCE=${PROJECT_SOURCE_DIR}/Tests/OtherPlatform -DBUILD=${other}-build
-        "-DOPTIONS=-GNinja;${consumer_toolchain};-DCMAKE_PREFIX_PATH=${bare};-DCMAKE_BUILD_TYPE=Debug;-DCMAKE_INSTALL_PREFIX=${other};-DOTHER_HEADERS=${headers};-DOTHER_LOG_HEADERS=${Boost_INCLUDE_DIRS}"
-        -P ${CMAKE_CURRENT_SOURCE_DIR}/BuildAndInstall.cmake)
-set_tests_properties(Package.AnotherPlatformBuildsAndInstalls PROPERTIES FIXTURES_REQUIRED "Installed;Bare"
-    FIXTURES_SETUP OtherPlatform)
-set(run_other "")
-if(CMAKE_CROSSCOMPILING)
-    set(run_other ${runner} ${bare}/${CMAKE_INSTALL_BINDIR})
+# The vendor's platform: the plain edition as a package of its own, this repository built on it from its sources, and a
+# host that finds both. Nothing of it comes from this build.
+if(NOT WIN32)
+    set(plain ${CMAKE_CURRENT_BINARY_DIR}/plain)
+    set(plain_source ${PROJECT_SOURCE_DIR}/Tests/PlainPlatform)
+    set(plain_options -GNinja ${consumer_toolchain} -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS=-O0
+        -DCMAKE_INSTALL_PREFIX=${plain}/installed -DCMAKE_PREFIX_PATH=${plain}/installed)
+    add_test(NAME Package.AVendorsPlatformInstalls
+        COMMAND ${CMAKE_COMMAND} -DSOURCE=${plain_source}/Package -DBUILD=${plain}/platform "-DOPTIONS=${plain_options}"
+            -P ${CMAKE_CURRENT_SOURCE_DIR}/BuildAndInstall.cmake)
+    set_tests_properties(Package.AVendorsPlatformInstalls PROPERTIES FIXTURES_SETUP VendorsPlatform)
+    add_test(NAME Package.TheLibraryIsBuiltOnAVendorsPlatformAndInstalls
+        COMMAND ${CMAKE_COMMAND} -DSOURCE=${PROJECT_SOURCE_DIR} -DBUILD=${plain}/library
+            "-DOPTIONS=${plain_options};-DDATAMAPPING_EMBEDDED_PLATFORM=OFF" -P ${CMAKE_CURRENT_SOURCE_DIR}/BuildAndInstall.cmake)
+    set_tests_properties(Package.TheLibraryIsBuiltOnAVendorsPlatformAndInstalls PROPERTIES
+        FIXTURES_REQUIRED VendorsPlatform FIXTURES_SETUP VendorsLibrary TIMEOUT 900)
+    add_test(NAME Package.AHostOnAVendorsPlatformBuildsAndRuns
+        COMMAND ${CMAKE_CTEST_COMMAND} --build-and-test ${plain_source}/Consumer ${plain}/consumer
+            --build-generator Ninja --build-options ${consumer_toolchain} -DCMAKE_PREFIX_PATH=${plain}/installed
+            --test-command ${plain}/consumer/consumer)
+    set_tests_properties(Package.AHostOnAVendorsPlatformBuildsAndRuns PROPERTIES
+        FIXTURES_REQUIRED "VendorsPlatform;VendorsLibrary")
 endif()
-add_test(NAME Package.AConsumerFindsAnotherPlatform
-    COMMAND ${CMAKE_COMMAND} --fresh -S ${consumer_source} -B ${folder} -G "Ninja Multi-Config"
-        -DCMAKE_CONFIGURATION_TYPES=Debug ${consumer_toolchain} "-DCMAKE_PREFIX_PATH=${other};${bare}"
-        -DCONSUMER_KIND=shared -DCONSUMER_INCLUDE_FOLDER=${bare}/${CMAKE_INSTALL_INCLUDEDIR}
-        -DCONSUMER_OTHER_PLATFORM=ON)
-set_tests_properties(Package.AConsumerFindsAnotherPlatform PROPERTIES FIXTURES_REQUIRED "Installed;Bare;OtherPlatform"
-    FIXTURES_SETUP Consumer_other)
-add_test(NAME Package.AConsumerBuildsAndRunsOnAnotherPlatform
-    COMMAND ${CMAKE_COMMAND} -DHOW=find_package -DBUILD=${folder} -DCONFIG=Debug "-DRUN=${run_other}"
-        -DDLLS=${other}/${CMAKE_INSTALL_BINDIR} -P ${CMAKE_CURRENT_SOURCE_DIR}/RunConsumer.cmake)
-set_tests_properties(Package.AConsumerBuildsAndRunsOnAnotherPlatform PROPERTIES
-    FIXTURES_REQUIRED "Installed;Bare;OtherPlatform;Consumer_other")
