@@ -12,7 +12,7 @@
 #include "Host/Input/SwathTurn.h"
 #include "Host/Output/BoardRaw.h"
 #include "Host/Output/BoardTiffWriter.h"
-#include "Host/Output/PathText.h"
+#include "Host/PathText.h"
 
 #include <cstring>
 #include <filesystem>

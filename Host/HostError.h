@@ -1,8 +1,14 @@
-// The two ways in which a boardmap command ends badly. Each is one sentence for the person at the keyboard; who throws
-// it has nothing half-written left behind by the time it arrives in Main, which prints it and picks the exit status.
+// The two ways in which a boardmap command ends badly. Each is one sentence for the person at the keyboard, or one for
+// each mistake; who throws it has nothing half-written left behind by the time it arrives in Main, which prints it and
+// picks the exit status.
 #pragma once
 
+#include "Host/Mistake.h"
+
+#include <memory>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 // The user's input is at fault: arguments, the job file or a separation. Exit status 2. The text names the file, the
 // place, what was found and what would be right: "job.toml:12:20: PrinterDataWidth is 17; style 5 needs a multiple of
@@ -11,7 +17,19 @@ class CInputError : public std::runtime_error
 {
 public:
     using std::runtime_error::runtime_error;
+
+    // All of them at once, a line each.
+    explicit CInputError(std::vector<SMistake> mistakes);
+
+    // Empty if the error was thrown as a text.
+    std::vector<SMistake> Mistakes_Get() const { return m_mistakes == nullptr ? std::vector<SMistake>() : *m_mistakes; }
+
+private:
+    std::shared_ptr<const std::vector<SMistake>> m_mistakes; // shared: copying an exception must not fail
 };
+
+// A line for each.
+std::string Mistakes_Text(const std::vector<SMistake>& mistakes);
 
 // Something failed while running: a full disk, a stage that stopped. Exit status 1.
 class CRunError : public std::runtime_error

@@ -5,7 +5,6 @@
 #include "Host/Job/JobApply.h"
 #include "Host/Job/JobCheck.h"
 #include "Host/Job/JobGeometry.h"
-#include "Host/Output/PathText.h"
 #include "Platform/DataProcess/BandDataFIFO_S.h"
 #include "UnitData2BoardData/UnitData2BoardData_AllUnit_2.h"
 #include "UnitData2BoardData/UnitData2BoardData_S_AllUnit.h"
@@ -26,11 +25,6 @@ void Stall_Add(SStallStatistic& sum, const SStallStatistic& part)
 {
     sum.m_count += part.m_count;
     sum.m_duration += part.m_duration;
-}
-
-std::string Unit_Name(const SJobUnit& unit)
-{
-    return "unit " + std::to_string(unit.m_unitId) + (unit.m_name.empty() ? "" : " (" + unit.m_name + ')');
 }
 
 } // namespace
@@ -65,27 +59,12 @@ std::string CFailureRecords::Text_Get() const
     return text;
 }
 
-CConversion::CConversion(const SJob& job) : m_job(job), m_bandSets(bandSetCount)
+CConversion::CConversion(CJobPage& page) : m_job(page.Job()), m_pageWidth(page.Width()), m_bandSets(bandSetCount)
 {
-    std::vector<const SJobUnit*> units; // those that have a separation, and in the same order:
-    std::vector<std::unique_ptr<CSeparationReader>> readers;
-    std::vector<SSeparationInfo> separations;
-    for (const SJobUnit& unit : job.m_units)
+    Job_Apply(m_job, page.Width(), page.Height());
+    for (SPageUnit& unit : page.Units())
     {
-        if (unit.HasSeparation())
-        {
-            units.push_back(&unit);
-            readers.push_back(std::make_unique<CSeparationReader>(Path_Text(unit.m_separationPath)));
-            separations.push_back(readers.back()->Info_Get());
-        }
-    }
-    Job_CheckSeparations(job, separations);
-    m_pageWidth = separations.front().width;
-    m_pageHeight = separations.front().height;
-    Job_Apply(job, m_pageWidth, m_pageHeight);
-    for (std::size_t i = 0; i < units.size(); ++i)
-    {
-        Producer_Make(*units[i], std::move(readers[i]));
+        Producer_Make(*unit.m_pUnit, std::move(unit.m_reader));
     }
 }
 
@@ -108,7 +87,8 @@ void CConversion::Producer_Make(const SJobUnit& unit, std::unique_ptr<CSeparatio
 {
     const SSwathPlan plan = SwathPlan_Make(unit);
     const SUnitBandSize size = UnitBandSize_Get(reader->Info_Get(), plan);
-    m_fifos.push_back(UnitBandPool_Create(Unit_Name(unit), size, m_job.m_inputBands, m_job.m_alignByteCountPerLine));
+    m_fifos.push_back(UnitBandPool_Create(Job_UnitText(unit), size, m_job.m_inputBands, m_job.m_alignByteCountPerLine));
+    m_units.push_back(&unit);
     m_producers.push_back(std::make_unique<CSeparationProducer>(std::move(reader), plan, m_fifos.back().get()));
 }
 
@@ -178,11 +158,11 @@ void CConversion::Start()
 
 void CConversion::Error_Check()
 {
-    for (const auto& producer : m_producers)
+    for (std::size_t i = 0; i < m_producers.size(); ++i)
     {
-        if (const std::exception_ptr error = producer->Error_Get())
+        if (const std::exception_ptr error = m_producers[i]->Error_Get())
         {
-            std::rethrow_exception(error);
+            Producer_Rethrow(*m_units[i], error);
         }
     }
     if (m_feeder != nullptr && m_feeder->WaitExit(0) && !m_feeder->IsThreadSuccess())
@@ -192,6 +172,19 @@ void CConversion::Error_Check()
     if (m_stage->WaitExit(0) && !m_stage->IsThreadSuccess())
     {
         throw CRunError("the conversion stage stopped before the end of the page: " + m_failures.Text_Get());
+    }
+}
+
+// A separation that turns out to be damaged names the unit and its line, as one that could not be opened.
+void CConversion::Producer_Rethrow(const SJobUnit& unit, const std::exception_ptr& error) const
+{
+    try
+    {
+        std::rethrow_exception(error);
+    }
+    catch (const CInputError& wrong)
+    {
+        throw CInputError({Separation_Fault(m_job, unit, wrong)});
     }
 }
 

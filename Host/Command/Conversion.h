@@ -5,11 +5,11 @@
 
 #include "Host/Command/BandSetFeeder.h"
 #include "Host/Input/SeparationProducer.h"
-#include "Host/Job/Job.h"
+#include "Host/Job/JobPage.h"
 #include "Platform/Log/CustomBoostLog.h"
 #include "UnitData2BoardData/UnitData2BoardData_Base.h"
 
-#include <chrono>
+#include <exception>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -43,17 +43,14 @@ struct SConversionStall
 class CConversion
 {
 public:
-    // Opens the job's separations, checks them against the job, and sets the configuration. Nothing runs yet. Throws
-    // CInputError or CRunError.
-    explicit CConversion(const SJob& job);
+    // Takes the readers of an opened page, sets the configuration from its job and takes the memory of the unit bands.
+    // Nothing runs yet. The page stays the caller's and must outlive this. Throws CInputError or CRunError.
+    explicit CConversion(CJobPage& page);
     CConversion(const CConversion&) = delete;
     CConversion& operator=(const CConversion&) = delete;
 
     // Stops every thread that runs and waits for it. Bands that nobody took are freed.
     ~CConversion();
-
-    int PageWidth() const { return m_pageWidth; }
-    int PageHeight() const { return m_pageHeight; }
 
     // Starts the stage and the producers. Throws CRunError.
     void Start();
@@ -70,13 +67,14 @@ private:
     void Producer_Make(const SJobUnit& unit, std::unique_ptr<CSeparationReader> reader);
     SSwathPlan SwathPlan_Make(const SJobUnit& unit) const;
     bool Stage_Create();
+    [[noreturn]] void Producer_Rethrow(const SJobUnit& unit, const std::exception_ptr& error) const;
 
     const SJob& m_job;
-    int m_pageWidth = 0;
-    int m_pageHeight = 0;
+    int m_pageWidth;
     CFailureRecords m_failures;
     std::vector<std::unique_ptr<CBandDataFIFO>> m_fifos;
     std::vector<std::unique_ptr<CSeparationProducer>> m_producers;
+    std::vector<const SJobUnit*> m_units;     // the producers', in their order; the job's
     CBandSetFeeder::CBandSetFIFO m_bandSets;  // between the feeder and the one-FIFO stage
     std::unique_ptr<CBandSetFeeder> m_feeder; // only with the one-FIFO stage
     std::unique_ptr<CUnitData2BoardData_Base> m_stage;

@@ -4,11 +4,12 @@
 #include "Host/Command/BoardOutput.h"
 #include "Host/Command/Conversion.h"
 #include "Host/Command/Interrupt.h"
+#include "Host/Command/Command.h"
+#include "Host/Command/RunResult.h"
 #include "Host/HostError.h"
-#include "Host/Job/JobApply.h"
-#include "Host/Job/JobGeometry.h"
-#include "Host/Output/BoardRaw.h"
-#include "Host/Output/PathText.h"
+#include "Host/Job/JobPage.h"
+#include "Host/Output/BoardRawWriter.h"
+#include "Host/PathText.h"
 #include "Platform/Helper/ProcessHelper.h"
 #include "Platform/Log/CustomBoostLog.h"
 #include "Platform/ThreadStatus/ThreadStatus.h"
@@ -26,12 +27,6 @@ namespace
 using Seconds = std::chrono::duration<double>;
 
 constexpr unsigned lookMs = 50; // how often the main thread looks after a running job
-
-struct SResult
-{
-    SBoardCount count;
-    Seconds elapsed{0};
-};
 
 bool IsStandardOutput(const std::filesystem::path& path)
 {
@@ -103,22 +98,24 @@ void Log_Open(const SConvertOptions& options, const SJob& job)
     }
 }
 
-std::unique_ptr<CBoardWriter> Writer_Make(const SConvertOptions& options, const SJob& job, const SJobGeometry& geometry)
+std::unique_ptr<CBoardWriter> Writer_Make(const SConvertOptions& options, const CJobPage& page)
 {
+    const SBoardInfo info = Page_BoardInfo(page, ProgramName_Get());
     if (options.m_format == EBoardFormat::Raw)
     {
-        return std::make_unique<CBoardRawWriter>(options.m_output, Job_BoardInfo(job));
+        return std::make_unique<CBoardRawWriter>(options.m_output, info);
     }
+    const SJobGeometry& geometry = page.Geometry();
     SBoardTiffSize size;
     size.m_bandCount = geometry.m_swathCount;
-    size.m_bBandCountExact = !job.m_bSkipBlank;
+    size.m_bBandCountExact = !page.Job().m_bSkipBlank;
     size.m_bandLineCount = geometry.m_lineCount;
     size.m_bandBytesPerLine = geometry.m_boardBytesPerLine;
-    return std::make_unique<CBoardTiffWriter>(options.m_output, Job_BoardInfo(job), size, options.m_compression);
+    return std::make_unique<CBoardTiffWriter>(options.m_output, info, size, options.m_compression);
 }
 
 // Has all the board bands written, and completes the output. False if the user interrupted it.
-bool Bands_Write(CConversion& conversion, CBoardWriter& writer, CProgress& progress, SResult& result)
+bool Bands_Write(CConversion& conversion, CBoardWriter& writer, CProgress& progress, SRunResult& result)
 {
     const auto begin = std::chrono::steady_clock::now();
     CBoardOutput output(*conversion.Output(), writer);
@@ -143,60 +140,60 @@ bool Bands_Write(CConversion& conversion, CBoardWriter& writer, CProgress& progr
         return false;
     }
     writer.Finish();
-    result.count = output.Count_Get();
-    result.elapsed = std::chrono::steady_clock::now() - begin;
+    const SBoardCount count = output.Count_Get();
+    result.m_bands = count.bands;
+    result.m_lines = count.lines;
+    result.m_bytes = count.bytes;
+    result.m_seconds = Seconds(std::chrono::steady_clock::now() - begin).count();
     return true;
 }
 
-void Stall_Print(std::ostream& stream, const char* side, const SStallStatistic& stall)
+// What the run left behind in the stage and in the process.
+void Result_Complete(SRunResult& result, const SConvertOptions& options, const CConversion& conversion)
 {
-    stream << stall.m_count << " on " << side << " (" << Seconds(stall.m_duration).count() << " s)";
-}
-
-void Summary_Print(std::ostream& stream, const SConvertOptions& options, const SResult& result,
-                   const SConversionStall& stall)
-{
-    const Seconds mapping = CThreadStatusMonitor::BusyTime_Get(ECustomThreadId::UnitData2BoardData);
-    const double seconds = result.elapsed.count();
-    stream.precision(3);
-    stream << (IsStandardOutput(options.m_output) ? "standard output" : Path_Text(options.m_output)) << ": "
-           << result.count.bands << " bands, " << result.count.lines << " lines, " << result.count.bytes
-           << " bytes of board data\n"
-           << "  " << seconds << " s, " << ByteText_Make(static_cast<double>(result.count.bytes) / seconds)
-           << "/s; the stage was mapping for " << mapping.count() << " s\n  stalls: ";
-    Stall_Print(stream, "input", stall.m_input);
-    stream << ", ";
-    Stall_Print(stream, "output", stall.m_output);
-    stream << "; peak memory " << ByteText_Make(static_cast<double>(CProcessHelper::PeakMemoryBytes())) << '\n'
-           << std::flush;
+    const SConversionStall stall = conversion.Stall_Get();
+    result.m_output = IsStandardOutput(options.m_output) ? "standard output" : Path_Text(options.m_output);
+    result.m_format = options.m_format == EBoardFormat::Raw ? "raw" : "tiff";
+    result.m_mappingSeconds = Seconds(CThreadStatusMonitor::BusyTime_Get(ECustomThreadId::UnitData2BoardData)).count();
+    result.m_inputStalls = stall.m_input.m_count;
+    result.m_inputStallSeconds = Seconds(stall.m_input.m_duration).count();
+    result.m_outputStalls = stall.m_output.m_count;
+    result.m_outputStallSeconds = Seconds(stall.m_output.m_duration).count();
+    result.m_peakMemoryBytes = CProcessHelper::PeakMemoryBytes();
 }
 
 bool Job_Convert(const SConvertOptions& options)
 {
-    const SJob job = Job_Load(options.m_job);
+    CJobPage page(options.m_job);
     if (!IsStandardOutput(options.m_output))
     {
-        Written_Check(options.m_output, job, options.m_job);
+        Written_Check(options.m_output, page.Job(), options.m_job);
     }
     if (!options.m_log.empty())
     {
-        Log_Open(options, job);
+        Log_Open(options, page.Job());
     }
-    CConversion conversion(job);
-    const SJobGeometry geometry = Job_Geometry(job, conversion.PageWidth(), conversion.PageHeight());
-    const CInterrupt interrupt; // from here on there is something to wind down
-    const std::unique_ptr<CBoardWriter> writer = Writer_Make(options, job, geometry);
-    SResult result;
+    SRunResult result;
+    result.m_warnings = page.Warnings_Get();
+    for (const SMistake& warning : result.m_warnings)
     {
-        CProgress progress(options.m_progress, geometry.m_swathCount);
+        std::cerr << Mistake_Text(warning) << '\n' << std::flush;
+    }
+    CConversion conversion(page);
+    const CInterrupt interrupt; // from here on there is something to wind down
+    const std::unique_ptr<CBoardWriter> writer = Writer_Make(options, page);
+    {
+        CProgress progress(options.m_progress, page.Geometry().m_swathCount);
         conversion.Start();
         if (!Bands_Write(conversion, *writer, progress, result))
         {
             return false;
         }
-        progress.Finish(result.count.bands, result.count.bytes);
+        progress.Finish(result.m_bands, result.m_bytes);
     }
-    Summary_Print(IsStandardOutput(options.m_output) ? std::cerr : std::cout, options, result, conversion.Stall_Get());
+    Result_Complete(result, options, conversion);
+    (IsStandardOutput(options.m_output) ? std::cerr : std::cout)
+        << (options.m_bJson ? RunResult_Json(result) : RunResult_Text(result)) << std::flush;
     return true;
 }
 

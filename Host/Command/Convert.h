@@ -1,16 +1,11 @@
 // boardmap convert: a job file's separations in, board data out.
 #pragma once
 
+#include "Host/Board/BoardReader.h"
 #include "Host/Command/Progress.h"
 #include "Host/Output/BoardTiffWriter.h"
 
 #include <filesystem>
-
-enum class EBoardFormat
-{
-    Tiff,
-    Raw,
-};
 
 struct SConvertOptions
 {
@@ -20,6 +15,7 @@ struct SConvertOptions
     EBoardFormat m_format = EBoardFormat::Tiff;
     EBoardCompression m_compression = EBoardCompression::None;
     EProgress m_progress = EProgress::Auto;
+    bool m_bJson = false; // the summary as JSON
 };
 
 // Runs the whole command on the calling thread, the library's and the producers' threads beside it. True when the board

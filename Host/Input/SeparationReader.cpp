@@ -5,6 +5,7 @@
 #include "Host/Input/TiffFile.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace
 {
@@ -43,6 +44,7 @@ CSeparationReader::CSeparationReader(const std::string& path, const SSeparationL
     m_info.width = static_cast<int>(page.width);
     m_info.height = static_cast<int>(page.height);
     m_info.bitsPerPixel = page.bitsPerPixel;
+    Resolution_Read();
     m_rowBytes = static_cast<int>(page.rowBytes);
     const auto paddingBits = page.rowBytes * 8 - std::uint64_t{page.width} * page.bitsPerPixel;
     m_lastByteMask = static_cast<unsigned char>(0xFFU << paddingBits);
@@ -50,6 +52,21 @@ CSeparationReader::CSeparationReader(const std::string& path, const SSeparationL
 }
 
 CSeparationReader::~CSeparationReader() = default;
+
+void CSeparationReader::Resolution_Read()
+{
+    constexpr double centimetresPerInch = 2.54;
+    TIFF* tiff = m_file->Handle();
+    const auto unit = Tag_GetOr<std::uint16_t>(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
+    const double factor = unit == RESUNIT_INCH ? 1.0 : unit == RESUNIT_CENTIMETER ? centimetresPerInch : 0.0;
+    const double x = factor * static_cast<double>(Tag_GetOr<float>(tiff, TIFFTAG_XRESOLUTION, 0));
+    const double y = factor * static_cast<double>(Tag_GetOr<float>(tiff, TIFFTAG_YRESOLUTION, 0));
+    if (std::isfinite(x) && std::isfinite(y) && x > 0 && y > 0)
+    {
+        m_info.xResolution = x;
+        m_info.yResolution = y;
+    }
+}
 
 bool CSeparationReader::Row_Read(unsigned char* row)
 {

@@ -52,6 +52,8 @@ private:
     STiffPage Page_Read();
     void Pixel_Check(STiffPage& page);
     void Size_Check(STiffPage& page);
+    void Resolution_Read();
+    void Value_CheckRead(const char* pTag);
     void Layout_Check(STiffPage& page);
     void Data_Check(const STiffPage& page);
     void Block_Check(const STiffPage& page, std::uint32_t index);

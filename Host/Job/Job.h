@@ -3,11 +3,13 @@
 #pragma once
 
 #include "Host/Job/MapClass.h"
+#include "Host/Mistake.h"
 #include "Platform/PrintParam/PrintParamRecords.h"
 
 #include <filesystem>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -19,12 +21,8 @@ enum class EStageKind
     OneFIFO,   // the ink-stripe stage, fed with whole sets of bands
 };
 
-// A place in the job file, both counted from 1.
-struct SJobPlace
-{
-    int m_line = 1;
-    int m_column = 1;
-};
+// A place in the job file.
+using SJobPlace = SFilePlace;
 
 // A solid ink stripe, by the drop that all its pixels print with.
 enum class EStripeFill
@@ -103,14 +101,24 @@ struct SJob
 
     SJobMap m_map; // follows from the options; never EMapClass::None
 
-    // Where each value that the file gives stands, by "Table.Key", and each table, by its name.
+    // Where each value that the file gives stands, by "Table.Key", and each table, by its name; a unit's keys begin with
+    // "CartInfo.Unit[2].", counted from 0.
     std::map<std::string, SJobPlace> m_places;
+
+    // The keys whose values are not known, since they are wrong or missing; empty in a job that can run.
+    std::set<std::string> m_mistaken;
 };
 
 // Reads the job file and checks everything that can be known without its separations, among it every precondition that
-// the library leaves to its caller. Throws CInputError: "job.toml:12:20: ..." for the first problem of the file.
+// the library leaves to its caller. Adds every mistake of the file; what depends on a mistaken value is not looked at.
+// False if the file could not be read as a job at all.
+bool Job_Read(const std::filesystem::path& file, SJob& job, CMistakeList& mistakes);
+
+// The same for who needs a job without mistakes: throws CInputError with all of them.
 SJob Job_Load(const std::filesystem::path& file);
 
-// "job.toml:12:20: ", the place of this value ("DPOption.PrinterDataWidth"), or of its table if the file leaves it out.
-std::string Job_PlaceText(const SJob& job, const std::string& key);
-std::string Job_PlaceText(const SJob& job, const SJobPlace& place);
+// The place of this value ("DPOption.PrinterDataWidth"), or of its table if the file leaves it out.
+SJobPlace Job_Place(const SJob& job, const std::string& key);
+
+// "unit 3 (Cyan)".
+std::string Job_UnitText(const SJobUnit& unit);

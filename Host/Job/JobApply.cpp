@@ -2,7 +2,6 @@
 #include "Host/Job/JobApply.h"
 
 #include "Host/Job/JobGeometry.h"
-#include "Host/Job/JobNames.h"
 #include "Host/Job/StripeColor.h"
 #include "Platform/GlobalConfig/CartInfo.h"
 #include "Platform/GlobalConfig/ColorGroup.h"
@@ -86,24 +85,4 @@ void Job_Apply(const SJob& job, int pageWidth, int pageHeight)
     GC_CartInfo()->Set(CartInfo_Make(job));
     GC_ColorGroup()->Set({{CColorGroupInfo::Key_Pattern_Layout(), ColorGroup_Make(job)}});
     GC_DPConfig()->Set({job.m_lineGeneratorCount});
-}
-
-SBoardInfo Job_BoardInfo(const SJob& job)
-{
-    const SDPOption& option = job.m_dpOption;
-    SBoardInfo info;
-    info.m_dataMapStyle = EnumName_Get(EnumNames_DataMapStyle(), static_cast<int>(option.m_dataMapStyle));
-    info.m_dataPushStyle = EnumName_Get(EnumNames_DataPushStyle(), static_cast<int>(option.m_dataPushStyle));
-    info.m_printerSupportBits =
-        EnumName_Get(EnumNames_PrinterSupportBits(), static_cast<int>(option.m_printerSupportBits));
-    info.m_map = MapClass_Name(job.m_map.m_class);
-    info.m_printerDataWidth = option.m_printerDataWidth;
-    info.m_bitsPerUnit = job.m_map.m_dstBitCount;
-    info.m_nozzles = job.m_nozzles;
-    info.m_bitsPerPixel = job.m_bitsPerPixel;
-    for (const SJobUnit& unit : job.m_units)
-    {
-        info.m_units.push_back({unit.m_unitId, unit.m_direction, unit.m_name});
-    }
-    return info;
 }

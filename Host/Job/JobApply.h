@@ -3,12 +3,8 @@
 #pragma once
 
 #include "Host/Job/Job.h"
-#include "Host/Output/BoardInfo.h"
 
 // Sets GC_DPOption(), DPD_PrintParam(), GC_CartInfo(), GC_ColorGroup() and GC_DPConfig() for a page of `pageWidth`
 // columns and `pageHeight` rows. Everything that the job does not name gets its default. Reads the stripe colours that
 // are TIFF files; throws CInputError, with nothing set, if one cannot be read.
 void Job_Apply(const SJob& job, int pageWidth, int pageHeight);
-
-// What the writers put into board files about this job.
-SBoardInfo Job_BoardInfo(const SJob& job);

@@ -1,474 +1,611 @@
-// The library's preconditions, as checks with a message each.
+// The library's preconditions, as checks with a message each. A check whose values are not all known is left out: the
+// mistake that made them unknown is in the list already.
 #include "Host/Job/JobCheck.h"
 
 #include "Host/HostError.h"
 #include "Host/Job/JobGeometry.h"
 #include "Host/Job/JobNames.h"
 #include "Host/Job/StripeColor.h"
+#include "Host/PathText.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <limits>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace
 {
 
 constexpr std::int64_t bandLimit = std::numeric_limits<std::int32_t>::max();
 
-[[noreturn]] void Value_Refuse(const SJob& job, const std::string& key, const std::string& text)
-{
-    throw CInputError(Job_PlaceText(job, key) + text);
-}
-
 std::string Number(std::int64_t value)
 {
     return std::to_string(value);
 }
 
-std::string Style_Text(const SJob& job)
+// "job.toml has no PrinterDataWidth" and the like know their keys by these names.
+constexpr const char* mapStyleKey = "DPOption.DataMapStyle";
+constexpr const char* pushStyleKey = "DPOption.DataPushStyle";
+constexpr const char* supportBitsKey = "DPOption.PrinterSupportBits";
+constexpr const char* widthKey = "DPOption.PrinterDataWidth";
+constexpr const char* depthKey = "PrintParam.BitsPerPixel";
+constexpr const char* nozzlesKey = "CartInfo.Nozzles";
+
+class CJobChecker
 {
-    return std::string("style ") + MapClass_Name(job.m_map.m_class);
-}
+public:
+    CJobChecker(const SJob& job, CMistakeList& mistakes) : m_job(job), m_mistakes(mistakes) {}
+
+    // What follows from the values alone. The map must be chosen.
+    void Values_Check();
+
+    // What follows from the separations.
+    void Separations_Check(const std::vector<std::optional<SSeparationInfo>>& separations);
+
+    bool AreKnown(std::initializer_list<const char*> keys) const
+    {
+        return std::ranges::none_of(keys, [&](const char* pKey) { return m_job.m_mistaken.contains(pKey); });
+    }
+    bool IsUnitKeyKnown(std::size_t index, const char* pKey) const
+    {
+        return !m_job.m_mistaken.contains("CartInfo.Unit[" + std::to_string(index) + "]." + pKey);
+    }
+
+private:
+    void Add(const SJobPlace& place, const char* pRule, std::string what, std::string fix)
+    {
+        m_mistakes.Add({false, m_job.m_file, place, pRule, std::move(what), std::move(fix)});
+    }
+    void Add(const char* pKey, const char* pRule, std::string what, std::string fix)
+    {
+        Add(Job_Place(m_job, pKey), pRule, std::move(what), std::move(fix));
+    }
+    const SMapClass& Row() const { return MapClass_Get(m_job.m_map.m_class); }
+    bool HasMap() const { return m_job.m_map.m_class != EMapClass::None; }
+    std::string Style_Text() const { return std::string("style ") + Row().m_pName; }
+    std::string DataMapStyle_Text() const;
+    std::string Combination_Text() const;
+    std::string Room_Text() const;
+
+    void SupportBits_Check();
+    void Map_Check();
+    void Depth_Check();
+    void FrameWidth_Check();
+    void Nozzles_Check();
+    void DotSize_Check();
+    void Units_Check();
+    void UnitIndex_Check(const SJobUnit& unit, std::size_t index);
+    void UnitPosition_Check(const SJobUnit& unit, std::size_t index);
+    void Presence_Check();
+    void Masks_Check();
+    void StripeFill_Check(const SJobUnit& unit);
+    void InkStripe_Check();
+    void BoardLine_Check();
+    void Separation_Check(const SJobUnit& unit, const SSeparationInfo& separation, const SJobUnit& firstUnit,
+                          const SSeparationInfo& first);
+    void Page_Check(const SSeparationInfo& page);
+    void Band_Check(const std::string& what, std::int64_t bytesPerLine, std::int64_t lineCount,
+                    const std::string& advice);
+    void Stripes_Check(int pageWidth);
+    void Stripe_Check(const SJobUnit& unit, int pageWidth, int length, bool bLeftToRight, bool bLeftStripe);
+
+    const SJob& m_job;
+    CMistakeList& m_mistakes;
+};
 
 // "DataMapStyle FramePerPixel", by its name whether the file gives a name or a number.
-std::string DataMapStyle_Text(const SJob& job)
+std::string CJobChecker::DataMapStyle_Text() const
 {
-    return "DataMapStyle " + EnumName_Get(EnumNames_DataMapStyle(), static_cast<int>(job.m_dpOption.m_dataMapStyle));
+    return "DataMapStyle " + EnumName_Get(EnumNames_DataMapStyle(), static_cast<int>(m_job.m_dpOption.m_dataMapStyle));
 }
 
-std::string Combination_Text(const SJob& job)
+std::string CJobChecker::Combination_Text() const
 {
-    const SDPOption& option = job.m_dpOption;
-    return DataMapStyle_Text(job) + ", DataPushStyle " +
+    const SDPOption& option = m_job.m_dpOption;
+    return DataMapStyle_Text() + ", DataPushStyle " +
            EnumName_Get(EnumNames_DataPushStyle(), static_cast<int>(option.m_dataPushStyle)) + ", PrinterSupportBits " +
            EnumName_Get(EnumNames_PrinterSupportBits(), static_cast<int>(option.m_printerSupportBits));
 }
 
 // PrinterSupportBits may be left out only where nothing looks at it.
-void SupportBits_Check(const SJob& job)
+void CJobChecker::SupportBits_Check()
 {
-    const SDPOption& option = job.m_dpOption;
+    const SDPOption& option = m_job.m_dpOption;
     const bool bUsed =
         option.m_dataPushStyle == EDataPushStyle::ByPixel && (option.m_dataMapStyle == EDataMapStyle::FramePerPixel ||
                                                               option.m_dataMapStyle == EDataMapStyle::ByteInterleaved);
-    if (bUsed && !job.m_places.contains("DPOption.PrinterSupportBits"))
+    if (bUsed && !m_job.m_places.contains(supportBitsKey))
     {
-        Value_Refuse(job, "DPOption.PrinterSupportBits",
-                     "PrinterSupportBits is missing from [DPOption]; for example: PrinterSupportBits = \"OneBit\"");
+        Add(supportBitsKey, "missing", "PrinterSupportBits is missing from [DPOption]",
+            "for example: PrinterSupportBits = \"OneBit\"");
     }
 }
 
-void Map_Check(const SJob& job)
+void CJobChecker::Map_Check()
 {
-    if (job.m_map.m_class == EMapClass::None)
+    if (!HasMap())
     {
-        Value_Refuse(
-            job, "PrintParam.BitsPerPixel",
-            "BitsPerPixel is " + Number(job.m_bitsPerPixel) + "; no data map takes that with " + Combination_Text(job) +
+        Add(depthKey, "no-map", "BitsPerPixel is " + Number(m_job.m_bitsPerPixel),
+            "no data map takes that with " + Combination_Text() +
                 "; a printer of 2-bit data has PrinterSupportBits TwoBit or Multiple, and DataPushStyle ByUnit "
                 "pushes 2-bit pixels as 1-bit lines");
+        return;
     }
-    if (job.m_stageKind == EStageKind::Base && !MapClass_IsTableMap(job.m_map.m_class))
+    if (AreKnown({"Stage.Kind"}) && m_job.m_stageKind == EStageKind::Base && !Row().m_bTableMap)
     {
-        Value_Refuse(job, "DPOption.DataMapStyle",
-                     DataMapStyle_Text(job) + " needs the map of " + Style_Text(job) +
-                         ", which the base stage cannot run; the base stage runs the maps of styles 1, 2 and 5");
+        Add(mapStyleKey, "base-stage-map", DataMapStyle_Text() + " needs the map of " + Style_Text() +
+                                               ", which the base stage cannot run",
+            "the base stage runs the maps of styles 1, 2 and 5");
     }
 }
 
-// Style 8 splits whole 2-bit pixels into planes itself.
-void Depth_Check_Map_8(const SJob& job)
+// The unit bands must have the depth that the map's table is made for. Style 8 splits whole 2-bit pixels into planes
+// itself.
+void CJobChecker::Depth_Check()
 {
-    if (job.m_bitsPerPixel != 2)
+    const std::string found = "BitsPerPixel is " + Number(m_job.m_bitsPerPixel);
+    if (Row().m_bPlanePair)
     {
-        Value_Refuse(job, "PrintParam.BitsPerPixel",
-                     "BitsPerPixel is " + Number(job.m_bitsPerPixel) + "; style 8 takes pixels of 2 bits");
+        if (m_job.m_bitsPerPixel != 2)
+        {
+            Add(depthKey, "depth", found, "style 8 takes pixels of 2 bits");
+        }
+        if (m_job.m_dpOption.m_dataPushStyle != EDataPushStyle::ByPixel)
+        {
+            Add(pushStyleKey, "push-style", "DataPushStyle is ByUnit",
+                "style 8 takes whole pixels of 2 bits, DataPushStyle = \"ByPixel\"");
+        }
     }
-    if (job.m_dpOption.m_dataPushStyle != EDataPushStyle::ByPixel)
+    else if (Job_UnitBitsPerPixel(m_job) != m_job.m_map.m_srcBitCount)
     {
-        Value_Refuse(job, "DPOption.DataPushStyle",
-                     "DataPushStyle is ByUnit; style 8 takes whole pixels of 2 bits, DataPushStyle = \"ByPixel\"");
+        Add(depthKey, "depth", found,
+            Style_Text() + " takes pixels of " + Number(m_job.m_map.m_srcBitCount) +
+                " bit; DataPushStyle ByUnit pushes 2-bit pixels as 1-bit lines");
     }
 }
 
-// The unit bands must have the depth that the map's table is made for.
-void Depth_Check(const SJob& job)
+void CJobChecker::FrameWidth_Check()
 {
-    if (job.m_map.m_class == EMapClass::Map_8)
+    const int width = m_job.m_dpOption.m_printerDataWidth;
+    const SMapClass& row = Row();
+    std::string wanted;
+    if (row.m_widthOnly > 0 && width != row.m_widthOnly)
     {
-        Depth_Check_Map_8(job);
+        wanted = Number(row.m_widthOnly);
     }
-    else if (Job_UnitBitsPerPixel(job) != job.m_map.m_srcBitCount)
+    else if (width % row.m_widthMultiple != 0)
     {
-        Value_Refuse(job, "PrintParam.BitsPerPixel",
-                     "BitsPerPixel is " + Number(job.m_bitsPerPixel) + "; " + Style_Text(job) + " takes pixels of " +
-                         Number(job.m_map.m_srcBitCount) +
-                         " bit; DataPushStyle ByUnit pushes 2-bit pixels as 1-bit lines");
+        wanted = "a multiple of " + Number(row.m_widthMultiple);
+    }
+    else if (width < row.m_widthLeast)
+    {
+        wanted = Number(row.m_widthLeast) + " or more";
+    }
+    if (!wanted.empty())
+    {
+        Add(widthKey, "frame-width", "PrinterDataWidth is " + Number(width), Style_Text() + " needs " + wanted);
     }
 }
 
-// Byte columns may be any number; all else places whole bytes for each source byte or block.
-std::string FrameWidth_Wrong(const SJob& job)
+void CJobChecker::Nozzles_Check()
 {
-    constexpr int onlyWidth_Map_1 = 16;
-    constexpr int fewestUnits_Map_03_01 = 4;
-    constexpr int bitsPerByte = 8;
-    constexpr int bitsPerGroup_Map_03 = 32;
-    const int width = job.m_dpOption.m_printerDataWidth;
-    const auto multiple_of = [width](int factor)
-    { return width % factor == 0 ? std::string() : "a multiple of " + Number(factor); };
-    switch (job.m_map.m_class)
+    const SMapClass& row = Row();
+    const std::string found = "Nozzles is " + Number(m_job.m_nozzles);
+    if (row.m_nozzlesOnly > 0 && m_job.m_nozzles != row.m_nozzlesOnly)
     {
-    case EMapClass::Map_1:
-        return width == onlyWidth_Map_1 ? "" : Number(onlyWidth_Map_1);
-    case EMapClass::Map_2:
-    case EMapClass::Map_5:
-    case EMapClass::Map_8:
-        return multiple_of(bitsPerByte);
-    case EMapClass::Map_03:
-        return multiple_of(bitsPerGroup_Map_03);
-    case EMapClass::Map_03_01:
-        return width >= fewestUnits_Map_03_01 ? "" : Number(fewestUnits_Map_03_01) + " or more";
-    default:
-        return "";
+        Add(nozzlesKey, "nozzles", found,
+            Style_Text() + " maps heads of " + Number(row.m_nozzlesOnly) + " nozzles, in four blocks of " +
+                Number(row.m_nozzlesOnly / 4));
+    }
+    if (m_job.m_nozzles % row.m_nozzlesMultiple != 0)
+    {
+        Add(nozzlesKey, "nozzles", found,
+            Style_Text() + " needs a multiple of " + Number(row.m_nozzlesMultiple) + ": lines of whole bytes");
     }
 }
 
-void FrameWidth_Check(const SJob& job)
+void CJobChecker::DotSize_Check()
 {
-    if (const std::string wanted = FrameWidth_Wrong(job); !wanted.empty())
+    if (Row().m_bDotSize && m_job.m_dotSizeMode == EDotSizeMode::None)
     {
-        Value_Refuse(job, "DPOption.PrinterDataWidth",
-                     "PrinterDataWidth is " + Number(job.m_dpOption.m_printerDataWidth) + "; " + Style_Text(job) +
-                         " needs " + wanted);
+        const bool bMissing = !m_job.m_places.contains("PrintParam.DotSizeMode");
+        Add("PrintParam.DotSizeMode", "dot-size",
+            bMissing ? "DotSizeMode is missing from [PrintParam]" : "DotSizeMode is None",
+            Style_Text() + " prints 1-bit pixels with one drop size: Small (1), Middle (2) or Big (3), for example: "
+                           "DotSizeMode = \"Small\"");
     }
 }
 
-void Nozzles_Check(const SJob& job)
+std::string CJobChecker::Room_Text() const
 {
-    constexpr int nozzles_Map_03 = 400;
-    constexpr int nozzlesPerByte_Map_8 = 4;
-    const EMapClass map = job.m_map.m_class;
-    const std::string found = "Nozzles is " + Number(job.m_nozzles) + "; " + Style_Text(job) + " ";
-    if ((map == EMapClass::Map_03 || map == EMapClass::Map_03_01) && job.m_nozzles != nozzles_Map_03)
+    const std::string width = Number(m_job.m_dpOption.m_printerDataWidth);
+    if (Row().m_bTableMap)
     {
-        Value_Refuse(job, "CartInfo.Nozzles", found + "maps heads of 400 nozzles, in four blocks of 100");
+        return "a frame of " + width + " bits at " + Number(m_job.m_map.m_dstBitCount) +
+               (m_job.m_map.m_dstBitCount == 1 ? " bit" : " bits") + " per unit has";
     }
-    if (map == EMapClass::Map_8 && job.m_nozzles % nozzlesPerByte_Map_8 != 0)
+    return Style_Text() + " with a PrinterDataWidth of " + width + " has";
+}
+
+void CJobChecker::UnitIndex_Check(const SJobUnit& unit, std::size_t index)
+{
+    if (!IsUnitKeyKnown(index, "UnitId"))
     {
-        Value_Refuse(job, "CartInfo.Nozzles", found + "needs a multiple of 4: lines of whole bytes");
+        return;
+    }
+    const int unitCount = MapClass_UnitCount(m_job.m_map, m_job.m_dpOption.m_printerDataWidth);
+    if (HasMap() && AreKnown({widthKey}) && unit.m_unitId >= unitCount)
+    {
+        Add(unit.m_place_UnitId, "unit-id", "UnitId is " + Number(unit.m_unitId),
+            Room_Text() + " the units 0 to " + Number(unitCount - 1));
+    }
+    for (std::size_t i = 0; i < index; ++i)
+    {
+        if (IsUnitKeyKnown(i, "UnitId") && m_job.m_units[i].m_unitId == unit.m_unitId)
+        {
+            Add(unit.m_place_UnitId, "unit-id-twice",
+                "UnitId is " + Number(unit.m_unitId) + ", as in line " + Number(m_job.m_units[i].m_place_UnitId.m_line),
+                "each print unit has an id of its own");
+            return;
+        }
     }
 }
 
-void DotSize_Check(const SJob& job)
+void CJobChecker::UnitPosition_Check(const SJobUnit& unit, std::size_t index)
 {
-    const bool bUsed = job.m_map.m_class == EMapClass::Map_2 || job.m_map.m_class == EMapClass::Map_7;
-    if (bUsed && job.m_dotSizeMode == EDotSizeMode::None)
-    {
-        const bool bMissing = !job.m_places.contains("PrintParam.DotSizeMode");
-        Value_Refuse(job, "PrintParam.DotSizeMode",
-                     (bMissing ? "DotSizeMode is missing from [PrintParam]" : "DotSizeMode is None") +
-                         std::string("; ") + Style_Text(job) +
-                         " prints 1-bit pixels with one drop size: Small (1), Middle (2) or Big (3), for example: "
-                         "DotSizeMode = \"Small\"");
-    }
-}
-
-// How many units the map has room for in a frame.
-int UnitCount_Get(const SJob& job)
-{
-    constexpr int unitsPerGroup_Map_03 = 8;
-    constexpr int bitsPerGroup_Map_03 = 32;
-    constexpr int blocksPerUnit = 4;
-    const int width = job.m_dpOption.m_printerDataWidth;
-    switch (job.m_map.m_class)
-    {
-    case EMapClass::Map_03:
-        return width / bitsPerGroup_Map_03 * unitsPerGroup_Map_03;
-    case EMapClass::Map_03_01:
-        return width / blocksPerUnit;
-    case EMapClass::Map_6:
-    case EMapClass::Map_7:
-        return width;
-    default:
-        return width / job.m_map.m_dstBitCount;
-    }
-}
-
-std::string Room_Text(const SJob& job)
-{
-    const std::string width = Number(job.m_dpOption.m_printerDataWidth);
-    if (MapClass_IsTableMap(job.m_map.m_class))
-    {
-        return "a frame of " + width + " bits at " + Number(job.m_map.m_dstBitCount) +
-               (job.m_map.m_dstBitCount == 1 ? " bit" : " bits") + " per unit has";
-    }
-    return Style_Text(job) + " with a PrinterDataWidth of " + width + " has";
-}
-
-void UnitIndex_Check(const SJob& job, const SJobUnit& unit)
-{
-    const int unitCount = UnitCount_Get(job);
-    if (unit.m_unitId < 0 || unit.m_unitId >= unitCount)
-    {
-        throw CInputError(Job_PlaceText(job, unit.m_place_UnitId) + "UnitId is " + Number(unit.m_unitId) + "; " +
-                          Room_Text(job) + " the units 0 to " + Number(unitCount - 1));
-    }
-}
-
-void UnitPosition_Check(const SJob& job, const SJobUnit& unit, std::size_t index)
-{
-    const int count = job.m_inkStripe.m_unitPositionCount;
-    if (unit.m_unitPosition < 0 || unit.m_unitPosition >= count)
+    const int count = m_job.m_inkStripe.m_unitPositionCount;
+    if (AreKnown({"InkStripe.UnitPositionCount"}) && IsUnitKeyKnown(index, "UnitPosition") &&
+        unit.m_unitPosition >= count)
     {
         const bool bByPlace = unit.m_unitPosition == static_cast<int>(index);
-        throw CInputError(Job_PlaceText(job, unit.m_place_UnitPosition) + "UnitPosition is " +
-                          Number(unit.m_unitPosition) + (bByPlace ? ", the unit's place in the list" : "") +
-                          "; UnitPositionCount is " + Number(count) + ", so the positions are 0 to " +
-                          Number(count - 1));
+        Add(unit.m_place_UnitPosition, "unit-position",
+            "UnitPosition is " + Number(unit.m_unitPosition) + (bByPlace ? ", the unit's place in the list" : ""),
+            "UnitPositionCount is " + Number(count) + ", so the positions are 0 to " + Number(count - 1));
     }
 }
 
-void Units_Check(const SJob& job)
+void CJobChecker::Units_Check()
 {
-    for (std::size_t i = 0; i < job.m_units.size(); ++i)
+    for (std::size_t i = 0; i < m_job.m_units.size(); ++i)
     {
-        const SJobUnit& unit = job.m_units[i];
-        UnitIndex_Check(job, unit);
-        UnitPosition_Check(job, unit, i);
-        for (std::size_t j = 0; j < i; ++j)
-        {
-            if (job.m_units[j].m_unitId == unit.m_unitId)
-            {
-                throw CInputError(Job_PlaceText(job, unit.m_place_UnitId) + "UnitId is " + Number(unit.m_unitId) +
-                                  ", as in line " + Number(job.m_units[j].m_place_UnitId.m_line) +
-                                  "; each print unit has an id of its own");
-            }
-        }
+        UnitIndex_Check(m_job.m_units[i], i);
+        UnitPosition_Check(m_job.m_units[i], i);
     }
 }
 
 // The stage runs on bands, and a step without any has no board band.
-void Presence_Check(const SJob& job)
+void CJobChecker::Presence_Check()
 {
     bool bAny = false;
-    for (const SJobUnit& unit : job.m_units)
+    for (std::size_t i = 0; i < m_job.m_units.size(); ++i)
     {
-        bAny = bAny || unit.HasSeparation();
-        if (job.m_stageKind == EStageKind::Base && !unit.HasSeparation())
+        const SJobUnit& unit = m_job.m_units[i];
+        const bool bGiven = unit.HasSeparation() || !IsUnitKeyKnown(i, "Separation");
+        bAny = bAny || bGiven;
+        if (AreKnown({"Stage.Kind"}) && m_job.m_stageKind == EStageKind::Base && !bGiven)
         {
-            throw CInputError(Job_PlaceText(job, unit.m_place_Separation) +
-                              "Separation is missing from [[CartInfo.Unit]]; the base stage makes no ink stripes, so "
-                              "every unit prints one, for example: Separation = \"page.Cyan.tif\"");
+            Add(unit.m_place_Separation, "missing", "Separation is missing from [[CartInfo.Unit]]",
+                "the base stage makes no ink stripes, so every unit prints one, for example: Separation = "
+                "\"page.Cyan.tif\"");
         }
     }
-    if (!bAny)
+    const bool bEachRefused = m_job.m_stageKind == EStageKind::Base && !m_job.m_units.empty();
+    if (!bAny && !bEachRefused && AreKnown({"CartInfo", "CartInfo.Unit"}))
     {
-        Value_Refuse(job, "CartInfo.Unit", "no [[CartInfo.Unit]] has a Separation; at least one must print the page");
+        Add("CartInfo.Unit", "no-separation", "no [[CartInfo.Unit]] has a Separation",
+            "at least one must print the page");
     }
 }
 
 // The stage's output holds three board bands for each mask.
-void Masks_Check(const SJob& job)
+void CJobChecker::Masks_Check()
 {
     constexpr int mostMasks = 16;
-    const int masks = job.m_maskCount_1 * job.m_maskCount_2;
+    const int masks = m_job.m_maskCount_1 * m_job.m_maskCount_2;
     if (masks > mostMasks)
     {
-        Value_Refuse(job, "PrintParam.MaskCount_2",
-                     "MaskCount_2 is " + Number(job.m_maskCount_2) + " and MaskCount_1 is " +
-                         Number(job.m_maskCount_1) + "; the stage keeps up to 3 board bands for each of the " +
-                         Number(masks) + " masks in memory, and " + Number(mostMasks) + " masks are the most");
+        Add("PrintParam.MaskCount_2", "masks",
+            "MaskCount_2 is " + Number(m_job.m_maskCount_2) + " and MaskCount_1 is " + Number(m_job.m_maskCount_1),
+            "the stage keeps up to 3 board bands for each of the " + Number(masks) + " masks in memory, and " +
+                Number(mostMasks) + " masks are the most");
     }
 }
 
-void StripeFill_Check(const SJob& job, const SJobUnit& unit)
+void CJobChecker::StripeFill_Check(const SJobUnit& unit)
 {
     const std::optional<EStripeFill> fill = unit.m_stripeColor.m_fill;
-    if (fill && job.m_bitsPerPixel == 1 && *fill != EStripeFill::None && *fill != EStripeFill::Full)
+    if (fill && m_job.m_bitsPerPixel == 1 && *fill != EStripeFill::None && *fill != EStripeFill::Full)
     {
-        throw CInputError(Job_PlaceText(job, unit.m_stripeColor.m_place) + "StripeColor is \"" +
-                          unit.m_stripeColor.m_text +
-                          "\", a drop size of 2-bit pixels; BitsPerPixel is 1, so it takes None, Full or the name of a "
-                          "TIFF file");
+        Add(unit.m_stripeColor.m_place, "stripe-color",
+            "StripeColor is \"" + unit.m_stripeColor.m_text + "\", a drop size of 2-bit pixels",
+            "BitsPerPixel is 1, so it takes None, Full or the name of a TIFF file");
     }
 }
 
-void InkStripe_Check(const SJob& job)
+void CJobChecker::InkStripe_Check()
 {
-    for (const SJobUnit& unit : job.m_units)
+    if (AreKnown({depthKey}))
     {
-        StripeFill_Check(job, unit);
+        std::ranges::for_each(m_job.m_units, [&](const SJobUnit& unit) { StripeFill_Check(unit); });
     }
-    if (!Job_HasStripes(job))
+    if (!AreKnown({"Stage.Kind", "InkStripe.LeftStripeWidth", "InkStripe.RightStripeWidth"}))
     {
         return;
     }
-    if (job.m_inkStripe.m_unitPitch < 1)
+    bool bAny = false;
+    for (std::size_t i = 0; i < m_job.m_units.size(); ++i)
     {
-        const bool bMissing = !job.m_places.contains("InkStripe.UnitPitch");
-        Value_Refuse(job, "InkStripe.UnitPitch",
-                     (bMissing ? "UnitPitch is missing from [InkStripe]" : "UnitPitch is 0") +
-                         std::string("; from the stripe of one unit position to the next it is 1 or more, for "
-                                     "example: UnitPitch = 8"));
-    }
-    for (const SJobUnit& unit : job.m_units)
-    {
-        if (Job_HasStripes(job, unit) && !unit.m_stripeColor.IsGiven())
+        const SJobUnit& unit = m_job.m_units[i];
+        if (!Job_HasStripes(m_job, unit) || !IsUnitKeyKnown(i, "Separation"))
         {
-            throw CInputError(Job_PlaceText(job, unit.m_stripeColor.m_place) +
-                              "StripeColor is missing from [[CartInfo.Unit]]; a unit without a Separation prints ink "
-                              "stripes, for example: StripeColor = \"Full\"");
+            continue;
+        }
+        bAny = true;
+        if (!unit.m_stripeColor.IsGiven() && IsUnitKeyKnown(i, "StripeColor"))
+        {
+            Add(unit.m_stripeColor.m_place, "missing", "StripeColor is missing from [[CartInfo.Unit]]",
+                "a unit without a Separation prints ink stripes, for example: StripeColor = \"Full\"");
         }
     }
-}
-
-void BoardLine_Check(const SJob& job)
-{
-    const std::int64_t lineBits = Job_BoardWidth(job);
-    if (lineBits > bandLimit)
+    if (bAny && AreKnown({"InkStripe.UnitPitch"}) && m_job.m_inkStripe.m_unitPitch < 1)
     {
-        Value_Refuse(job, "CartInfo.Nozzles",
-                     "Nozzles is " + Number(job.m_nozzles) + "; with frames of " +
-                         Number(job.m_dpOption.m_printerDataWidth) + " bits a board line has " + Number(lineBits) +
-                         " bits, and " + Number(bandLimit) + " is the most; lower Nozzles");
+        const bool bMissing = !m_job.m_places.contains("InkStripe.UnitPitch");
+        Add("InkStripe.UnitPitch", "missing",
+            bMissing ? "UnitPitch is missing from [InkStripe]" : "UnitPitch is 0",
+            "from the stripe of one unit position to the next it is 1 or more, for example: UnitPitch = 8");
     }
 }
 
-[[noreturn]] void Separation_Refuse(const SJob& job, const SJobUnit& unit, const std::string& text)
+void CJobChecker::BoardLine_Check()
 {
-    throw CInputError(Job_PlaceText(job, unit.m_place_Separation) + "Separation " + Text_Printable(unit.m_separation) +
-                      " " + text);
+    const std::int64_t lineBits = Job_BoardWidth(m_job);
+    if (lineBits > bandLimit)
+    {
+        Add(nozzlesKey, "board-line", "Nozzles is " + Number(m_job.m_nozzles),
+            "with frames of " + Number(m_job.m_dpOption.m_printerDataWidth) + " bits a board line has " +
+                Number(lineBits) + " bits, and " + Number(bandLimit) + " is the most; lower Nozzles");
+    }
 }
+
+void CJobChecker::Values_Check()
+{
+    if (AreKnown({mapStyleKey, pushStyleKey, supportBitsKey}))
+    {
+        SupportBits_Check();
+    }
+    if (AreKnown({mapStyleKey, pushStyleKey, supportBitsKey, depthKey}))
+    {
+        Map_Check();
+    }
+    if (HasMap())
+    {
+        Depth_Check();
+        if (AreKnown({widthKey}))
+        {
+            FrameWidth_Check();
+        }
+        if (AreKnown({nozzlesKey}))
+        {
+            Nozzles_Check();
+        }
+        if (AreKnown({"PrintParam.DotSizeMode"}))
+        {
+            DotSize_Check();
+        }
+    }
+    Units_Check();
+    Presence_Check();
+    if (AreKnown({"PrintParam.MaskCount_1", "PrintParam.MaskCount_2"}))
+    {
+        Masks_Check();
+    }
+    InkStripe_Check();
+    if (HasMap() && AreKnown({widthKey, nozzlesKey}))
+    {
+        BoardLine_Check();
+    }
+}
+
+// The separations.
 
 std::string PageSize_Text(const SSeparationInfo& separation)
 {
     return Number(separation.width) + " x " + Number(separation.height) + " pixels";
 }
 
-void Separation_Check(const SJob& job, const SJobUnit& unit, const SSeparationInfo& separation,
-                      const SJobUnit& firstUnit, const SSeparationInfo& first)
+// "300 x 600 per inch".
+std::string Resolution_Text(const SSeparationInfo& separation)
 {
-    if (separation.bitsPerPixel != job.m_bitsPerPixel)
+    const auto Text = [](double value)
     {
-        Separation_Refuse(job, unit,
-                          "has " + Number(separation.bitsPerPixel) + (separation.bitsPerPixel == 1 ? " bit" : " bits") +
-                              " per pixel; BitsPerPixel is " + Number(job.m_bitsPerPixel));
+        std::string text = std::to_string(value);
+        text.erase(text.find_last_not_of('0') + 1);
+        return text.back() == '.' ? text.substr(0, text.size() - 1) : text;
+    };
+    return Text(separation.xResolution) + " x " + Text(separation.yResolution) + " pixels per inch";
+}
+
+bool IsSameResolution(const SSeparationInfo& one, const SSeparationInfo& other)
+{
+    // What rounding and a change of units leave.
+    constexpr double tolerance = 1e-3;
+    const auto IsNear = [](double left, double right) { return std::abs(left - right) <= tolerance * right; };
+    return !one.HasResolution() || !other.HasResolution() ||
+           (IsNear(one.xResolution, other.xResolution) && IsNear(one.yResolution, other.yResolution));
+}
+
+void CJobChecker::Separation_Check(const SJobUnit& unit, const SSeparationInfo& separation, const SJobUnit& firstUnit,
+                                   const SSeparationInfo& first)
+{
+    const auto Wrong = [&](const char* pRule, const std::string& what, const std::string& fix)
+    { m_mistakes.Add(Separation_Mistake(m_job, unit, pRule, " has " + what, fix)); };
+    if (AreKnown({depthKey}) && separation.bitsPerPixel != m_job.m_bitsPerPixel)
+    {
+        Wrong("separation-depth",
+              Number(separation.bitsPerPixel) + (separation.bitsPerPixel == 1 ? " bit" : " bits") + " per pixel",
+              "BitsPerPixel is " + Number(m_job.m_bitsPerPixel));
     }
     if (separation.width < 1 || separation.height < 1)
     {
-        Separation_Refuse(job, unit, "has " + PageSize_Text(separation) + "; a page has at least one of each");
+        Wrong("separation-size", PageSize_Text(separation), "a page has at least one of each");
     }
-    if (separation.width != first.width || separation.height != first.height)
+    else if (separation.width != first.width || separation.height != first.height)
     {
-        Separation_Refuse(job, unit,
-                          "has " + PageSize_Text(separation) + ", but " + Text_Printable(firstUnit.m_separation) +
-                              " has " + PageSize_Text(first) + "; all separations of a page have one size");
+        Wrong("separation-size",
+              PageSize_Text(separation) + ", but " + Text_Printable(firstUnit.m_separation) + " has " +
+                  PageSize_Text(first),
+              "all separations of a page have one size");
+    }
+    if (!IsSameResolution(separation, first))
+    {
+        SMistake warning = Separation_Mistake(
+            m_job, unit, "separation-resolution",
+            " has " + Resolution_Text(separation) + ", but " + Text_Printable(firstUnit.m_separation) + " has " +
+                Resolution_Text(first),
+            "the pixels are printed one to one; make all separations of a page with one resolution");
+        warning.m_bWarning = true;
+        m_mistakes.Add(std::move(warning));
     }
 }
 
-void Band_Check(const SJob& job, const std::string& key, const std::string& what, std::int64_t bytesPerLine,
-                std::int64_t lineCount, const std::string& advice)
+void CJobChecker::Band_Check(const std::string& what, std::int64_t bytesPerLine, std::int64_t lineCount,
+                             const std::string& advice)
 {
     if (bytesPerLine * lineCount > bandLimit)
     {
-        Value_Refuse(job, key,
-                     what + " of this page has " + Number(lineCount) + " lines of " + Number(bytesPerLine) +
-                         " bytes, and a band holds " + Number(bandLimit) + " bytes at most; " + advice);
+        Add(nozzlesKey, "band-size",
+            what + " of this page has " + Number(lineCount) + " lines of " + Number(bytesPerLine) +
+                " bytes, and a band holds " + Number(bandLimit) + " bytes at most",
+            advice);
     }
 }
 
-void Bands_Check(const SJob& job, const SSeparationInfo& page)
+void CJobChecker::Page_Check(const SSeparationInfo& page)
 {
-    const SJobGeometry geometry = Job_Geometry(job, page.width, page.height);
-    Band_Check(job, "CartInfo.Nozzles", "a unit band", geometry.m_unitBytesPerLine, geometry.m_lineCount,
-               "lower Nozzles or AlignByteCountPerLine, or print a narrower page");
-    Band_Check(job, "CartInfo.Nozzles", "a board band", geometry.m_boardBytesPerLine, geometry.m_lineCount,
-               "lower Nozzles or print a narrower page");
-}
-
-void JobWidth_Check(const SJob& job, const SSeparationInfo& page)
-{
-    const std::int64_t jobWidth = std::int64_t{page.width} * job.m_maskCount_1;
+    const std::int64_t jobWidth = std::int64_t{page.width} * m_job.m_maskCount_1;
     if (jobWidth > bandLimit)
     {
-        Value_Refuse(job, "PrintParam.MaskCount_1",
-                     "MaskCount_1 is " + Number(job.m_maskCount_1) + "; with this page of " + Number(page.width) +
-                         " columns the job is " + Number(jobWidth) + " scan positions wide, and " + Number(bandLimit) +
-                         " is the most; lower MaskCount_1");
+        Add("PrintParam.MaskCount_1", "job-width", "MaskCount_1 is " + Number(m_job.m_maskCount_1),
+            "with this page of " + Number(page.width) + " columns the job is " + Number(jobWidth) +
+                " scan positions wide, and " + Number(bandLimit) + " is the most; lower MaskCount_1");
     }
+    const SJobGeometry geometry = Job_Geometry(m_job, page.width, page.height);
+    Band_Check("a unit band", geometry.m_unitBytesPerLine, geometry.m_lineCount,
+               "lower Nozzles or AlignByteCountPerLine, or print a narrower page");
+    Band_Check("a board band", geometry.m_boardBytesPerLine, geometry.m_lineCount,
+               "lower Nozzles or print a narrower page");
+    Stripes_Check(page.width);
 }
 
 // The stage copies a stripe to its place without a look at the band.
-void Stripe_Check(const SJob& job, const SJobUnit& unit, int pageWidth, int length, bool bLeftToRight, bool bLeftStripe)
+void CJobChecker::Stripe_Check(const SJobUnit& unit, int pageWidth, int length, bool bLeftToRight, bool bLeftStripe)
 {
-    const std::optional<SJobStripe> stripe = Job_Stripe(job, unit, pageWidth, bLeftToRight, bLeftStripe, length);
-    const int positions = Job_PassPositions(job, pageWidth, bLeftToRight);
+    const std::optional<SJobStripe> stripe = Job_Stripe(m_job, unit, pageWidth, bLeftToRight, bLeftStripe, length);
+    const int positions = Job_PassPositions(m_job, pageWidth, bLeftToRight);
     if (stripe && (stripe->m_begin < 0 || stripe->m_end > positions))
     {
-        throw CInputError(Job_PlaceText(job, unit.m_stripeColor.m_place) + "the " + (bLeftStripe ? "left" : "right") +
-                          " stripe of unit " + Number(unit.m_unitId) + " in the " +
-                          (bLeftToRight ? "left-to-right" : "right-to-left") + " pass takes the scan positions " +
-                          Number(stripe->m_begin) + " to " + Number(stripe->m_end - 1) + ", and the band has 0 to " +
-                          Number(positions - 1) + "; lower UnitPitch or StripeLength, or widen the stripe zones");
+        Add(unit.m_stripeColor.m_place, "stripe-outside",
+            std::string("the ") + (bLeftStripe ? "left" : "right") + " stripe of unit " + Number(unit.m_unitId) +
+                " in the " + (bLeftToRight ? "left-to-right" : "right-to-left") + " pass takes the scan positions " +
+                Number(stripe->m_begin) + " to " + Number(stripe->m_end - 1) + ", and the band has 0 to " +
+                Number(positions - 1),
+            "lower UnitPitch or StripeLength, or widen the stripe zones");
     }
 }
 
-void Stripes_Check(const SJob& job, int pageWidth)
+void CJobChecker::Stripes_Check(int pageWidth)
 {
-    for (const SJobUnit& unit : job.m_units)
+    for (const SJobUnit& unit : m_job.m_units)
     {
-        if (!Job_HasStripes(job, unit))
+        if (!Job_HasStripes(m_job, unit))
         {
             continue;
         }
-        const int length = StripeColor_Length(job, unit);
-        for (const bool bLeftStripe : {true, false})
+        try
         {
-            Stripe_Check(job, unit, pageWidth, length, true, bLeftStripe);
-            if (job.m_bBidirectional)
+            const int length = StripeColor_Length(m_job, unit);
+            for (const bool bLeftStripe : {true, false})
             {
-                Stripe_Check(job, unit, pageWidth, length, false, bLeftStripe);
+                Stripe_Check(unit, pageWidth, length, true, bLeftStripe);
+                if (m_job.m_bBidirectional)
+                {
+                    Stripe_Check(unit, pageWidth, length, false, bLeftStripe);
+                }
+            }
+        }
+        catch (const CInputError& error)
+        {
+            for (const SMistake& mistake : error.Mistakes_Get())
+            {
+                m_mistakes.Add(mistake);
             }
         }
     }
 }
 
-} // namespace
-
-void Job_Check(SJob& job)
-{
-    SupportBits_Check(job);
-    job.m_map = Job_MapClass(job.m_dpOption, job.m_bitsPerPixel);
-    Map_Check(job);
-    Depth_Check(job);
-    FrameWidth_Check(job);
-    Nozzles_Check(job);
-    DotSize_Check(job);
-    Units_Check(job);
-    Presence_Check(job);
-    Masks_Check(job);
-    InkStripe_Check(job);
-    BoardLine_Check(job);
-}
-
-void Job_CheckSeparations(const SJob& job, const std::vector<SSeparationInfo>& separations)
+void CJobChecker::Separations_Check(const std::vector<std::optional<SSeparationInfo>>& separations)
 {
     const SJobUnit* pFirst = nullptr;
+    const SSeparationInfo* pPage = nullptr;
     std::size_t index = 0;
-    for (const SJobUnit& unit : job.m_units)
+    for (const SJobUnit& unit : m_job.m_units)
     {
-        if (unit.HasSeparation())
+        if (!unit.HasSeparation())
         {
-            pFirst = pFirst == nullptr ? &unit : pFirst;
-            Separation_Check(job, unit, separations.at(index), *pFirst, separations.front());
-            ++index;
+            continue;
+        }
+        if (const std::optional<SSeparationInfo>& separation = separations.at(index++))
+        {
+            pFirst = pPage == nullptr ? &unit : pFirst;
+            pPage = pPage == nullptr ? &*separation : pPage;
+            Separation_Check(unit, *separation, *pFirst, *pPage);
         }
     }
-    const SSeparationInfo& page = separations.front();
-    JobWidth_Check(job, page);
-    Bands_Check(job, page);
-    Stripes_Check(job, page.width);
+    // The sizes of bands follow from nearly every value.
+    if (pPage != nullptr && pPage->width >= 1 && pPage->height >= 1 && HasMap() && m_job.m_mistaken.empty())
+    {
+        Page_Check(*pPage);
+    }
+}
+
+} // namespace
+
+void Job_Check(SJob& job, CMistakeList& mistakes)
+{
+    CJobChecker checker(job, mistakes);
+    if (checker.AreKnown({mapStyleKey, pushStyleKey, supportBitsKey, depthKey}))
+    {
+        job.m_map = Job_MapClass(job.m_dpOption, job.m_bitsPerPixel);
+    }
+    checker.Values_Check();
+}
+
+void Job_CheckSeparations(const SJob& job, const std::vector<std::optional<SSeparationInfo>>& separations,
+                          CMistakeList& mistakes)
+{
+    CJobChecker(job, mistakes).Separations_Check(separations);
+}
+
+SMistake Separation_Mistake(const SJob& job, const SJobUnit& unit, std::string rule, const std::string& what,
+                            std::string fix)
+{
+    return {false,
+            job.m_file,
+            unit.m_place_Separation,
+            std::move(rule),
+            Job_UnitText(unit) + ": Separation " + Text_Printable(unit.m_separation) + what,
+            std::move(fix)};
+}
+
+SMistake Separation_Fault(const SJob& job, const SJobUnit& unit, const CInputError& error)
+{
+    const std::string path = Path_Text(unit.m_separationPath);
+    const std::string text = error.what();
+    return Separation_Mistake(job, unit, "separation",
+                              text.starts_with(path + ": ") ? text.substr(path.size()) : ": " + text, "");
 }

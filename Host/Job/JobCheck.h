@@ -3,15 +3,26 @@
 // that no job file can reach it. Called on the main thread before a stage is made.
 #pragma once
 
+#include "Host/HostError.h"
 #include "Host/Input/SeparationInfo.h"
 #include "Host/Job/Job.h"
 
+#include <optional>
 #include <vector>
 
-// Chooses the job's map (m_map) and checks the job against it. Throws CInputError for the first problem.
-void Job_Check(SJob& job);
+// Chooses the job's map (m_map) and checks the job against it, as far as its values are known. Adds every mistake.
+void Job_Check(SJob& job, CMistakeList& mistakes);
 
-// Checks what the separations say of themselves, one entry per unit that has one, in the job's order: their depth, one
-// page size for all, bands that fit CBandData's 32 bits in every pass, and ink stripes that lie inside their bands.
-// Opens the stripe colours that are TIFF files. Throws CInputError.
-void Job_CheckSeparations(const SJob& job, const std::vector<SSeparationInfo>& separations);
+// Checks what the separations say of themselves, one entry per unit that has one, in the job's order, nothing for one
+// that could not be opened: their depth, one page size for all, bands that fit CBandData's 32 bits in every pass, and
+// ink stripes that lie inside their bands. Opens the stripe colours that are TIFF files. Adds every mistake, and a
+// warning for separations of different resolutions.
+void Job_CheckSeparations(const SJob& job, const std::vector<std::optional<SSeparationInfo>>& separations,
+                          CMistakeList& mistakes);
+
+// What is wrong with the separation of a unit, or with its stripe colour: names the line and the unit.
+SMistake Separation_Mistake(const SJob& job, const SJobUnit& unit, std::string rule, const std::string& what,
+                            std::string fix);
+
+// The same for what the reader of the separation threw, whose text begins with the file's path.
+SMistake Separation_Fault(const SJob& job, const SJobUnit& unit, const CInputError& error);

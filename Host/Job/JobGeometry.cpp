@@ -20,7 +20,7 @@ std::int64_t Bytes_Of(std::int64_t bits)
 
 int PixelsPerNozzle(const SJob& job)
 {
-    return job.m_map.m_class == EMapClass::Map_8 ? 2 : 1;
+    return MapClass_Get(job.m_map.m_class).m_pixelsPerNozzle;
 }
 
 std::int64_t PassPositions(const SJob& job, int pageWidth, bool bLeftToRight)
@@ -53,22 +53,9 @@ int Job_UnitBitsPerPixel(const SJob& job)
 
 std::int64_t Job_BoardWidth(const SJob& job)
 {
-    constexpr std::int64_t pixelsPerFrame_03 = 4;
-    constexpr std::int64_t bitsPerBoardUnit_03_01 = 104;
-    const std::int64_t frameWidth = job.m_dpOption.m_printerDataWidth;
     const std::int64_t unitWidth = std::int64_t{job.m_nozzles} * PixelsPerNozzle(job);
-    switch (job.m_map.m_class)
-    {
-    case EMapClass::Map_03:
-        return unitWidth / pixelsPerFrame_03 * frameWidth;
-    case EMapClass::Map_03_01:
-        return bitsPerBoardUnit_03_01 * frameWidth;
-    case EMapClass::Map_6:
-    case EMapClass::Map_7:
-        return Bytes_Of(unitWidth * job.m_map.m_dstBitCount) * frameWidth * bitsPerByte;
-    default:
-        return unitWidth * frameWidth;
-    }
+    return MapClass_FrameCount(job.m_map, unitWidth) *
+           MapClass_FrameBits(job.m_map.m_class, job.m_dpOption.m_printerDataWidth);
 }
 
 SJobGeometry Job_Geometry(const SJob& job, int pageWidth, int pageHeight)

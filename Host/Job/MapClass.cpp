@@ -1,6 +1,7 @@
-// The factory's decision table.
+// The factory's decision table, and the table of the map classes.
 #include "Host/Job/MapClass.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 
@@ -8,6 +9,53 @@ namespace
 {
 
 constexpr SJobMap noMap = {};
+constexpr std::int64_t bitsPerByte = 8;
+
+// By the numbers of EMapClass.
+constexpr std::array mapClasses = {
+    SMapClass{},
+    SMapClass{.m_class = EMapClass::Map_1, .m_pName = "1", .m_bTableMap = true, .m_widthOnly = 16},
+    SMapClass{.m_class = EMapClass::Map_2,
+              .m_pName = "2",
+              .m_bTableMap = true,
+              .m_widthMultiple = 8,
+              .m_bDotSize = true},
+    SMapClass{.m_class = EMapClass::Map_03,
+              .m_pName = "03",
+              .m_widthMultiple = 32,
+              .m_nozzlesOnly = 400,
+              .m_widthPerGroup = 32,
+              .m_unitsPerGroup = 8,
+              .m_frameRule = EFrameRule::PerBlock,
+              .m_bDirected = true},
+    SMapClass{.m_class = EMapClass::Map_03_01,
+              .m_pName = "03_01",
+              .m_frameUnit = EFrameUnit::ByteColumns,
+              .m_widthLeast = 4,
+              .m_nozzlesOnly = 400,
+              .m_widthPerGroup = 4,
+              .m_frameRule = EFrameRule::PerChunkByte,
+              .m_bDirected = true},
+    SMapClass{.m_class = EMapClass::Map_5, .m_pName = "5", .m_bTableMap = true, .m_widthMultiple = 8},
+    SMapClass{.m_class = EMapClass::Map_6,
+              .m_pName = "6",
+              .m_frameUnit = EFrameUnit::ByteColumns,
+              .m_widthPerGroup = 1,
+              .m_frameRule = EFrameRule::PerByte},
+    SMapClass{.m_class = EMapClass::Map_7,
+              .m_pName = "7",
+              .m_frameUnit = EFrameUnit::ByteColumns,
+              .m_widthPerGroup = 1,
+              .m_frameRule = EFrameRule::PerByte,
+              .m_bDotSize = true},
+    SMapClass{.m_class = EMapClass::Map_8,
+              .m_pName = "8",
+              .m_widthMultiple = 8,
+              .m_nozzlesMultiple = 4,
+              .m_pixelsPerNozzle = 2,
+              .m_bPlanePair = true},
+};
+static_assert(mapClasses.size() == static_cast<std::size_t>(EMapClass::Map_8) + 1);
 
 // The map of styles 6 and 7 for data at the boards' own depth.
 SJobMap PlainMap(EDataMapStyle style, int bits)
@@ -64,13 +112,47 @@ SJobMap Job_MapClass(const SDPOption& option, int bitsPerPixel)
     return noMap;
 }
 
-const char* MapClass_Name(EMapClass mapClass)
+std::span<const SMapClass> MapClasses()
 {
-    static constexpr std::array names = {"none", "1", "2", "03", "03_01", "5", "6", "7", "8"};
-    return names.at(static_cast<std::size_t>(mapClass));
+    return std::span(mapClasses).subspan(1);
 }
 
-bool MapClass_IsTableMap(EMapClass mapClass)
+const SMapClass& MapClass_Get(EMapClass mapClass)
 {
-    return mapClass == EMapClass::Map_1 || mapClass == EMapClass::Map_2 || mapClass == EMapClass::Map_5;
+    return mapClasses.at(static_cast<std::size_t>(mapClass));
+}
+
+const char* MapClass_Name(EMapClass mapClass)
+{
+    return MapClass_Get(mapClass).m_pName;
+}
+
+std::int64_t MapClass_FrameBits(EMapClass mapClass, int frameWidth)
+{
+    return std::int64_t{frameWidth} * (MapClass_Get(mapClass).m_frameUnit == EFrameUnit::Bits ? 1 : bitsPerByte);
+}
+
+std::int64_t MapClass_FrameCount(const SJobMap& map, std::int64_t unitWidth)
+{
+    constexpr std::int64_t blocksPerLine = 4;
+    constexpr std::int64_t bytesPerChunk = 13;
+    switch (MapClass_Get(map.m_class).m_frameRule)
+    {
+    case EFrameRule::PerPixel:
+        break;
+    case EFrameRule::PerBlock:
+        return unitWidth / blocksPerLine;
+    case EFrameRule::PerByte:
+        return (unitWidth * map.m_dstBitCount + bitsPerByte - 1) / bitsPerByte;
+    case EFrameRule::PerChunkByte:
+        return bytesPerChunk;
+    }
+    return unitWidth;
+}
+
+int MapClass_UnitCount(const SJobMap& map, int frameWidth)
+{
+    const SMapClass& row = MapClass_Get(map.m_class);
+    const int widthPerGroup = row.m_widthPerGroup > 0 ? row.m_widthPerGroup : std::max(map.m_dstBitCount, 1);
+    return frameWidth / widthPerGroup * row.m_unitsPerGroup;
 }

@@ -5,7 +5,7 @@
 #include "Host/Input/SeparationReader.h"
 #include "Host/Job/JobGeometry.h"
 #include "Host/Job/JobNames.h"
-#include "Host/Output/PathText.h"
+#include "Host/PathText.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -19,10 +19,11 @@ using ColorBand = std::shared_ptr<const CBandData>;
 
 constexpr int bitsPerByte = 8;
 
-[[noreturn]] void Color_Refuse(const SJob& job, const SJobUnit& unit, const std::string& text)
+[[noreturn]] void Color_Refuse(const SJob& job, const SJobUnit& unit, const std::string& what, const std::string& fix)
 {
-    throw CInputError(Job_PlaceText(job, unit.m_stripeColor.m_place) + "StripeColor " +
-                      Text_Printable(unit.m_stripeColor.m_text) + " has " + text);
+    throw CInputError({SMistake{false, job.m_file, unit.m_stripeColor.m_place, "stripe-color",
+                                Job_UnitText(unit) + ": StripeColor " + Text_Printable(unit.m_stripeColor.m_text) + what,
+                                fix}});
 }
 
 void Size_Check(const SJob& job, const SJobUnit& unit, const SSeparationInfo& info)
@@ -30,21 +31,35 @@ void Size_Check(const SJob& job, const SJobUnit& unit, const SSeparationInfo& in
     if (info.bitsPerPixel != job.m_bitsPerPixel)
     {
         Color_Refuse(job, unit,
-                     std::to_string(info.bitsPerPixel) + (info.bitsPerPixel == 1 ? " bit" : " bits") +
-                         " per pixel; BitsPerPixel is " + std::to_string(job.m_bitsPerPixel));
+                     " has " + std::to_string(info.bitsPerPixel) + (info.bitsPerPixel == 1 ? " bit" : " bits") +
+                         " per pixel",
+                     "BitsPerPixel is " + std::to_string(job.m_bitsPerPixel));
     }
     if (info.width != job.m_nozzles)
     {
-        Color_Refuse(job, unit,
-                     std::to_string(info.width) + " columns; it needs one for each nozzle, and Nozzles is " +
-                         std::to_string(job.m_nozzles));
+        Color_Refuse(job, unit, " has " + std::to_string(info.width) + " columns",
+                     "it needs one for each nozzle, and Nozzles is " + std::to_string(job.m_nozzles));
     }
     if (info.height > job.m_inkStripe.m_stripeLength)
     {
-        Color_Refuse(job, unit,
-                     std::to_string(info.height) +
-                         " rows; a stripe has StripeLength scan positions at most, which is " +
+        Color_Refuse(job, unit, " has " + std::to_string(info.height) + " rows",
+                     "a stripe has StripeLength scan positions at most, which is " +
                          std::to_string(job.m_inkStripe.m_stripeLength));
+    }
+}
+
+// Opens the unit's file; what is wrong with it names the unit and its line.
+std::unique_ptr<CSeparationReader> Color_Open(const SJob& job, const SJobUnit& unit)
+{
+    const std::string path = Path_Text(unit.m_stripeColor.m_path);
+    try
+    {
+        return std::make_unique<CSeparationReader>(path);
+    }
+    catch (const CInputError& error)
+    {
+        const std::string text = error.what();
+        Color_Refuse(job, unit, text.starts_with(path) ? text.substr(path.size()) : ": " + text, "");
     }
 }
 
@@ -124,11 +139,11 @@ ColorBand Color_Solid(const SJob& job, EStripeFill fill)
 
 ColorBand Color_OfFile(const SJob& job, const SJobUnit& unit)
 {
-    CSeparationReader reader(Path_Text(unit.m_stripeColor.m_path));
-    Size_Check(job, unit, reader.Info_Get());
-    const std::shared_ptr<CBandData> band = Band_Make(job, reader.Height());
-    std::vector<unsigned char> row(static_cast<std::size_t>(reader.RowBytes()));
-    for (int position = 0; reader.Row_Read(row.data()); ++position)
+    const std::unique_ptr<CSeparationReader> reader = Color_Open(job, unit);
+    Size_Check(job, unit, reader->Info_Get());
+    const std::shared_ptr<CBandData> band = Band_Make(job, reader->Height());
+    std::vector<unsigned char> row(static_cast<std::size_t>(reader->RowBytes()));
+    for (int position = 0; reader->Row_Read(row.data()); ++position)
     {
         Position_Fill(job, *band, position, row);
     }
@@ -160,7 +175,7 @@ int StripeColor_Length(const SJob& job, const SJobUnit& unit)
     {
         return job.m_inkStripe.m_stripeLength;
     }
-    const SSeparationInfo info = SeparationInfo_Get(Path_Text(unit.m_stripeColor.m_path));
+    const SSeparationInfo info = Color_Open(job, unit)->Info_Get();
     Size_Check(job, unit, info);
     return info.height;
 }

@@ -170,9 +170,10 @@ CBoardTiffWriter::CBoardTiffWriter(std::unique_ptr<COutputFile> file, const SBoa
                                    const SBoardTiffSize& size, EBoardCompression compression)
     : m_file(std::move(file)), m_info(info), m_size(size), m_compression(compression)
 {
-    // Header words of any value are no longer than this beyond their names.
-    constexpr std::int64_t longestWords = 14 * 12;
-    const auto descriptionSize = static_cast<std::int64_t>(BandHeader_Json(SBandHeader{}, info).size()) + longestWords;
+    // Header and pass words of any value are no longer than this beyond their names.
+    constexpr std::int64_t longestWords = 22 * 12;
+    const auto descriptionSize =
+        static_cast<std::int64_t>(BandHeader_Json(SBandHeader{}, SBoardPass{}, info).size()) + longestWords;
     m_tiff = std::make_unique<STiff>(*m_file, BoardTiff_NeedsBigTiff(size, compression, descriptionSize));
     if (m_tiff->m_pHandle == nullptr)
     {
@@ -215,8 +216,15 @@ void CBoardTiffWriter::Tags_Set(const CBandData& band, std::uint32_t rowsPerStri
     TIFFSetField(pTiff, TIFFTAG_COMPRESSION, Compression_Tag(m_compression));
     TIFFSetField(pTiff, TIFFTAG_ROWSPERSTRIP, rowsPerStrip);
     TIFFSetField(pTiff, TIFFTAG_SOFTWARE, "boardmap");
-    TIFFSetField(pTiff, TIFFTAG_IMAGEDESCRIPTION, BandHeader_Json(band, m_info).c_str());
+    TIFFSetField(pTiff, TIFFTAG_IMAGEDESCRIPTION, Description_Make(band).c_str());
     PageNumber_Set();
+}
+
+std::string CBoardTiffWriter::Description_Make(const CBandData& band) const
+{
+    SBoardPass pass = BoardPass_Of(m_info, band);
+    pass.m_bBlank = Band_IsBlank(band);
+    return BandHeader_Json(band, pass, m_info);
 }
 
 void CBoardTiffWriter::PageNumber_Set()

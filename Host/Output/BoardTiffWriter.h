@@ -2,7 +2,7 @@
 // shows black, and the band header stands in the image description. Layout: Docs/board-stream.md.
 #pragma once
 
-#include "Host/Output/BoardInfo.h"
+#include "Host/Board/BoardInfo.h"
 #include "Host/Output/BoardWriter.h"
 #include "Host/Output/ByteSink.h"
 
@@ -49,6 +49,7 @@ private:
     void Band_WriteNext(const CBandData& band) override;
     void Finish_All() override;
     void Tags_Set(const CBandData& band, std::uint32_t rowsPerStrip);
+    std::string Description_Make(const CBandData& band) const;
     void PageNumber_Set();
     void Strips_Write(const CBandData& band, std::uint32_t rowsPerStrip);
     const unsigned char* Strip_Rows(const CBandData& band, std::uint32_t firstRow, std::uint32_t rowCount);

@@ -3,7 +3,7 @@
 #include "Host/Output/ByteSink.h"
 
 #include "Host/HostError.h"
-#include "Host/Output/PathText.h"
+#include "Host/PathText.h"
 #include "Platform/Helper/ProcessHelper.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 
 #include "Tests/DataMap/MapTestAccess.h"
 #include "Tests/Support/LogCapture.h"
-#include "Tests/Twin/BoardTwin.h"
+#include "Host/Model/BoardTwin.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

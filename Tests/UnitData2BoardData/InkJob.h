@@ -2,8 +2,8 @@
 // checked twin and the stripe model place for them, and the ways to run a job on a stage's own thread.
 #pragma once
 
+#include "Host/Model/BoardTwin.h"
 #include "Tests/Support/BandHeader.h"
-#include "Tests/Twin/BoardTwin.h"
 #include "Tests/UnitData2BoardData/InkSupport.h"
 
 #include <memory>

@@ -5,7 +5,7 @@
 #include "Tests/Support/ConfigGuard.h"
 #include "Tests/Support/LogCapture.h"
 #include "Tests/UnitData2BoardData/StageSupport.h"
-#include "Tests/UnitData2BoardData/StripeModel.h"
+#include "Host/Model/StripeModel.h"
 #include "UnitData2BoardData/InkStripeParam_Run.h"
 #include "UnitData2BoardData/UnitData2BoardData_AllUnit_2.h"
 #include "UnitData2BoardData/UnitData2BoardData_S_AllUnit.h"

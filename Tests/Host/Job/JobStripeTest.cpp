@@ -8,7 +8,7 @@
 #include "Tests/Host/Job/TestJob.h"
 #include "Tests/Support/ConfigGuard.h"
 #include "Tests/Support/TestFolder.h"
-#include "Tests/Twin/BoardTwin.h"
+#include "Host/Model/BoardTwin.h"
 #include "UnitData2BoardData/UnitData2BoardData_AllUnit_2.h"
 
 #include <gtest/gtest.h>

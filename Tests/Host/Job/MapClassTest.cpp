@@ -17,6 +17,7 @@
 #include <memory>
 #include <ostream>
 #include <typeinfo>
+#include <vector>
 
 // NOLINTNEXTLINE(readability-identifier-naming): the test framework looks for this name.
 static void PrintTo(const SJobMap& map, std::ostream* pStream)
@@ -98,12 +99,12 @@ TEST(MapClass, TableMapsAreThoseThatKeepTheGenericLineMapping)
 {
     for (const EMapClass tableMap : {EMapClass::Map_1, EMapClass::Map_2, EMapClass::Map_5})
     {
-        EXPECT_TRUE(MapClass_IsTableMap(tableMap)) << MapClass_Name(tableMap);
+        EXPECT_TRUE(MapClass_Get(tableMap).m_bTableMap) << MapClass_Name(tableMap);
     }
     for (const EMapClass other : {EMapClass::None, EMapClass::Map_03, EMapClass::Map_03_01, EMapClass::Map_6,
                                   EMapClass::Map_7, EMapClass::Map_8})
     {
-        EXPECT_FALSE(MapClass_IsTableMap(other)) << MapClass_Name(other);
+        EXPECT_FALSE(MapClass_Get(other).m_bTableMap) << MapClass_Name(other);
     }
 }
 
@@ -117,4 +118,50 @@ TEST(MapClass, NamesAreTheStyles)
     EXPECT_STREQ(MapClass_Name(EMapClass::Map_6), "6");
     EXPECT_STREQ(MapClass_Name(EMapClass::Map_7), "7");
     EXPECT_STREQ(MapClass_Name(EMapClass::Map_8), "8");
+}
+
+TEST(MapClass, EveryRowStandsUnderItsOwnClass)
+{
+    EXPECT_EQ(MapClasses().size(), 8U);
+    for (const SMapClass& row : MapClasses())
+    {
+        EXPECT_EQ(&MapClass_Get(row.m_class), &row);
+    }
+}
+
+TEST(MapClass, LineWidthsAreThoseOfTheLibrarysMaps)
+{
+    struct SCase
+    {
+        SDPOption m_option;
+        int m_bitsPerPixel;
+    };
+    using enum EDataMapStyle;
+    const auto option = [](EDataMapStyle style, int width, EPrinterSupportBits support)
+    { return SDPOption{style, EDataPushStyle::ByPixel, support, width}; };
+    const std::vector<SCase> cases = {{option(Frame16, 16, EPrinterSupportBits::OneBit), 1},
+                                      {option(Block, 64, EPrinterSupportBits::OneBit), 1},
+                                      {option(Block13, 24, EPrinterSupportBits::OneBit), 1},
+                                      {option(FramePerPixel, 24, EPrinterSupportBits::TwoBit), 1},
+                                      {option(FramePerPixel, 24, EPrinterSupportBits::Multiple), 2},
+                                      {option(ByteInterleaved, 5, EPrinterSupportBits::TwoBit), 1},
+                                      {option(ByteInterleaved, 5, EPrinterSupportBits::TwoBit), 2},
+                                      {option(PlanePair, 24, EPrinterSupportBits::OneBit), 2}};
+    for (const SCase& one : cases)
+    {
+        CConfigGuard config;
+        config.m_option = one.m_option;
+        config.Apply();
+        const SJobMap map = Job_MapClass(one.m_option, one.m_bitsPerPixel);
+        const std::unique_ptr<CPrintUnitDataMap_Base> library(
+            CPrintUnitMap_Factory::Init_DataMap(one.m_bitsPerPixel, EDotSizeMode::Small));
+        ASSERT_NE(library, nullptr) << MapClass_Name(map.m_class);
+        for (const int unitWidth : {400, 800})
+        {
+            EXPECT_EQ(MapClass_FrameBits(map.m_class, one.m_option.m_printerDataWidth) *
+                          MapClass_FrameCount(map, unitWidth),
+                      library->SrcPixelCount_2_BoardBitCount(unitWidth))
+                << MapClass_Name(map.m_class) << ", " << unitWidth << " pixels";
+        }
+    }
 }

@@ -1,5 +1,5 @@
 // The JSON of board files.
-#include "Host/Output/BoardInfo.h"
+#include "Host/Board/BoardInfo.h"
 
 #include "Tests/Host/Output/TestBand.h"
 

@@ -1,8 +1,8 @@
 // Board bands with a pattern that shows every wrong bit, for the writers' tests.
 #pragma once
 
-#include "Host/Output/BandHeaderWords.h"
-#include "Host/Output/BoardInfo.h"
+#include "Host/Board/BandHeaderWords.h"
+#include "Host/Board/BoardInfo.h"
 #include "Platform/BandData/BandData.h"
 
 #include <cstring>

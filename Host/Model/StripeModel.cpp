@@ -1,5 +1,5 @@
 // Walking the scan positions of a pass.
-#include "Tests/UnitData2BoardData/StripeModel.h"
+#include "Host/Model/StripeModel.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,5 +1,5 @@
 // The layout rules, one function per family, each a loop over single bits.
-#include "Tests/Twin/BoardTwin.h"
+#include "Host/Model/BoardTwin.h"
 
 #include <cstddef>
 #include <stdexcept>
@@ -306,4 +306,202 @@ STwinBoardBand CBoardTwin::Band_Map(std::span<const STwinBand> bands) const
         }
     }
     return board;
+}
+
+int CBoardTwin::BitsPerNozzle() const
+{
+    switch (m_style.style)
+    {
+    case ETwinStyle::Style_5:
+    case ETwinStyle::Style_6:
+        return m_style.srcBitCount;
+    case ETwinStyle::Style_8:
+        return 2;
+    default:
+        return 1;
+    }
+}
+
+long long CBoardTwin::LineBitCount(int nozzleCount) const
+{
+    const long long w = m_style.frameWidth;
+    const long long n = nozzleCount;
+    switch (m_style.style)
+    {
+    case ETwinStyle::Style_6:
+        return (n * m_style.srcBitCount + 7) / 8 * w * 8;
+    case ETwinStyle::Style_7:
+        return (n * 2 + 7) / 8 * w * 8;
+    case ETwinStyle::Style_8:
+        return 2 * n * w;
+    case ETwinStyle::Style_03:
+        return n / 4 * w;
+    case ETwinStyle::Style_03_01:
+        return 13LL * 8 * w;
+    default:
+        return n * w;
+    }
+}
+
+std::vector<STwinPlace> CBoardTwin::Places_Of(int unitIndex, int unitDirection, int nozzle, int nozzleCount) const
+{
+    const long long w = m_style.frameWidth;
+    const long long n = nozzle;
+    const long long unit = unitIndex;
+    const long long lineBits = LineBitCount(nozzleCount);
+    std::vector<STwinPlace> places;
+    const auto Add = [&](long long position, int bit)
+    {
+        if (position >= 0 && position < lineBits)
+        {
+            places.push_back({position, bit});
+        }
+    };
+    const auto Add_Code = [&](long long position, int which)
+    {
+        Add(position, 0);
+        places.back().bDotCode = true;
+        places.back().bDotBit = DotCode_Bit(m_style.dotSizeMode, which);
+    };
+    switch (m_style.style)
+    {
+    case ETwinStyle::Style_1:
+        Add(PairPosition(unitIndex, nozzle), 0);
+        break;
+    case ETwinStyle::Style_2:
+        Add_Code(n * w + 2 * unit, 0);
+        Add_Code(n * w + 2 * unit + 1, 1);
+        break;
+    case ETwinStyle::Style_5:
+        for (int bit = 0; bit < m_style.srcBitCount; ++bit)
+        {
+            Add(n * w + m_style.srcBitCount * unit + bit, bit);
+        }
+        break;
+    case ETwinStyle::Style_6:
+        for (int bit = 0; bit < m_style.srcBitCount; ++bit)
+        {
+            const long long at = n * m_style.srcBitCount + bit;
+            Add((unit + at / 8 * w) * 8 + at % 8, bit);
+        }
+        break;
+    case ETwinStyle::Style_7:
+        for (int which = 0; which < 2; ++which)
+        {
+            const long long at = 2 * n + which;
+            Add_Code((unit + at / 8 * w) * 8 + at % 8, which);
+        }
+        break;
+    case ETwinStyle::Style_8:
+        for (int plane = 0; plane < 2; ++plane)
+        {
+            Add(plane * (lineBits / 2) + n / 2 * 2 * w + 2 * unit + n % 2, plane);
+        }
+        break;
+    case ETwinStyle::Style_03:
+        Add(n % 100 * w + 8 * (4 * (unit / 8) + Block_Place(unitDirection, nozzle / 100)) + unit % 8, 0);
+        break;
+    case ETwinStyle::Style_03_01:
+    {
+        const auto In_Chunk = [&](int chunk, int bit)
+        { return (4 * unit + Block_Place(unitDirection, chunk) + bit / 8 * w) * 8 + bit % 8; };
+        Add(In_Chunk(nozzle / 100, nozzle % 100), 0);
+        // The four bits behind a chunk that begins on a byte are the first of the next one.
+        if (nozzle / 100 % 2 == 1 && nozzle % 100 < 4)
+        {
+            Add(In_Chunk(nozzle / 100 - 1, 100 + nozzle % 100), 0);
+            places.back().bRepeat = true;
+        }
+        break;
+    }
+    }
+    return places;
+}
+
+STwinSource CBoardTwin::Source_Of(long long position, int nozzleCount, const std::function<int(int)>& directionOf) const
+{
+    const int w = m_style.frameWidth;
+    const auto frame = static_cast<int>(position / w);
+    const auto inFrame = static_cast<int>(position % w);
+    const auto byteIndex = position / 8;
+    const auto column = static_cast<int>(byteIndex % w);
+    const auto group = static_cast<int>(byteIndex / w);
+    const auto inByte = static_cast<int>(position % 8);
+    STwinSource source;
+    switch (m_style.style)
+    {
+    case ETwinStyle::Style_1:
+    {
+        // Bytes of a pair: units 8 to 15 and 0 to 7 of the odd pixel, then of the even one.
+        const auto byteOfPair = static_cast<int>(byteIndex % 4);
+        source.unitIndex = 7 - inByte + (byteOfPair % 2 == 0 ? 8 : 0);
+        source.nozzle = static_cast<int>(byteIndex / 4 * 2) + (byteOfPair < 2 ? 1 : 0);
+        break;
+    }
+    case ETwinStyle::Style_2:
+        source.unitIndex = inFrame / 2;
+        source.nozzle = frame;
+        break;
+    case ETwinStyle::Style_5:
+        source.unitIndex = inFrame / m_style.srcBitCount;
+        source.nozzle = frame;
+        break;
+    case ETwinStyle::Style_6:
+        source.unitIndex = column;
+        source.nozzle = (group * 8 + inByte) / m_style.srcBitCount;
+        break;
+    case ETwinStyle::Style_7:
+        source.unitIndex = column;
+        source.nozzle = (group * 8 + inByte) / 2;
+        break;
+    case ETwinStyle::Style_8:
+    {
+        const long long planeBits = LineBitCount(nozzleCount) / 2;
+        const auto inPlane = position % planeBits;
+        const auto inDoubleFrame = static_cast<int>(inPlane % (2LL * w));
+        source.plane = static_cast<int>(position / planeBits);
+        source.unitIndex = inDoubleFrame / 2;
+        source.nozzle = static_cast<int>(inPlane / (2LL * w) * 2) + inDoubleFrame % 2;
+        break;
+    }
+    case ETwinStyle::Style_03:
+    {
+        const int frameByte = inFrame / 8;
+        source.unitIndex = frameByte / 4 * 8 + inFrame % 8;
+        // The place of a block is its own inverse.
+        source.block = Block_Place(directionOf(source.unitIndex), frameByte % 4);
+        source.nozzle = 100 * source.block + frame;
+        break;
+    }
+    case ETwinStyle::Style_03_01:
+    {
+        source.unitIndex = column / 4;
+        source.block = Block_Place(directionOf(source.unitIndex), column % 4);
+        const int bitOfChunk = 8 * group + inByte;
+        const bool bPadding = bitOfChunk >= 100 && source.block % 2 == 1;
+        source.nozzle = bPadding ? -1 : 100 * source.block + bitOfChunk;
+        break;
+    }
+    }
+    if (source.unitIndex >= m_style.UnitCount())
+    {
+        return {};
+    }
+    if (source.nozzle >= nozzleCount)
+    {
+        source.nozzle = -1;
+    }
+    if (source.nozzle >= 0)
+    {
+        for (const STwinPlace& place :
+             Places_Of(source.unitIndex, directionOf(source.unitIndex), source.nozzle, nozzleCount))
+        {
+            if (place.position == position)
+            {
+                source.place = place;
+            }
+        }
+    }
+    source.place.position = position;
+    return source;
 }

@@ -1,0 +1,88 @@
+// Telling the two formats apart.
+#include "Host/Board/BoardReader.h"
+
+#include "Host/Board/BoardRawReader.h"
+#include "Host/Board/BoardTiffReader.h"
+#include "Host/PathText.h"
+
+#include <fstream>
+#include <system_error>
+
+namespace
+{
+
+std::string Damage_Text(const std::string& file, const SBoardDamage& damage)
+{
+    std::string text = file + ": ";
+    text += damage.m_offset >= 0 ? "byte " + std::to_string(damage.m_offset) + ": " : "";
+    text += damage.m_page >= 0 ? "page " + std::to_string(damage.m_page) + ": " : "";
+    return text + damage.m_what + (damage.m_fix.empty() ? "" : "; " + damage.m_fix);
+}
+
+} // namespace
+
+CBoardDamageError::CBoardDamageError(const std::string& file, const SBoardDamage& damage)
+    : CInputError(Damage_Text(file, damage)), m_damage(std::make_shared<SBoardDamage>(damage))
+{
+}
+
+std::unique_ptr<CBoardReader> CBoardReader::Open(const std::filesystem::path& file)
+{
+    const std::string name = Path_Text(file);
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(file, error);
+    if (status.type() == std::filesystem::file_type::not_found)
+    {
+        throw CInputError(name + ": there is no such file");
+    }
+    if (std::filesystem::is_directory(status))
+    {
+        throw CInputError(name + ": is a folder, not a board file");
+    }
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+    {
+        throw CInputError(name + ": is a device or a pipe; board data is read from a file");
+    }
+    std::ifstream stream(file, std::ios::binary);
+    char first[2] = {};
+    if (!stream)
+    {
+        throw CInputError(name + ": cannot be opened");
+    }
+    stream.read(first, sizeof(first));
+    if (stream.gcount() == 0)
+    {
+        throw CBoardDamageError(name, {-1, -1, "the file is empty", ""});
+    }
+    const bool bTiff = first[0] == first[1] && (first[0] == 'I' || first[0] == 'M');
+    stream.close();
+    if (bTiff)
+    {
+        return std::make_unique<CBoardTiffReader>(file);
+    }
+    return std::make_unique<CBoardRawReader>(file);
+}
+
+bool CBoardReader::Band_Read(CBandData& band, SBoardPass& pass)
+{
+    if (!Band_ReadNext(band, pass))
+    {
+        return false;
+    }
+    if (m_info.m_version == 1)
+    {
+        constexpr std::int32_t leftToRight = 1;
+        pass = {};
+        pass.m_bLeftToRight = band.m_bandAttr == leftToRight;
+        pass.m_columnStep = 0;
+        pass.m_bBlank = Band_IsBlank(band);
+    }
+    ++m_bandCount;
+    return true;
+}
+
+bool CBoardReader::Resume()
+{
+    m_bResumed = true;
+    return Resume_Next();
+}

@@ -1,0 +1,6 @@
+// boardmap convert: its words and options; Convert.h does the work.
+#pragma once
+
+#include "Host/Command/Command.h"
+
+const SCommand& Command_Convert();
