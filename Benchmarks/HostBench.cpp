@@ -10,7 +10,7 @@
 #include "Benchmarks/Figures.h"
 #include "Host/Input/SeparationReader.h"
 #include "Host/Input/SwathTurn.h"
-#include "Host/Output/BoardRaw.h"
+#include "Host/Output/BoardRawWriter.h"
 #include "Host/Output/BoardTiffWriter.h"
 #include "Host/PathText.h"
 

@@ -89,13 +89,14 @@ private:
     void Separation_Check(const SJobUnit& unit, const SSeparationInfo& separation, const SJobUnit& firstUnit,
                           const SSeparationInfo& first);
     void Page_Check(const SSeparationInfo& page);
-    void Band_Check(const std::string& what, std::int64_t bytesPerLine, std::int64_t lineCount,
+    bool Band_Check(const std::string& what, std::int64_t bytesPerLine, std::int64_t lineCount,
                     const std::string& advice);
     void Stripes_Check(int pageWidth);
     void Stripe_Check(const SJobUnit& unit, int pageWidth, int length, bool bLeftToRight, bool bLeftStripe);
 
     const SJob& m_job;
     CMistakeList& m_mistakes;
+    bool m_bWidthFits = false; // the frame width is known, and one that the map has
 };
 
 // "DataMapStyle FramePerPixel", by its name whether the file gives a name or a number.
@@ -186,7 +187,8 @@ void CJobChecker::FrameWidth_Check()
     {
         wanted = Number(row.m_widthLeast) + " or more";
     }
-    if (!wanted.empty())
+    m_bWidthFits = wanted.empty();
+    if (!m_bWidthFits)
     {
         Add(widthKey, "frame-width", "PrinterDataWidth is " + Number(width), Style_Text() + " needs " + wanted);
     }
@@ -239,7 +241,7 @@ void CJobChecker::UnitIndex_Check(const SJobUnit& unit, std::size_t index)
         return;
     }
     const int unitCount = MapClass_UnitCount(m_job.m_map, m_job.m_dpOption.m_printerDataWidth);
-    if (HasMap() && AreKnown({widthKey}) && unit.m_unitId >= unitCount)
+    if (m_bWidthFits && unit.m_unitId >= unitCount)
     {
         Add(unit.m_place_UnitId, "unit-id", "UnitId is " + Number(unit.m_unitId),
             Room_Text() + " the units 0 to " + Number(unitCount - 1));
@@ -473,7 +475,8 @@ void CJobChecker::Separation_Check(const SJobUnit& unit, const SSeparationInfo& 
     }
 }
 
-void CJobChecker::Band_Check(const std::string& what, std::int64_t bytesPerLine, std::int64_t lineCount,
+// False if such a band is too large.
+bool CJobChecker::Band_Check(const std::string& what, std::int64_t bytesPerLine, std::int64_t lineCount,
                              const std::string& advice)
 {
     if (bytesPerLine * lineCount > bandLimit)
@@ -482,7 +485,9 @@ void CJobChecker::Band_Check(const std::string& what, std::int64_t bytesPerLine,
             what + " of this page has " + Number(lineCount) + " lines of " + Number(bytesPerLine) +
                 " bytes, and a band holds " + Number(bandLimit) + " bytes at most",
             advice);
+        return false;
     }
+    return true;
 }
 
 void CJobChecker::Page_Check(const SSeparationInfo& page)
@@ -495,11 +500,14 @@ void CJobChecker::Page_Check(const SSeparationInfo& page)
                 " scan positions wide, and " + Number(bandLimit) + " is the most; lower MaskCount_1");
     }
     const SJobGeometry geometry = Job_Geometry(m_job, page.width, page.height);
-    Band_Check("a unit band", geometry.m_unitBytesPerLine, geometry.m_lineCount,
-               "lower Nozzles or AlignByteCountPerLine, or print a narrower page");
-    Band_Check("a board band", geometry.m_boardBytesPerLine, geometry.m_lineCount,
-               "lower Nozzles or print a narrower page");
-    Stripes_Check(page.width);
+    const bool bFits = Band_Check("a unit band", geometry.m_unitBytesPerLine, geometry.m_lineCount,
+                                  "lower Nozzles or AlignByteCountPerLine, or print a narrower page") &&
+                       Band_Check("a board band", geometry.m_boardBytesPerLine, geometry.m_lineCount,
+                                  "lower Nozzles or print a narrower page");
+    if (bFits && jobWidth <= bandLimit)
+    {
+        Stripes_Check(page.width);
+    }
 }
 
 // The stage copies a stripe to its place without a look at the band.

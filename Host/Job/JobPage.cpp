@@ -98,7 +98,11 @@ void CJobPage::Open(CMistakeList& mistakes)
 
 SBoardInfo Page_BoardInfo(const CJobPage& page, const std::string& generator)
 {
-    const SJob& job = page.Job();
+    return Job_BoardInfo(page.Job(), page.PageInfo(), generator);
+}
+
+SBoardInfo Job_BoardInfo(const SJob& job, const SSeparationInfo& page, const std::string& generator)
+{
     const SDPOption& option = job.m_dpOption;
     const SMapClass& map = MapClass_Get(job.m_map.m_class);
     SBoardInfo info;
@@ -118,17 +122,17 @@ SBoardInfo Page_BoardInfo(const CJobPage& page, const std::string& generator)
     info.m_planes = map.m_bPlanePair ? 2 : 1;
     info.m_frameBits =
         static_cast<int>(MapClass_FrameBits(map.m_class, option.m_printerDataWidth) * info.m_planes);
-    info.m_lineBits = page.Geometry().m_boardWidth;
+    info.m_lineBits = Job_BoardWidth(job);
     info.m_bitsPerUnit = job.m_map.m_dstBitCount;
     info.m_nozzles = job.m_nozzles;
     info.m_bitsPerPixel = job.m_bitsPerPixel;
-    info.m_linesPerPosition = page.Geometry().m_linesPerScanPosition;
+    info.m_linesPerPosition = Job_LinesPerScanPosition(job);
     info.m_bBidirectional = job.m_bBidirectional;
     info.m_bSkipBlank = job.m_bSkipBlank;
-    info.m_pageWidth = page.Width();
-    info.m_pageHeight = page.Height();
-    info.m_xResolution = page.PageInfo().xResolution;
-    info.m_yResolution = page.PageInfo().yResolution;
+    info.m_pageWidth = page.width;
+    info.m_pageHeight = page.height;
+    info.m_xResolution = page.xResolution;
+    info.m_yResolution = page.yResolution;
     const SJobInkStripe& stripe = job.m_inkStripe;
     info.m_leftZone = stripe.m_leftStripeWidth;
     info.m_rightZone = stripe.m_rightStripeWidth;

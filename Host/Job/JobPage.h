@@ -66,5 +66,8 @@ private:
     std::vector<SMistake> m_warnings;
 };
 
+// What an output of a checked job says of itself, for a page of this size and resolution.
+SBoardInfo Job_BoardInfo(const SJob& job, const SSeparationInfo& page, const std::string& generator);
+
 // What an output of this page says of itself. `generator` names the program and its version. The page must be whole.
 SBoardInfo Page_BoardInfo(const CJobPage& page, const std::string& generator);

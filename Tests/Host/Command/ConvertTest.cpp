@@ -4,7 +4,7 @@
 #if defined(_WIN32)
 #include "Host/Command/Convert.h"
 #endif
-#include "Host/Output/BoardRaw.h"
+#include "Host/Board/BoardReader.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -34,10 +34,11 @@ bool Pattern(int x, int y)
 // The bands of a raw stream, data only.
 std::vector<std::vector<unsigned char>> RawBands_Read(const std::filesystem::path& file)
 {
-    CBoardRawReader reader(file);
+    const std::unique_ptr<CBoardReader> reader = CBoardReader::Open(file);
     std::vector<std::vector<unsigned char>> bands;
     CBandData band;
-    while (reader.Band_Read(band))
+    SBoardPass pass;
+    while (reader->Band_Read(band, pass))
     {
         bands.emplace_back(band.m_pData, band.m_pData + band.m_dataSize);
     }
@@ -158,12 +159,13 @@ TEST_F(Convert, SkipBlankLeavesTheSwathsWithoutInkOut)
     Job_Write("job.toml", {"a.tif", "b.tif"}, 10, "[Stage]\nSkipBlank = true\n");
     const auto result = Boardmap_Run("convert job.toml --format raw");
     EXPECT_EQ(result.status, 0) << result.error;
-    CBoardRawReader reader(In("job.boards.raw"));
+    const auto reader = CBoardReader::Open(In("job.boards.raw"));
     CBandData band;
-    ASSERT_TRUE(reader.Band_Read(band));
+    SBoardPass pass;
+    ASSERT_TRUE(reader->Band_Read(band, pass));
     EXPECT_EQ(band.m_bandNo, 0);
     EXPECT_EQ(band.m_swathIndex, 2);
-    EXPECT_FALSE(reader.Band_Read(band));
+    EXPECT_FALSE(reader->Band_Read(band, pass));
 }
 
 TEST_F(Convert, EveryStageGivesTheSameBandsForATableMap)
@@ -213,8 +215,8 @@ TEST_F(Convert, BadUsageExitsWithTwoAndSaysWhy)
     const std::vector<std::pair<std::string, std::string>> cases = {
         {"", "subcommand is required"},
         {"convert", "JOB is required"},
-        {"convert job.toml --format png", "--format: \"png\" is none of raw, tiff;"},
-        {"convert job.toml --progress maybe", "--progress: \"maybe\" is none of auto, bar, none, plain;"},
+        {"convert job.toml --format png", "--format: \"png\" is none of tiff, raw;"},
+        {"convert job.toml --progress maybe", "--progress: \"maybe\" is none of auto, bar, plain, none;"},
         {"convert job.toml --unknown", "--unknown"},
         {"convert job.toml -o ''", "--output"},
         {"convert job.toml -o -", "--output -: a TIFF cannot be written to standard output"},

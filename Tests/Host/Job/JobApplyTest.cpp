@@ -148,10 +148,3 @@ TEST_F(JobApply, NothingIsSetWhenAStripeColourCannotBeRead)
     EXPECT_TRUE(GC_CartInfo()->CartUnitInfo_GetAll().empty());
     EXPECT_EQ(GC_DPOption()->PrinterDataWidth_Get(), SDPOption{}.m_printerDataWidth);
 }
-
-TEST_F(JobApply, BoardInfoNamesTheOptionsAndTheMap)
-{
-    const SBoardInfo expected = {
-        "FramePerPixel", "ByPixel", "TwoBit", "2", 32, 2, 400, 1, {{5, 2, "Cyan"}, {15, 1, ""}}};
-    EXPECT_EQ(Job_BoardInfo(Job_Of(std::string(g_fullJob))), expected);
-}

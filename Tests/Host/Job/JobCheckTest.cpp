@@ -113,7 +113,7 @@ TEST(JobCheck, TableMapsRunOnEveryStageAndTheOthersOnAllButTheBaseStage)
         {
             SOptions onStage = options;
             onStage.m_stage = stage;
-            if (stage == "base" && !MapClass_IsTableMap(map.m_class))
+            if (stage == "base" && !MapClass_Get(map.m_class).m_bTableMap)
             {
                 EXPECT_NE(Error_OfOptions(onStage), "no error") << Job_Text(onStage);
                 continue;

@@ -5,9 +5,11 @@
 #include "Host/Job/JobCheck.h"
 #include "Host/Job/JobReader.h"
 
+#include <filesystem>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // Every key there is, with every value other than its default.
 inline constexpr std::string_view g_fullJob = R"(Version = 1
@@ -123,11 +125,34 @@ UnitId = 3
 StripeColor = "None"
 )";
 
+// The same without a list: all mistakes at once, as an error.
+inline SJob JobText_Parse(const std::filesystem::path& file, const std::string& text)
+{
+    CMistakeList mistakes;
+    SJob job = JobText_Parse(file, text, mistakes);
+    mistakes.Errors_Throw();
+    return job;
+}
+inline void Job_Check(SJob& job)
+{
+    CMistakeList mistakes;
+    Job_Check(job, mistakes);
+    mistakes.Errors_Throw();
+}
+inline void Job_CheckSeparations(const SJob& job, const std::vector<SSeparationInfo>& separations)
+{
+    CMistakeList mistakes;
+    Job_CheckSeparations(job, {separations.begin(), separations.end()}, mistakes);
+    mistakes.Errors_Throw();
+}
+
 // What Job_Load makes of a file "job.toml" with this text.
 inline SJob Job_Of(const std::string& text)
 {
-    SJob job = JobText_Parse("job.toml", text);
-    Job_Check(job);
+    CMistakeList mistakes;
+    SJob job = JobText_Parse("job.toml", text, mistakes);
+    Job_Check(job, mistakes);
+    mistakes.Errors_Throw();
     return job;
 }
 

@@ -1,6 +1,7 @@
 // The board stream, written and read back.
-#include "Host/Output/BoardRaw.h"
+#include "Host/Output/BoardRawWriter.h"
 
+#include "Host/Board/BoardRawReader.h"
 #include "Host/HostError.h"
 #include "Tests/Host/Output/TestBand.h"
 #include "Tests/Support/TestFolder.h"
@@ -53,8 +54,9 @@ int Stream_Read(const std::string& bytes)
     std::istringstream stream(bytes);
     CBoardRawReader reader(stream, "s");
     CBandData band;
+    SBoardPass pass;
     int count = 0;
-    while (reader.Band_Read(band))
+    while (reader.Band_Read(band, pass))
     {
         ++count;
     }
@@ -106,10 +108,14 @@ TEST(BoardRaw, BandsComeBackBitByBit)
     CBoardRawReader reader(folder / "page.boards");
     EXPECT_EQ(reader.BoardInfo(), TestInfo_Make());
     CBandData read;
+    SBoardPass pass;
     for (const auto& band : bands)
     {
-        ASSERT_TRUE(reader.Band_Read(read));
+        ASSERT_TRUE(reader.Band_Read(read, pass));
         EXPECT_TRUE(HeadersEqual(read, *band));
+        SBoardPass expected = BoardPass_Of(TestInfo_Make(), *band);
+        expected.m_bBlank = band->m_dataSize == 0;
+        EXPECT_EQ(pass, expected);
         EXPECT_EQ(read.m_width, band->m_width);
         EXPECT_EQ(read.m_height, band->m_height);
         EXPECT_EQ(read.m_bitsPerPixel, 1);
@@ -117,8 +123,8 @@ TEST(BoardRaw, BandsComeBackBitByBit)
         ASSERT_EQ(read.m_dataSize, band->m_dataSize);
         EXPECT_EQ(std::memcmp(read.m_pData, band->m_pData, static_cast<std::size_t>(read.m_dataSize)), 0);
     }
-    EXPECT_FALSE(reader.Band_Read(read));
-    EXPECT_FALSE(reader.Band_Read(read));
+    EXPECT_FALSE(reader.Band_Read(read, pass));
+    EXPECT_FALSE(reader.Band_Read(read, pass));
 }
 
 TEST(BoardRaw, BytesAreExactlyAsDocumented)
@@ -134,13 +140,15 @@ TEST(BoardRaw, BytesAreExactlyAsDocumented)
     ASSERT_LT(json.size(), 0xFFFFU - 16U);
     const auto headerSize = static_cast<unsigned int>(16 + json.size());
     std::string expected("\x89"
-                         "BMS\r\n\x1A\n\x01\0\0\0",
+                         "BMS\r\n\x1A\n\x02\0\0\0",
                          12);
     expected += static_cast<char>(headerSize & 0xFFU);
     expected += static_cast<char>(headerSize >> 8U);
     expected += std::string("\0\0", 2) + json;
     expected += std::string("BAND\x04\x03\x02\x01", 8) + std::string(44, '\0') + std::string("\xFE\xFF\xFF\xFF", 4);
     expected += std::string("\x01\0\0\0\x09\0\0\0\x01\0\0\0\x01\0\0\0\x02\0\0\0\x02\0\0\0", 24);
+    // From right to left: 24 + 100 + 40 + 3 positions from column 99 + 24 on, steps of -1, the zones, the offset; ink.
+    expected += std::string("\xA7\0\0\0\x7B\0\0\0\xFF\xFF\xFF\xFF\x18\0\0\0\x28\0\0\0\x03\0\0\0\0\0\0\0", 28);
     expected += "\xA5\x80";
     expected += std::string("ENDB\x01\0\0\0\0\0\0\0", 12);
     EXPECT_EQ(Stream_Make({&band}), expected);
@@ -167,7 +175,7 @@ TEST(BoardRaw, RefusalOfACutStreamNamesThePart)
 {
     const std::string bytes = Stream_MakeOfTwo();
     const std::size_t firstBand = HeaderSize();
-    const std::size_t secondBand = firstBand + 80 + 9;
+    const std::size_t secondBand = firstBand + 108 + 9;
     EXPECT_EQ(Refusal_Of(bytes.substr(0, 10)), "s: byte 10: the stream ends inside its header; it was cut off");
     EXPECT_EQ(Refusal_Of(bytes.substr(0, 100)), "s: byte 100: the stream ends inside its header; it was cut off");
     EXPECT_EQ(Refusal_Of(bytes.substr(0, firstBand + 4)),
@@ -175,8 +183,8 @@ TEST(BoardRaw, RefusalOfACutStreamNamesThePart)
     EXPECT_EQ(Refusal_Of(bytes.substr(0, secondBand)), "s: byte " + std::to_string(secondBand) +
                                                            ": the stream ends inside the record after 1 bands; it was "
                                                            "cut off");
-    EXPECT_EQ(Refusal_Of(bytes.substr(0, secondBand + 85)),
-              "s: byte " + std::to_string(secondBand + 85) + ": the stream ends inside band 1; it was cut off");
+    EXPECT_EQ(Refusal_Of(bytes.substr(0, secondBand + 113)),
+              "s: byte " + std::to_string(secondBand + 113) + ": the stream ends inside band 1; it was cut off");
     EXPECT_EQ(Refusal_Of(bytes.substr(0, bytes.size() - 1)), "s: byte " + std::to_string(bytes.size() - 1) +
                                                                  ": the stream ends inside its end record; it was cut "
                                                                  "off");
@@ -185,10 +193,10 @@ TEST(BoardRaw, RefusalOfACutStreamNamesThePart)
 TEST(BoardRaw, AnotherVersionIsRefused)
 {
     const std::string bytes = Stream_MakeOfTwo();
-    EXPECT_EQ(Refusal_Of(Replaced(bytes, 8, "\x02")),
-              "s: byte 8: the stream has version 2; this program reads version 1");
+    EXPECT_EQ(Refusal_Of(Replaced(bytes, 8, "\x03")),
+              "s: byte 8: the stream has version 3; this program reads versions 1 and 2");
     EXPECT_EQ(Refusal_Of(Replaced(bytes, 8, std::string(1, '\0'))),
-              "s: byte 8: the stream has version 0; this program reads version 1");
+              "s: byte 8: the stream has version 0; this program reads versions 1 and 2");
 }
 
 TEST(BoardRaw, AnythingElseIsNoBoardStream)
@@ -232,10 +240,13 @@ TEST(BoardRaw, DamagedRecordsAreRefused)
         {68, std::string(1, '\0')},
         {72, "\x02"},
         {76, "\x08"},
+        {88, "\x02"},  // the step
+        {104, "\x02"}, // blank or not
     };
     for (const SDamage& damage : damages)
     {
-        EXPECT_EQ(Refusal_Of(Replaced(bytes, band + damage.m_offset, damage.m_bytes)), sizes) << damage.m_offset;
+        const std::string error = Refusal_Of(Replaced(bytes, band + damage.m_offset, damage.m_bytes));
+        EXPECT_EQ(error.substr(0, sizes.size()), sizes) << damage.m_offset;
     }
 }
 

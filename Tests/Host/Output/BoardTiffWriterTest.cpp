@@ -56,6 +56,13 @@ std::vector<unsigned char> Rows_Of(const CBandData& band)
     return rows;
 }
 
+std::string Description_Of(const CBandData& band)
+{
+    SBoardPass pass = BoardPass_Of(TestInfo_Make(), band);
+    pass.m_bBlank = Band_IsBlank(band);
+    return BandHeader_Json(band, pass, TestInfo_Make());
+}
+
 // The most that these bands may need.
 SBoardTiffSize Size_Of(std::int64_t bandCount, const CBandData& band)
 {
@@ -134,7 +141,7 @@ TEST(BoardTiffWriter, PagesSayWhatTheyAre)
     ASSERT_EQ(TIFFGetField(tiff.get(), TIFFTAG_PAGENUMBER, &page, &pageCount), 1);
     EXPECT_EQ(page, 1);
     EXPECT_EQ(pageCount, 2);
-    EXPECT_EQ(Tag_Get<const char*>(tiff.get(), TIFFTAG_IMAGEDESCRIPTION), BandHeader_Json(*second, TestInfo_Make()));
+    EXPECT_EQ(Tag_Get<const char*>(tiff.get(), TIFFTAG_IMAGEDESCRIPTION), Description_Of(*second));
     EXPECT_EQ(nlohmann::json::parse(Tag_Get<const char*>(tiff.get(), TIFFTAG_IMAGEDESCRIPTION))["Header"]["m_bandNo"],
               1);
 }

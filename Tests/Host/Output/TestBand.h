@@ -34,9 +34,39 @@ inline std::unique_ptr<CBandData> TestBand_Make(int bandNo, int width, int heigh
     return band;
 }
 
+// Every word other than its default.
 inline SBoardInfo TestInfo_Make()
 {
-    return {"FramePerPixel", "ByPixel", "OneBit", "5", 16, 1, 400, 1, {{0, 1, "Cyan"}, {3, 2, "Schwarz \"ü\""}}};
+    SBoardInfo info;
+    info.m_generator = "boardmap 1.2.3";
+    info.m_dataMapStyle = "FramePerPixel";
+    info.m_dataPushStyle = "ByPixel";
+    info.m_printerSupportBits = "OneBit";
+    info.m_map = "5";
+    info.m_stage = "ink-stripe";
+    info.m_dotSizeMode = "";
+    info.m_printerDataWidth = 16;
+    info.m_printerDataWidthUnit = "bits";
+    info.m_frameBits = 16;
+    info.m_lineBits = 6400;
+    info.m_bitsPerUnit = 1;
+    info.m_nozzles = 400;
+    info.m_bitsPerPixel = 1;
+    info.m_bBidirectional = true;
+    info.m_bSkipBlank = true;
+    info.m_pageWidth = 100;
+    info.m_pageHeight = 900;
+    info.m_xResolution = 600;
+    info.m_yResolution = 300.5;
+    info.m_leftZone = 40;
+    info.m_rightZone = 24;
+    info.m_unitPitch = 11;
+    info.m_unitPositionCount = 2;
+    info.m_maxOffset_1 = 3;
+    info.m_maxOffset_2 = 7;
+    info.m_units = {{0, 1, "Cyan", "page.Cyan.tif", 0, 3, 7, "", 0},
+                    {3, 2, "Schwarz \"ü\"", "", 1, 0, 2, "Full", 10}};
+    return info;
 }
 
 inline bool HeadersEqual(const SBandHeader& left, const SBandHeader& right)
