@@ -83,20 +83,28 @@ void CProgress::Draw(std::int64_t bandsDone, std::int64_t bytesDone)
 std::string ProgressText_Make(std::int64_t bandsDone, std::int64_t bandCount, std::int64_t bytesDone,
                               std::chrono::duration<double> elapsed, int width, int fill)
 {
-    std::string text;
+    std::string text = std::to_string(bandsDone) + '/' + std::to_string(bandCount) + " bands";
+    if (bandsDone > 0 && elapsed.count() > 0)
+    {
+        const auto left = elapsed * (static_cast<double>(bandCount - bandsDone) / static_cast<double>(bandsDone));
+        const std::string rate = "  " + ByteText_Make(static_cast<double>(bytesDone) / elapsed.count()) + "/s";
+        const std::string time = "  " + TimeText_Make(left) + " left";
+        // On a narrow terminal the time matters more than the rate, and either more than the bar.
+        const auto Fits = [&](const std::string& more)
+        { return width <= 0 || text.size() + more.size() <= static_cast<std::size_t>(width); };
+        text += Fits(rate + time) ? rate + time : Fits(time) ? time : "";
+    }
+    constexpr int barFrame = 3; // its brackets and the space behind
+    if (width > 0)
+    {
+        fill = std::min(fill, width - barFrame - static_cast<int>(text.size()));
+    }
     if (fill > 0)
     {
         const double part = bandCount > 0 ? static_cast<double>(bandsDone) / static_cast<double>(bandCount) : 1.0;
         const int full = static_cast<int>(std::clamp(part, 0.0, 1.0) * fill);
         text = '[' + std::string(static_cast<std::size_t>(full), '#') +
-               std::string(static_cast<std::size_t>(fill - full), '.') + "] ";
-    }
-    text += std::to_string(bandsDone) + '/' + std::to_string(bandCount) + " bands";
-    if (bandsDone > 0 && elapsed.count() > 0)
-    {
-        const auto left = elapsed * (static_cast<double>(bandCount - bandsDone) / static_cast<double>(bandsDone));
-        text += "  " + ByteText_Make(static_cast<double>(bytesDone) / elapsed.count()) + "/s";
-        text += "  " + TimeText_Make(left) + " left";
+               std::string(static_cast<std::size_t>(fill - full), '.') + "] " + text;
     }
     if (width > 0)
     {

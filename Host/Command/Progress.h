@@ -40,8 +40,9 @@ private:
     bool m_bDrawn = false;
 };
 
-// The text of a progress line: bands, rate and time left, cut or filled to exactly `width` columns if that is above 0.
-// `fill` draws the bar, in that many columns; 0 leaves it out.
+// The text of a progress line: bands, rate and time left, filled to exactly `width` columns if that is above 0. `fill`
+// draws the bar, in that many columns at most; 0 leaves it out. Where the columns do not suffice, the bar shrinks and
+// goes first, then the rate, then the time left; the bands are cut last.
 std::string ProgressText_Make(std::int64_t bandsDone, std::int64_t bandCount, std::int64_t bytesDone,
                               std::chrono::duration<double> elapsed, int width, int fill);
 

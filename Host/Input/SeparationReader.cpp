@@ -124,11 +124,25 @@ void CSeparationReader::Pixel_Check(STiffPage& page)
         m_file->Fail(Photometric_Name(photometric) + "; a separation needs black and white, either of them 0");
     }
     m_bInvert = photometric == PHOTOMETRIC_MINISBLACK;
+    Value_Check("Orientation", "a separation needs the first row on top and the first column at the left (1)");
+    Value_Check("FillOrder", "it is 1, the high bits first, or 2");
     const auto orientation = Tag_GetOr<std::uint16_t>(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
     if (orientation != ORIENTATION_TOPLEFT)
     {
         m_file->Fail("orientation " + std::to_string(orientation) +
                      "; a separation needs the first row on top and the first column at the left (1)");
+    }
+}
+
+// A value that does not exist is no value to libtiff, which would go on as if the tag were not there.
+void CSeparationReader::Value_Check(const std::string& name, const char* pWanted) const
+{
+    for (const std::string* pMessage : {&m_file->FirstError(), &m_file->FirstWarning()})
+    {
+        if (pMessage->find("Bad value") != std::string::npos && pMessage->find('"' + name + '"') != std::string::npos)
+        {
+            m_file->Fail(*pMessage + "; " + pWanted);
+        }
     }
 }
 

@@ -53,7 +53,7 @@ private:
     void Pixel_Check(STiffPage& page);
     void Size_Check(STiffPage& page);
     void Resolution_Read();
-    void Value_CheckRead(const char* pTag);
+    void Value_Check(const std::string& name, const char* pWanted) const;
     void Layout_Check(STiffPage& page);
     void Data_Check(const STiffPage& page);
     void Block_Check(const STiffPage& page, std::uint32_t index);

@@ -92,7 +92,7 @@ private:
     bool Band_Check(const std::string& what, std::int64_t bytesPerLine, std::int64_t lineCount,
                     const std::string& advice);
     void Stripes_Check(int pageWidth);
-    void Stripe_Check(const SJobUnit& unit, int pageWidth, int length, bool bLeftToRight, bool bLeftStripe);
+    bool Stripe_Check(const SJobUnit& unit, int pageWidth, int length, bool bLeftToRight, bool bLeftStripe);
 
     const SJob& m_job;
     CMistakeList& m_mistakes;
@@ -510,8 +510,8 @@ void CJobChecker::Page_Check(const SSeparationInfo& page)
     }
 }
 
-// The stage copies a stripe to its place without a look at the band.
-void CJobChecker::Stripe_Check(const SJobUnit& unit, int pageWidth, int length, bool bLeftToRight, bool bLeftStripe)
+// The stage copies a stripe to its place without a look at the band. False if it would leave it.
+bool CJobChecker::Stripe_Check(const SJobUnit& unit, int pageWidth, int length, bool bLeftToRight, bool bLeftStripe)
 {
     const std::optional<SJobStripe> stripe = Job_Stripe(m_job, unit, pageWidth, bLeftToRight, bLeftStripe, length);
     const int positions = Job_PassPositions(m_job, pageWidth, bLeftToRight);
@@ -523,7 +523,9 @@ void CJobChecker::Stripe_Check(const SJobUnit& unit, int pageWidth, int length, 
                 Number(stripe->m_begin) + " to " + Number(stripe->m_end - 1) + ", and the band has 0 to " +
                 Number(positions - 1),
             "lower UnitPitch or StripeLength, or widen the stripe zones");
+        return false;
     }
+    return true;
 }
 
 void CJobChecker::Stripes_Check(int pageWidth)
@@ -537,14 +539,11 @@ void CJobChecker::Stripes_Check(int pageWidth)
         try
         {
             const int length = StripeColor_Length(m_job, unit);
-            for (const bool bLeftStripe : {true, false})
-            {
-                Stripe_Check(unit, pageWidth, length, true, bLeftStripe);
-                if (m_job.m_bBidirectional)
-                {
-                    Stripe_Check(unit, pageWidth, length, false, bLeftStripe);
-                }
-            }
+            // One for a unit: what puts one of its stripes right moves the others.
+            static_cast<void>(Stripe_Check(unit, pageWidth, length, true, true) &&
+                              (!m_job.m_bBidirectional || Stripe_Check(unit, pageWidth, length, false, true)) &&
+                              Stripe_Check(unit, pageWidth, length, true, false) &&
+                              (!m_job.m_bBidirectional || Stripe_Check(unit, pageWidth, length, false, false)));
         }
         catch (const CInputError& error)
         {

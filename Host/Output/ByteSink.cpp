@@ -86,6 +86,11 @@ COutputFile::COutputFile(const fs::path& target, ESpecialFile specialFile)
         Open_InPlace();
         return;
     }
+    // Replacing a file asks nothing of the file itself; who took away its owner's leave to write meant to keep it.
+    if (fs::exists(status) && (status.permissions() & fs::perms::owner_write) == fs::perms::none)
+    {
+        throw CInputError(m_name + ": is write-protected; name another file, or allow writing to it");
+    }
     const fs::path folder = m_target.has_parent_path() ? m_target.parent_path() : fs::path(".");
     if (!fs::is_directory(folder, error))
     {

@@ -235,6 +235,7 @@ TEST_F(Convert, BadUsageExitsWithTwoAndSaysWhy)
 
 TEST_F(Convert, ABrokenJobFileIsOneLineWithItsPlace)
 {
+    Separation_Write("a.tif", 8, 8, &Pattern);
     Job_Write("job.toml", {"a.tif"}, 8);
     std::string text = File_Read(In("job.toml"));
     text.replace(text.find("PrinterDataWidth = 8"), 20, "PrinterDataWidth = 17");

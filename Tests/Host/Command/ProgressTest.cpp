@@ -35,9 +35,19 @@ TEST(Progress, BeforeTheFirstBandThereIsNoRate)
     EXPECT_EQ(ProgressText_Make(0, 20, 0, duration<double>(1), 0, 0), "0/20 bands");
 }
 
+TEST(Progress, NumbersShowOnNarrowTerminals)
+{
+    const auto text = [](int width) { return ProgressText_Make(5, 20, 50'000'000, duration<double>(1), width, 28); };
+    EXPECT_EQ(text(35), "5/20 bands  50.0 MB/s  0:03 left   ");
+    EXPECT_EQ(text(22), "5/20 bands  0:03 left ");
+    EXPECT_EQ(text(19), "[#.....] 5/20 bands");
+    EXPECT_EQ(text(10), "5/20 bands");
+}
+
 TEST(Progress, TheBarFillsWithTheBandsAndTheLineFillsTheTerminal)
 {
     EXPECT_EQ(ProgressText_Make(5, 10, 0, duration<double>(0), 24, 10), "[#####.....] 5/10 bands ");
-    EXPECT_EQ(ProgressText_Make(5, 10, 0, duration<double>(0), 12, 10), "[#####.....]");
+    EXPECT_EQ(ProgressText_Make(5, 10, 0, duration<double>(0), 18, 10), "[##...] 5/10 bands");
+    EXPECT_EQ(ProgressText_Make(5, 10, 0, duration<double>(0), 12, 10), "5/10 bands  ");
     EXPECT_EQ(ProgressText_Make(0, 0, 0, duration<double>(0), 0, 4), "[####] 0/0 bands");
 }

@@ -73,7 +73,7 @@ TEST(JobCheck, MapsWithALineMappingOfTheirOwnAreRefusedOnTheBaseStage)
         options.m_stage = "base";
         return Error_OfOptions(options);
     };
-    EXPECT_EQ(error_of({.m_style = "\"Block\""}), error("Block", "03"));
+    EXPECT_EQ(error_of({.m_style = "\"Block\"", .m_width = 32}), error("Block", "03"));
     EXPECT_EQ(error_of({.m_style = "3", .m_width = 32}), error("Block", "03"));
     EXPECT_EQ(error_of({.m_style = "\"Block13\""}), error("Block13", "03_01"));
     EXPECT_EQ(error_of({.m_style = "\"ByteInterleaved\""}), error("ByteInterleaved", "6"));
@@ -144,7 +144,8 @@ TEST(JobCheck, PlanePairsAreMadeOfWholeTwoBitPixels)
     EXPECT_EQ(Error_OfOptions({.m_style = "9", .m_bitsPerPixel = 1}),
               "job.toml:8:16: BitsPerPixel is 1; style 8 takes pixels of 2 bits");
     EXPECT_EQ(Error_OfOptions({.m_style = "9", .m_push = "1", .m_bitsPerPixel = 1}),
-              "job.toml:8:16: BitsPerPixel is 1; style 8 takes pixels of 2 bits");
+              "job.toml:4:17: DataPushStyle is ByUnit; style 8 takes whole pixels of 2 bits, DataPushStyle = "
+              "\"ByPixel\"\njob.toml:8:16: BitsPerPixel is 1; style 8 takes pixels of 2 bits");
     EXPECT_EQ(Error_OfOptions({.m_style = "9", .m_push = "1", .m_bitsPerPixel = 2}),
               "job.toml:4:17: DataPushStyle is ByUnit; style 8 takes whole pixels of 2 bits, DataPushStyle = "
               "\"ByPixel\"");
@@ -300,7 +301,9 @@ TEST(JobCheck, UnitsStandAtAKnownPosition)
                                  "3, so the positions are 0 to 2");
     EXPECT_EQ(JobError_Of(Replaced(text, "UnitId = 3", "UnitId = 3\nUnitPosition = 2")), "no error");
     EXPECT_EQ(JobError_Of(Replaced(text, "UnitId = 0", "UnitId = 0\nUnitPosition = 7")),
-              "job.toml:22:16: UnitPosition is 7; UnitPositionCount is 3, so the positions are 0 to 2");
+              "job.toml:22:16: UnitPosition is 7; UnitPositionCount is 3, so the positions are 0 to 2\n"
+              "job.toml:33:1: UnitPosition is 3, the unit's place in the list; UnitPositionCount is 3, so the positions "
+              "are 0 to 2");
 }
 
 TEST(JobCheck, AtLeastOneUnitPrintsThePage)
@@ -317,9 +320,9 @@ TEST(JobCheck, AtLeastOneUnitPrintsThePage)
 TEST(JobCheck, EveryUnitOfTheBaseStagePrintsAPage)
 {
     const std::string text = Replaced(g_stripeJob, "\"ink-stripe\"", "\"base\"");
-    EXPECT_EQ(JobError_Of(text),
-              "job.toml:24:1: Separation is missing from [[CartInfo.Unit]]; the base stage makes no ink stripes, so "
-              "every unit prints one, for example: Separation = \"page.Cyan.tif\"");
+    const std::string missing = ": Separation is missing from [[CartInfo.Unit]]; the base stage makes no ink stripes, "
+                                "so every unit prints one, for example: Separation = \"page.Cyan.tif\"";
+    EXPECT_EQ(JobError_Of(text), "job.toml:24:1" + missing + "\njob.toml:32:1" + missing);
 }
 
 TEST(JobCheck, OutputQueueOfTheMasksStaysSmall)
@@ -374,19 +377,19 @@ TEST(JobCheckSeparations, AnotherDepthIsRefused)
 {
     const SJob job = Job_Of(std::string(g_fullJob));
     EXPECT_EQ(Error_OfSeparations(job, {{"a", 5000, 7000, 1}, {"b", 5000, 7000, 2}}),
-              "job.toml:37:14: Separation page.Cyan.tif has 2 bits per pixel; BitsPerPixel is 1");
+              "job.toml:37:14: unit 15: Separation page.Cyan.tif has 2 bits per pixel; BitsPerPixel is 1");
     const SJob deep = Job_Of(Job_Text({.m_support = "2", .m_bitsPerPixel = 2}));
     EXPECT_EQ(Error_OfSeparations(deep, {{"a", 5000, 7000, 1}}),
-              "job.toml:14:14: Separation page.tif has 1 bit per pixel; BitsPerPixel is 2");
+              "job.toml:14:14: unit 0: Separation page.tif has 1 bit per pixel; BitsPerPixel is 2");
 }
 
 TEST(JobCheckSeparations, AnotherPageSizeIsRefused)
 {
     const SJob job = Job_Of(std::string(g_fullJob));
-    const std::string wider = "job.toml:37:14: Separation page.Cyan.tif has 5001 x 7000 pixels, but page.Cyan.tif has "
+    const std::string wider = "job.toml:37:14: unit 15: Separation page.Cyan.tif has 5001 x 7000 pixels, but page.Cyan.tif has "
                               "5000 x 7000 pixels; all separations of a page have one size";
     EXPECT_EQ(Error_OfSeparations(job, {{"a", 5000, 7000, 1}, {"b", 5001, 7000, 1}}), wider);
-    const std::string higher = "job.toml:37:14: Separation page.Cyan.tif has 5000 x 6999 pixels, but page.Cyan.tif "
+    const std::string higher = "job.toml:37:14: unit 15: Separation page.Cyan.tif has 5000 x 6999 pixels, but page.Cyan.tif "
                                "has 5000 x 7000 pixels; all separations of a page have one size";
     EXPECT_EQ(Error_OfSeparations(job, {{"a", 5000, 7000, 1}, {"b", 5000, 6999, 1}}), higher);
 }
@@ -395,9 +398,9 @@ TEST(JobCheckSeparations, PageWithoutPixelsIsRefused)
 {
     const SJob job = Job_Of(std::string(g_smallJob));
     EXPECT_EQ(Error_OfSeparations(job, {{"a", 0, 7000, 1}}),
-              "job.toml:12:14: Separation page.tif has 0 x 7000 pixels; a page has at least one of each");
+              "job.toml:12:14: unit 0: Separation page.tif has 0 x 7000 pixels; a page has at least one of each");
     EXPECT_EQ(Error_OfSeparations(job, {{"a", 5000, 0, 1}}),
-              "job.toml:12:14: Separation page.tif has 5000 x 0 pixels; a page has at least one of each");
+              "job.toml:12:14: unit 0: Separation page.tif has 5000 x 0 pixels; a page has at least one of each");
 }
 
 TEST(JobCheckSeparations, BandsFitThirtyTwoBits)
@@ -441,11 +444,11 @@ TEST(JobCheckSeparations, UnitsWithoutASeparationAreLeftOut)
     const SJob job = Job_Of(std::string(g_stripeJob));
     EXPECT_EQ(Error_OfSeparations(job, {{"a", 500, 700, 1}, {"b", 500, 700, 1}}), "no error");
     EXPECT_EQ(Error_OfSeparations(job, {{"a", 500, 700, 1}, {"b", 500, 701, 1}}),
-              "job.toml:30:14: Separation page.B.tif has 500 x 701 pixels, but page.A.tif has 500 x 700 pixels; all "
+              "job.toml:30:14: unit 2: Separation page.B.tif has 500 x 701 pixels, but page.A.tif has 500 x 700 pixels; all "
               "separations of a page have one size");
     std::string text = Replaced(g_stripeJob, "Separation = \"page.A.tif\"", "StripeColor = \"Full\"");
     EXPECT_EQ(Error_OfSeparations(Job_Of(text), {{"b", 500, 700, 2}}),
-              "job.toml:30:14: Separation page.B.tif has 2 bits per pixel; BitsPerPixel is 1");
+              "job.toml:30:14: unit 2: Separation page.B.tif has 2 bits per pixel; BitsPerPixel is 1");
 }
 
 TEST(JobCheckSeparations, BandsOfBothPassesFitThirtyTwoBits)

@@ -234,7 +234,7 @@ TEST(JobReader, WrongTypesSayWhatWasFound)
         {
             {"[[CartInfo.Unit]]", "[CartInfo.Unit]",
              "job.toml:10:1: Unit is a table; it is written [[CartInfo.Unit]], once for each print unit"},
-            {"Nozzles = 400\n[[CartInfo.Unit]]\nUnitId = 0\nSeparation = \"page.tif\"", "Nozzles = 400\nUnit = [1, 2]",
+            {"Nozzles = 400\n[[CartInfo.Unit]]\nUnitId = 0\nSeparation = \"page.tif\"", "Nozzles = 400\nUnit = [1]",
              "job.toml:10:9: Unit holds 1; it is written [[CartInfo.Unit]], once for each print unit"},
             {"Nozzles = 400\n[[CartInfo.Unit]]\nUnitId = 0\nSeparation = \"page.tif\"", "Nozzles = 400\nUnit = []",
              "job.toml:10:8: Unit is empty; a job needs a [[CartInfo.Unit]] for each print unit"},
@@ -415,18 +415,49 @@ TEST(JobReader, MissingKeysAreNamedWithTheirTableAndAnExample)
     EXPECT_EQ(JobError_Of("# nothing but a comment\n"),
               "job.toml:1:1: Version is missing from the beginning of the job file; for example: Version = 1");
     EXPECT_EQ(JobError_Of("Version = 1\n"),
-              "job.toml:1:1: DataMapStyle is missing from [DPOption]; for example: DataMapStyle = \"FramePerPixel\"");
+              "job.toml:1:1: DataMapStyle is missing from [DPOption]; for example: DataMapStyle = \"FramePerPixel\"\n"
+              "job.toml:1:1: PrinterDataWidth is missing from [DPOption]; for example: PrinterDataWidth = 16\n"
+              "job.toml:1:1: BitsPerPixel is missing from [PrintParam]; for example: BitsPerPixel = 1\n"
+              "job.toml:1:1: Nozzles is missing from [CartInfo]; for example: Nozzles = 400\n"
+              "job.toml:1:1: [[CartInfo.Unit]] is missing; a job needs one for each print unit");
 }
 
-TEST(JobReader, FirstProblemOfTheFileIsTheOneThatIsReported)
+TEST(JobReader, AllMistakesOfTheFileAreReportedInTheirOrder)
 {
     const std::string late = Replaced(g_fullJob, "UnitId = 5", "UnitId = \"five\"");
     const std::string both = Replaced(late, "InputBands = 8", "InputBands = 1");
     EXPECT_EQ(JobError_Of(late), "job.toml:26:10: UnitId is the text \"five\"; it takes a whole number");
-    EXPECT_EQ(JobError_Of(both), "job.toml:6:14: InputBands is 1; it takes 2 to 64");
-    // A missing key counts from its table, but comes after everything that is there and wrong.
+    EXPECT_EQ(JobError_Of(both), "job.toml:6:14: InputBands is 1; it takes 2 to 64\n"
+                                 "job.toml:26:10: UnitId is the text \"five\"; it takes a whole number");
+    // A missing key counts from its table.
     EXPECT_EQ(JobError_Of(Replaced(late, "Nozzles = 400", "")),
+              "job.toml:22:1: Nozzles is missing from [CartInfo]; for example: Nozzles = 400\n"
               "job.toml:26:10: UnitId is the text \"five\"; it takes a whole number");
+}
+
+TEST(JobReader, AMistypedKeyIsNotMissingToo)
+{
+    EXPECT_EQ(JobError_Of(Replaced(g_smallJob, "PrinterDataWidth", "PrinterDataWith")),
+              "job.toml:5:1: unknown key PrinterDataWith in [DPOption]; did you mean PrinterDataWidth?");
+}
+
+TEST(JobReader, WhatFollowsFromAMistakeIsNotReported)
+{
+    // Neither the frame width nor the units' ids can be judged without the map.
+    std::string text = Replaced(g_smallJob, "\"FramePerPixel\"", "\"Frame17\"");
+    text = Replaced(text, "PrinterDataWidth = 16", "PrinterDataWidth = 17");
+    EXPECT_EQ(JobError_Of(text).substr(0, 44), "job.toml:3:16: DataMapStyle is \"Frame17\"; di");
+    EXPECT_EQ(JobError_Of(text).find('\n'), std::string::npos);
+}
+
+TEST(JobReader, MistakesCarryTheirPlaceAndRuleForPrograms)
+{
+    CMistakeList mistakes;
+    SJob job = JobText_Parse("job.toml", Replaced(g_smallJob, "PrinterDataWidth = 16", "PrinterDataWidth = 17"), mistakes);
+    Job_Check(job, mistakes);
+    ASSERT_EQ(mistakes.All().size(), 1U);
+    EXPECT_EQ(mistakes.All()[0], (SMistake{false, "job.toml", {5, 20}, "frame-width", "PrinterDataWidth is 17",
+                                           "style 5 needs a multiple of 8"}));
 }
 
 TEST(JobReader, AnotherVersionIsRefusedBeforeItsKeysAreLookedAt)
@@ -457,7 +488,7 @@ TEST(JobReader, EveryPrefixOfAJobIsReadOrRefusedWithAPlace)
     {
         const std::string error = JobError_Of(std::string(g_fullJob.substr(0, size)));
         EXPECT_TRUE(error == "no error" || error.starts_with("job.toml:")) << error;
-        EXPECT_EQ(error.find('\n'), std::string::npos) << error;
+        EXPECT_EQ(error.find("\n\n"), std::string::npos) << error;
     }
 }
 

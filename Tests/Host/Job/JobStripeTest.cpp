@@ -125,7 +125,8 @@ TEST(JobStripe, RightStripeEndsInsideTheBandFromRightToLeft)
     text = Replaced(text, "UnitPitch = 10", "UnitPitch = 45");
     EXPECT_EQ(Error_OfPage(Replaced(text, "StripeLength = 10", "StripeLength = 45")), "no error");
     text = Replaced(text, "StripeLength = 10", "StripeLength = 46");
-    EXPECT_EQ(Error_OfPage(text), Outside("26:15", "right stripe of unit 1", "right-to-left", "135 to 180"));
+    EXPECT_EQ(Error_OfPage(text), Outside("26:15", "right stripe of unit 1", "right-to-left", "135 to 180") + '\n' +
+                                      Outside("35:15", "right stripe of unit 3", "right-to-left", "135 to 180"));
     EXPECT_EQ(Error_OfPage(Replaced(text, "Bidirectional = true", "Bidirectional = false")), "no error");
 }
 
@@ -134,12 +135,14 @@ TEST(JobStripe, StripesBeginInsideTheBand)
     std::string text = Replaced(g_stripeJob, "UnitId = 3", "UnitId = 3\nUnitPosition = 1");
     EXPECT_EQ(Error_OfPage(Replaced(text, "UnitPitch = 10", "UnitPitch = 60")), "no error");
     EXPECT_EQ(Error_OfPage(Replaced(text, "UnitPitch = 10", "UnitPitch = 61")),
-              Outside("26:15", "right stripe of unit 1", "left-to-right", "-3 to 6"));
+              Outside("26:15", "right stripe of unit 1", "left-to-right", "-3 to 6") + '\n' +
+                  Outside("35:15", "right stripe of unit 3", "left-to-right", "-3 to 6"));
     text = Replaced(g_stripeJob, "UnitId = 3", "UnitId = 3\nUnitPosition = 2");
     text = Replaced(text, "UnitId = 1", "UnitId = 1\nUnitPosition = 2");
     EXPECT_EQ(Error_OfPage(Replaced(text, "UnitPitch = 10", "UnitPitch = 60")), "no error");
     EXPECT_EQ(Error_OfPage(Replaced(text, "UnitPitch = 10", "UnitPitch = 61")),
-              Outside("27:15", "left stripe of unit 1", "right-to-left", "-3 to 6"));
+              Outside("27:15", "left stripe of unit 1", "right-to-left", "-3 to 6") + '\n' +
+                  Outside("36:15", "left stripe of unit 3", "right-to-left", "-3 to 6"));
 }
 
 TEST(JobStripe, PositionsAreWorkedOutBeyondThirtyTwoBits)
@@ -148,7 +151,8 @@ TEST(JobStripe, PositionsAreWorkedOutBeyondThirtyTwoBits)
     text = Replaced(text, "UnitPositionCount = 4", "UnitPositionCount = 512");
     // 256 pitches are 4294967296: nothing, if they were counted in 32 bits.
     EXPECT_EQ(Error_OfPage(Replaced(text, "UnitId = 1", "UnitId = 1\nUnitPosition = 256")),
-              Outside("27:15", "left stripe of unit 1", "left-to-right", "4294967296 to 4294967305"));
+              Outside("27:15", "left stripe of unit 1", "left-to-right", "4294967296 to 4294967305") + '\n' +
+                  Outside("35:15", "left stripe of unit 3", "left-to-right", "50331648 to 50331657"));
 }
 
 TEST(JobStripe, OffsetsCountForTheirPassAlone)
@@ -175,7 +179,7 @@ TEST(JobStripe, TiffsCountWithTheirOwnRows)
     StripeTiff_Write(path, 12, 1, std::vector<std::string>(11, "\x80\x10"));
     EXPECT_EQ(Error_OfPage(text), Outside("34:15", "right stripe of unit 3", "left-to-right", "170 to 180"));
     StripeTiff_Write(path, 12, 1, std::vector<std::string>(21, "\x80\x10"));
-    EXPECT_EQ(Error_OfPage(text), "job.toml:34:15: StripeColor " + path +
+    EXPECT_EQ(Error_OfPage(text), "job.toml:34:15: unit 3: StripeColor " + path +
                                       " has 21 rows; a stripe has StripeLength scan positions at most, which is 20");
 }
 

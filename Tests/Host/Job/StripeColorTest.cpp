@@ -157,7 +157,7 @@ TEST(StripeColor, TiffsThatDoNotFitAreRefusedWithTheirPlace)
 {
     const CTestFolder folder;
     const std::string path = (folder / "stripe.tif").string();
-    const std::string place = "job.toml:26:15: StripeColor " + path;
+    const std::string place = "job.toml:26:15: unit 1: StripeColor " + path;
     StripeTiff_Write(path, 12, 2, {"\x80\x10\x10"});
     EXPECT_EQ(Error_OfColor(Job_Of(Color_Text(path, 12, 1))), place + " has 2 bits per pixel; BitsPerPixel is 1");
     StripeTiff_Write(path, 12, 1, {"\x80\x10"});
@@ -178,9 +178,10 @@ TEST(StripeColor, FilesThatAreNoTiffAreRefused)
     const CTestFolder folder;
     const std::string path = (folder / "stripe.tif").string();
     const SJob job = Job_Of(Color_Text(path, 12, 1));
-    EXPECT_TRUE(Error_OfColor(job).starts_with(path + ": ")) << Error_OfColor(job);
+    const std::string place = "job.toml:26:15: unit 1: StripeColor " + path + ": ";
+    EXPECT_TRUE(Error_OfColor(job).starts_with(place)) << Error_OfColor(job);
     File_Write(path, "no picture");
-    EXPECT_TRUE(Error_OfColor(job).starts_with(path + ": ")) << Error_OfColor(job);
+    EXPECT_TRUE(Error_OfColor(job).starts_with(place)) << Error_OfColor(job);
 }
 
 TEST(StripeColor, CodesAreThoseOfTheDrops)

@@ -60,7 +60,7 @@ TEST(BoardInfo, NumbersThatAreNoneOfTheirWordsAreRefused)
     for (const std::string wrong : {"4294967696", "-2147483649", "400.5", "1e30", "true", "null", "18446744073709551615"})
     {
         std::string text = json;
-        text.replace(text.find("400"), 3, wrong);
+        text.replace(text.find("\"Nozzles\":400") + 10, 3, wrong);
         EXPECT_THROW(BoardInfo_Parse(text, 2), std::runtime_error) << wrong;
     }
 }
