@@ -18,9 +18,10 @@ void Mistakes_Sort(std::vector<SMistake>& mistakes)
 
 std::string Mistake_Text(const SMistake& mistake)
 {
-    const std::string place = ':' + std::to_string(mistake.m_place.m_line) + ':' + std::to_string(mistake.m_place.m_column);
-    return mistake.m_file + (mistake.m_place.m_line > 0 ? place : "") + ": " + (mistake.m_bWarning ? "warning: " : "") + mistake.m_what +
-           (mistake.m_fix.empty() ? "" : "; " + mistake.m_fix);
+    const std::string place =
+        ':' + std::to_string(mistake.m_place.m_line) + ':' + std::to_string(mistake.m_place.m_column);
+    return mistake.m_file + (mistake.m_place.m_line > 0 ? place : "") + ": " + (mistake.m_bWarning ? "warning: " : "") +
+           mistake.m_what + (mistake.m_fix.empty() ? "" : "; " + mistake.m_fix);
 }
 
 void CMistakeList::Sort()
@@ -52,7 +53,8 @@ void CMistakeList::Errors_Throw() const
 }
 
 CInputError::CInputError(std::vector<SMistake> mistakes)
-    : std::runtime_error(Mistakes_Text(mistakes)), m_mistakes(std::make_shared<std::vector<SMistake>>(std::move(mistakes)))
+    : std::runtime_error(Mistakes_Text(mistakes)),
+      m_mistakes(std::make_shared<std::vector<SMistake>>(std::move(mistakes)))
 {
 }
 

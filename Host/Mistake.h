@@ -21,10 +21,10 @@ struct SMistake
 {
     bool m_bWarning = false; // the job can run, but hardly as it was meant
     std::string m_file;      // as the command line or the job names it, UTF-8
-    SFilePlace m_place; // line 0: the file as a whole
-    std::string m_rule; // a fixed name for programs: "frame-width"
-    std::string m_what; // what was found: "PrinterDataWidth is 17"
-    std::string m_fix;  // what would be right: "style 5 needs a multiple of 8"; empty if it goes without saying
+    SFilePlace m_place;      // line 0: the file as a whole
+    std::string m_rule;      // a fixed name for programs: "frame-width"
+    std::string m_what;      // what was found: "PrinterDataWidth is 17"
+    std::string m_fix;       // what would be right: "style 5 needs a multiple of 8"; empty if it goes without saying
 
     bool operator==(const SMistake&) const = default;
 };

@@ -23,10 +23,14 @@ std::string Json_Text(const CJson& json)
 
 CJson Unit_ToJson(const SBoardUnitInfo& unit)
 {
-    return {{"UnitId", unit.m_unitId},           {"Direction", unit.m_direction},
-            {"Name", unit.m_name},               {"Separation", unit.m_separation},
-            {"UnitPosition", unit.m_unitPosition}, {"Horizon_1", unit.m_horizon_1},
-            {"Horizon_2", unit.m_horizon_2},     {"StripeColor", unit.m_stripeColor},
+    return {{"UnitId", unit.m_unitId},
+            {"Direction", unit.m_direction},
+            {"Name", unit.m_name},
+            {"Separation", unit.m_separation},
+            {"UnitPosition", unit.m_unitPosition},
+            {"Horizon_1", unit.m_horizon_1},
+            {"Horizon_2", unit.m_horizon_2},
+            {"StripeColor", unit.m_stripeColor},
             {"StripeLength", unit.m_stripeLength}};
 }
 
@@ -120,12 +124,14 @@ public:
     void Take(const char* pKey, TInteger& value) const
     {
         const CJson& json = At(pKey);
-        const bool bLarge = json.is_number_unsigned() &&
-                            json.get<std::uint64_t>() > static_cast<std::uint64_t>(std::numeric_limits<TInteger>::max());
+        const bool bLarge =
+            json.is_number_unsigned() &&
+            json.get<std::uint64_t>() > static_cast<std::uint64_t>(std::numeric_limits<TInteger>::max());
         if (!json.is_number_integer() || bLarge ||
             (!json.is_number_unsigned() && json.get<std::int64_t>() < std::numeric_limits<TInteger>::min()))
         {
-            throw std::runtime_error(std::string(pKey) + " is " + json.dump(-1, ' ', true, CJson::error_handler_t::replace) +
+            throw std::runtime_error(std::string(pKey) + " is " +
+                                     json.dump(-1, ' ', true, CJson::error_handler_t::replace) +
                                      "; it is a whole number of " + std::to_string(8 * sizeof(TInteger)) + " bits");
         }
         value = json.get<TInteger>();

@@ -72,8 +72,8 @@ struct SBoardInfo
 };
 
 // How a band's lines lie on the page, since version 2. Scan position p is p * m_columnStep columns from the first; for
-// a unit with the offset o in this pass it stands at the page's column m_firstLineColumn + (p - o) * m_columnStep, which
-// is outside of 0 to width - 1 where it is no column of the page.
+// a unit with the offset o in this pass it stands at the page's column m_firstLineColumn + (p - o) * m_columnStep,
+// which is outside of 0 to width - 1 where it is no column of the page.
 struct SBoardPass
 {
     bool m_bLeftToRight = true;

@@ -49,8 +49,7 @@ struct CBoardTiffReader::SPageSize
     std::uint64_t m_rowBytes = 0;
 };
 
-CBoardTiffReader::CBoardTiffReader(const std::filesystem::path& file)
-    : CBoardReader(Path_Text(file), 0)
+CBoardTiffReader::CBoardTiffReader(const std::filesystem::path& file) : CBoardReader(Path_Text(file), 0)
 {
     try
     {
@@ -59,8 +58,8 @@ CBoardTiffReader::CBoardTiffReader(const std::filesystem::path& file)
     catch (const CInputError& error)
     {
         const std::string text = error.what();
-        throw CBoardDamageError(
-            m_name, {-1, -1, text.starts_with(m_name + ": ") ? text.substr(m_name.size() + 2) : text, ""});
+        throw CBoardDamageError(m_name,
+                                {-1, -1, text.starts_with(m_name + ": ") ? text.substr(m_name.size() + 2) : text, ""});
     }
     m_size = static_cast<std::int64_t>(m_file->Size());
     m_info = Description_Read().m_info;
@@ -144,9 +143,9 @@ void CBoardTiffReader::Blocks_Check(const SPageSize& size) const
             std::min<std::uint64_t>(size.m_rowsPerStrip, size.m_height - std::uint64_t{i} * size.m_rowsPerStrip);
         if (rows * size.m_rowBytes > bytes * expansion)
         {
-            Refuse(name + " has " + std::to_string(bytes) + " bytes",
-                   "that cannot hold " + std::to_string(rows) + " rows of " + std::to_string(size.m_rowBytes) +
-                       " bytes");
+            Refuse(name + " has " + std::to_string(bytes) + " bytes", "that cannot hold " + std::to_string(rows) +
+                                                                          " rows of " +
+                                                                          std::to_string(size.m_rowBytes) + " bytes");
         }
     }
 }
@@ -156,8 +155,8 @@ void CBoardTiffReader::Rows_Read(CBandData& band, const SPageSize& size) const
     for (std::uint32_t row = 0; row < size.m_height; row += size.m_rowsPerStrip)
     {
         const std::uint32_t strip = row / size.m_rowsPerStrip;
-        const auto bytes = static_cast<tmsize_t>(
-            std::min<std::uint64_t>(size.m_rowsPerStrip, size.m_height - row) * size.m_rowBytes);
+        const auto bytes =
+            static_cast<tmsize_t>(std::min<std::uint64_t>(size.m_rowsPerStrip, size.m_height - row) * size.m_rowBytes);
         m_file->Messages_Clear();
         if (TIFFReadEncodedStrip(m_file->Handle(), strip, band.m_pData + size.m_rowBytes * row, bytes) != bytes)
         {

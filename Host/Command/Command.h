@@ -87,7 +87,7 @@ struct SCommand
     std::string m_text = {};    // paragraphs for the help, below the options; may be empty
     std::vector<SCommandOption> m_options = {};
     std::vector<SCommandExample> m_examples = {};
-    std::string m_exitText = {}; // what exit status 1 means here; empty: failed while running
+    std::string m_exitText = {};                // what exit status 1 means here; empty: failed while running
     int (*m_pRun)(const CArguments&) = nullptr; // returns the exit status; throws CInputError or CRunError
 };
 

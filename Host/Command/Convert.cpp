@@ -2,9 +2,9 @@
 #include "Host/Command/Convert.h"
 
 #include "Host/Command/BoardOutput.h"
+#include "Host/Command/Command.h"
 #include "Host/Command/Conversion.h"
 #include "Host/Command/Interrupt.h"
-#include "Host/Command/Command.h"
 #include "Host/Command/RunResult.h"
 #include "Host/HostError.h"
 #include "Host/Job/JobPage.h"

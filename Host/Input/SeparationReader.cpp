@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 
 namespace
 {
@@ -139,9 +140,10 @@ void CSeparationReader::Value_Check(const std::string& name, const char* pWanted
 {
     for (const std::string* pMessage : {&m_file->FirstError(), &m_file->FirstWarning()})
     {
-        if (pMessage->find("Bad value") != std::string::npos && pMessage->find('"' + name + '"') != std::string::npos)
+        const std::size_t begin = pMessage->find("Bad value");
+        if (begin != std::string::npos && pMessage->find('"' + name + '"') != std::string::npos)
         {
-            m_file->Fail(*pMessage + "; " + pWanted);
+            m_file->Fail("bad value" + pMessage->substr(begin + std::string_view("Bad value").size()) + "; " + pWanted);
         }
     }
 }

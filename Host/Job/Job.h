@@ -101,8 +101,8 @@ struct SJob
 
     SJobMap m_map; // follows from the options; never EMapClass::None
 
-    // Where each value that the file gives stands, by "Table.Key", and each table, by its name; a unit's keys begin with
-    // "CartInfo.Unit[2].", counted from 0.
+    // Where each value that the file gives stands, by "Table.Key", and each table, by its name; a unit's keys begin
+    // with "CartInfo.Unit[2].", counted from 0.
     std::map<std::string, SJobPlace> m_places;
 
     // The keys whose values are not known, since they are wrong or missing; empty in a job that can run.

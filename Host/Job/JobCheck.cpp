@@ -139,8 +139,8 @@ void CJobChecker::Map_Check()
     }
     if (AreKnown({"Stage.Kind"}) && m_job.m_stageKind == EStageKind::Base && !Row().m_bTableMap)
     {
-        Add(mapStyleKey, "base-stage-map", DataMapStyle_Text() + " needs the map of " + Style_Text() +
-                                               ", which the base stage cannot run",
+        Add(mapStyleKey, "base-stage-map",
+            DataMapStyle_Text() + " needs the map of " + Style_Text() + ", which the base stage cannot run",
             "the base stage runs the maps of styles 1, 2 and 5");
     }
 }
@@ -357,8 +357,7 @@ void CJobChecker::InkStripe_Check()
     if (bAny && AreKnown({"InkStripe.UnitPitch"}) && m_job.m_inkStripe.m_unitPitch < 1)
     {
         const bool bMissing = !m_job.m_places.contains("InkStripe.UnitPitch");
-        Add("InkStripe.UnitPitch", "missing",
-            bMissing ? "UnitPitch is missing from [InkStripe]" : "UnitPitch is 0",
+        Add("InkStripe.UnitPitch", "missing", bMissing ? "UnitPitch is missing from [InkStripe]" : "UnitPitch is 0",
             "from the stripe of one unit position to the next it is 1 or more, for example: UnitPitch = 8");
     }
 }
@@ -465,11 +464,11 @@ void CJobChecker::Separation_Check(const SJobUnit& unit, const SSeparationInfo& 
     }
     if (!IsSameResolution(separation, first))
     {
-        SMistake warning = Separation_Mistake(
-            m_job, unit, "separation-resolution",
-            " has " + Resolution_Text(separation) + ", but " + Text_Printable(firstUnit.m_separation) + " has " +
-                Resolution_Text(first),
-            "the pixels are printed one to one; make all separations of a page with one resolution");
+        SMistake warning =
+            Separation_Mistake(m_job, unit, "separation-resolution",
+                               " has " + Resolution_Text(separation) + ", but " +
+                                   Text_Printable(firstUnit.m_separation) + " has " + Resolution_Text(first),
+                               "the pixels are printed one to one; make all separations of a page with one resolution");
         warning.m_bWarning = true;
         m_mistakes.Add(std::move(warning));
     }

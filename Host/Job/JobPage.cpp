@@ -120,8 +120,7 @@ SBoardInfo Job_BoardInfo(const SJob& job, const SSeparationInfo& page, const std
     info.m_printerDataWidth = option.m_printerDataWidth;
     info.m_printerDataWidthUnit = map.m_frameUnit == EFrameUnit::Bits ? "bits" : "byte columns";
     info.m_planes = map.m_bPlanePair ? 2 : 1;
-    info.m_frameBits =
-        static_cast<int>(MapClass_FrameBits(map.m_class, option.m_printerDataWidth) * info.m_planes);
+    info.m_frameBits = static_cast<int>(MapClass_FrameBits(map.m_class, option.m_printerDataWidth) * info.m_planes);
     info.m_lineBits = Job_BoardWidth(job);
     info.m_bitsPerUnit = job.m_map.m_dstBitCount;
     info.m_nozzles = job.m_nozzles;

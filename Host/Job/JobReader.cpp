@@ -84,16 +84,16 @@ void CJobReader::Version_Read()
     const toml::node* pNode = m_root.get("Version");
     if (pNode == nullptr)
     {
-        throw CInputError({SMistake{false, m_job.m_file, SJobPlace{}, "version",
-                                    "Version is missing from the beginning of the job file",
-                                    "for example: Version = 1"}});
+        throw CInputError(
+            {SMistake{false, m_job.m_file, SJobPlace{}, "version",
+                      "Version is missing from the beginning of the job file", "for example: Version = 1"}});
     }
     const auto* pInteger = pNode->as_integer();
     if (pInteger == nullptr || pInteger->get() != supportedVersion)
     {
-        throw CInputError({SMistake{false, m_job.m_file, Node_Place(pNode->source()), "version",
-                                    "Version is " + Node_Text(*pNode),
-                                    "this program reads version " + std::to_string(supportedVersion)}});
+        throw CInputError(
+            {SMistake{false, m_job.m_file, Node_Place(pNode->source()), "version", "Version is " + Node_Text(*pNode),
+                      "this program reads version " + std::to_string(supportedVersion)}});
     }
     m_job.m_version = supportedVersion;
 }

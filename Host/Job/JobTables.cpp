@@ -7,13 +7,13 @@
 const SJobTable& JobTable_Root()
 {
     static const SJobTable table = {"",
-                                 {{"Version", "Version = 1"},
-                                  {"Stage", ""},
-                                  {"DPOption", ""},
-                                  {"DPConfig", ""},
-                                  {"PrintParam", ""},
-                                  {"InkStripe", ""},
-                                  {"CartInfo", ""}}};
+                                    {{"Version", "Version = 1"},
+                                     {"Stage", ""},
+                                     {"DPOption", ""},
+                                     {"DPConfig", ""},
+                                     {"PrintParam", ""},
+                                     {"InkStripe", ""},
+                                     {"CartInfo", ""}}};
     return table;
 }
 
@@ -28,40 +28,40 @@ const SJobTable& JobTable_Stage()
 const SJobTable& JobTable_DPOption()
 {
     static const SJobTable table = {"[DPOption]",
-                                 {{"DataMapStyle", "DataMapStyle = \"FramePerPixel\""},
-                                  {"DataPushStyle", "DataPushStyle = \"ByPixel\""},
-                                  {"PrinterSupportBits", "PrinterSupportBits = \"OneBit\""},
-                                  {"PrinterDataWidth", "PrinterDataWidth = 16"}}};
+                                    {{"DataMapStyle", "DataMapStyle = \"FramePerPixel\""},
+                                     {"DataPushStyle", "DataPushStyle = \"ByPixel\""},
+                                     {"PrinterSupportBits", "PrinterSupportBits = \"OneBit\""},
+                                     {"PrinterDataWidth", "PrinterDataWidth = 16"}}};
     return table;
 }
 
 const SJobTable& JobTable_DPConfig()
 {
     static const SJobTable table = {"[DPConfig]",
-                                 {{"LineGeneratorCount_Of_DataMap", "LineGeneratorCount_Of_DataMap = 2"}}};
+                                    {{"LineGeneratorCount_Of_DataMap", "LineGeneratorCount_Of_DataMap = 2"}}};
     return table;
 }
 
 const SJobTable& JobTable_PrintParam()
 {
     static const SJobTable table = {"[PrintParam]",
-                                 {{"DotSizeMode", "DotSizeMode = \"Small\""},
-                                  {"BitsPerPixel", "BitsPerPixel = 1"},
-                                  {"AlignByteCountPerLine", "AlignByteCountPerLine = 1"},
-                                  {"Bidirectional", "Bidirectional = true"},
-                                  {"MaskCount_1", "MaskCount_1 = 1"},
-                                  {"MaskCount_2", "MaskCount_2 = 1"}}};
+                                    {{"DotSizeMode", "DotSizeMode = \"Small\""},
+                                     {"BitsPerPixel", "BitsPerPixel = 1"},
+                                     {"AlignByteCountPerLine", "AlignByteCountPerLine = 1"},
+                                     {"Bidirectional", "Bidirectional = true"},
+                                     {"MaskCount_1", "MaskCount_1 = 1"},
+                                     {"MaskCount_2", "MaskCount_2 = 1"}}};
     return table;
 }
 
 const SJobTable& JobTable_InkStripe()
 {
     static const SJobTable table = {"[InkStripe]",
-                                 {{"LeftStripeWidth", "LeftStripeWidth = 64"},
-                                  {"RightStripeWidth", "RightStripeWidth = 64"},
-                                  {"UnitPitch", "UnitPitch = 8"},
-                                  {"UnitPositionCount", "UnitPositionCount = 8"},
-                                  {"StripeLength", "StripeLength = 8"}}};
+                                    {{"LeftStripeWidth", "LeftStripeWidth = 64"},
+                                     {"RightStripeWidth", "RightStripeWidth = 64"},
+                                     {"UnitPitch", "UnitPitch = 8"},
+                                     {"UnitPositionCount", "UnitPositionCount = 8"},
+                                     {"StripeLength", "StripeLength = 8"}}};
     return table;
 }
 
@@ -74,28 +74,29 @@ const SJobTable& JobTable_CartInfo()
 const SJobTable& JobTable_Unit()
 {
     static const SJobTable table = {"[[CartInfo.Unit]]",
-                                 {{"UnitId", "UnitId = 0"},
-                                  {"Direction", "Direction = 1"},
-                                  {"Separation", "Separation = \"page.Cyan.tif\""},
-                                  {"Name", "Name = \"Cyan\""},
-                                  {"UnitPosition", "UnitPosition = 0"},
-                                  {"Horizon_1", "Horizon_1 = 0"},
-                                  {"Horizon_2", "Horizon_2 = 0"},
-                                  {"StripeColor", "StripeColor = \"Full\""}}};
+                                    {{"UnitId", "UnitId = 0"},
+                                     {"Direction", "Direction = 1"},
+                                     {"Separation", "Separation = \"page.Cyan.tif\""},
+                                     {"Name", "Name = \"Cyan\""},
+                                     {"UnitPosition", "UnitPosition = 0"},
+                                     {"Horizon_1", "Horizon_1 = 0"},
+                                     {"Horizon_2", "Horizon_2 = 0"},
+                                     {"StripeColor", "StripeColor = \"Full\""}}};
     return table;
 }
 
 std::span<const SJobTable* const> JobTables()
 {
-    static const std::array<const SJobTable*, 8> tables = {&JobTable_Root(),     &JobTable_Stage(),      &JobTable_DPOption(),
-                                                        &JobTable_DPConfig(), &JobTable_PrintParam(), &JobTable_InkStripe(),
-                                                        &JobTable_CartInfo(), &JobTable_Unit()};
+    static const std::array<const SJobTable*, 8> tables = {
+        &JobTable_Root(),       &JobTable_Stage(),     &JobTable_DPOption(), &JobTable_DPConfig(),
+        &JobTable_PrintParam(), &JobTable_InkStripe(), &JobTable_CartInfo(), &JobTable_Unit()};
     return tables;
 }
 
 bool JobTable_HasKey(const SJobTable& table, const std::string& name)
 {
-    return std::any_of(table.m_keys.begin(), table.m_keys.end(), [&](const SJobKey& key) { return key.m_name == name; });
+    return std::any_of(table.m_keys.begin(), table.m_keys.end(),
+                       [&](const SJobKey& key) { return key.m_name == name; });
 }
 
 std::vector<std::string> JobTable_KeyNames(const SJobTable& table)

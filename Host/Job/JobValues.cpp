@@ -103,16 +103,16 @@ void CJobValues::UnknownKey_Add(const SJobTable& table, const std::string& table
     const std::string printable = Text_Printable(key);
     std::string what = "unknown " + (bTable ? "table [" + printable + "]" : "key " + printable);
     what += bRoot ? "" : " in " + table.m_name;
-    const auto Add = [&](std::string fix)
-    { m_mistakes.Add({false, m_job.m_file, place, "unknown-key", std::move(what), std::move(fix)}); };
+    const auto Add = [&](std::string fix) {
+        m_mistakes.Add({false, m_job.m_file, place, "unknown-key", std::move(what), std::move(fix)});
+    };
     for (const SJobTable* pOther : JobTables())
     {
         if (JobTable_HasKey(*pOther, key))
         {
             const std::string& other = pOther->m_name;
             const bool bOtherRoot = other.empty();
-            m_meant.insert(bOtherRoot || other.starts_with("[[") ? key
-                                                                  : other.substr(1, other.size() - 2) + '.' + key);
+            m_meant.insert(bOtherRoot || other.starts_with("[[") ? key : other.substr(1, other.size() - 2) + '.' + key);
             return Add("it belongs " + (bOtherRoot ? "before the first table" : "in " + other));
         }
     }
@@ -158,8 +158,8 @@ void CJobValues::WrongType_Add(const SOpenTable& table, const std::string& key, 
 void CJobValues::Missing_Add(const SOpenTable& table, const std::string& key, std::string what, std::string fix)
 {
     m_job.m_mistaken.insert(Key_Of(table.m_key, key));
-    m_missing.push_back({Key_Of(table.m_key, key),
-                         {false, m_job.m_file, table.m_place, "missing", std::move(what), std::move(fix)}});
+    m_missing.push_back(
+        {Key_Of(table.m_key, key), {false, m_job.m_file, table.m_place, "missing", std::move(what), std::move(fix)}});
 }
 
 void CJobValues::Finish()

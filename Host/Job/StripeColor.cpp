@@ -21,9 +21,9 @@ constexpr int bitsPerByte = 8;
 
 [[noreturn]] void Color_Refuse(const SJob& job, const SJobUnit& unit, const std::string& what, const std::string& fix)
 {
-    throw CInputError({SMistake{false, job.m_file, unit.m_stripeColor.m_place, "stripe-color",
-                                Job_UnitText(unit) + ": StripeColor " + Text_Printable(unit.m_stripeColor.m_text) + what,
-                                fix}});
+    throw CInputError(
+        {SMistake{false, job.m_file, unit.m_stripeColor.m_place, "stripe-color",
+                  Job_UnitText(unit) + ": StripeColor " + Text_Printable(unit.m_stripeColor.m_text) + what, fix}});
 }
 
 void Size_Check(const SJob& job, const SJobUnit& unit, const SSeparationInfo& info)

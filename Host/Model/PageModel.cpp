@@ -144,8 +144,8 @@ void CPageModel::Stripes_Place()
         for (const bool bLeftToRight : {false, true})
         {
             const std::int64_t offset = Offset_Of(unit, bLeftToRight);
-            const std::int64_t end =
-                std::int64_t{PositionCount(bLeftToRight)} - (bLeftToRight ? m_info.m_maxOffset_2 : m_info.m_maxOffset_1);
+            const std::int64_t end = std::int64_t{PositionCount(bLeftToRight)} -
+                                     (bLeftToRight ? m_info.m_maxOffset_2 : m_info.m_maxOffset_1);
             const std::int64_t left = bLeftToRight ? before * pitch : end - (before + 1) * pitch;
             const std::int64_t right = bLeftToRight ? end - (behind + 1) * pitch : behind * pitch;
             const auto Place = [&](int zone, std::int64_t begin, std::array<int, 2>& places)
@@ -330,7 +330,8 @@ SBandHeader CPageModel::Header_Get(int swath, int bandNo, const CModelInk& ink) 
     header.m_bandAttr = IsLeftToRight(swath) ? leftToRight : rightToLeft;
     header.m_swathIndex = swath;
     header.m_firstRow = static_cast<std::int32_t>(firstRow);
-    header.m_rowCount = static_cast<std::int32_t>(std::min<std::int64_t>(m_info.m_nozzles, m_info.m_pageHeight - firstRow));
+    header.m_rowCount =
+        static_cast<std::int32_t>(std::min<std::int64_t>(m_info.m_nozzles, m_info.m_pageHeight - firstRow));
     header.m_columnCount = m_info.m_pageWidth;
     for (const SBoardUnitInfo& unit : m_info.m_units)
     {

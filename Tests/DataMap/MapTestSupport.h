@@ -1,9 +1,9 @@
 // What the map tests share: makers of initialised maps, lines of bytes, and a line call that owns its scratch object.
 #pragma once
 
+#include "Host/Model/BoardTwin.h"
 #include "Tests/DataMap/MapTestAccess.h"
 #include "Tests/Support/LogCapture.h"
-#include "Host/Model/BoardTwin.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -2,10 +2,10 @@
 // the stripe model's job to a configuration, and a stage that the test drives by hand.
 #pragma once
 
+#include "Host/Model/StripeModel.h"
 #include "Tests/Support/ConfigGuard.h"
 #include "Tests/Support/LogCapture.h"
 #include "Tests/UnitData2BoardData/StageSupport.h"
-#include "Host/Model/StripeModel.h"
 #include "UnitData2BoardData/InkStripeParam_Run.h"
 #include "UnitData2BoardData/UnitData2BoardData_AllUnit_2.h"
 #include "UnitData2BoardData/UnitData2BoardData_S_AllUnit.h"

@@ -1,6 +1,6 @@
 // Whole steps of the base stage, on its thread, against board bands that the checked twin places bit by bit.
-#include "Tests/Support/ConfigGuard.h"
 #include "Host/Model/BoardTwin.h"
+#include "Tests/Support/ConfigGuard.h"
 #include "Tests/UnitData2BoardData/StageSupport.h"
 
 #include <gtest/gtest.h>

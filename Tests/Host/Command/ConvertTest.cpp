@@ -246,6 +246,79 @@ TEST_F(Convert, ABrokenJobFileIsOneLineWithItsPlace)
     EXPECT_THAT(result.out, IsEmpty());
 }
 
+TEST_F(Convert, AllMistakesOfAJobAndItsSeparationsAreSaidAtOnce)
+{
+    Separation_Write("a.tif", 8, 8, &Pattern);
+    Separation_Write("b.tif", 9, 8, &Pattern);
+    Job_Write("job.toml", {"a.tif", "none.tif", "b.tif"}, 8, "[Stage]\nInputBands = 1\n");
+    const auto result = Boardmap_Run("convert job.toml");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.error,
+              "job.toml:3:14: InputBands is 1; it takes 2 to 64\n"
+              "job.toml:19:14: unit 1: Separation none.tif: there is no such file\n"
+              "job.toml:22:14: unit 2: Separation b.tif has 9 x 8 pixels, but a.tif has 8 x 8 pixels; all "
+              "separations of a page have one size\n");
+    EXPECT_THAT(result.out, IsEmpty());
+}
+
+TEST_F(Convert, AMistypedCommandNamesItsNearest)
+{
+    const auto near = Boardmap_Run("convrt job.toml");
+    EXPECT_EQ(near.status, 2);
+    EXPECT_EQ(near.error, "convrt: there is no such command; did you mean convert? boardmap --help lists them\n");
+    EXPECT_EQ(Boardmap_Run("xyz").error, "xyz: there is no such command; the commands are convert and kernels\n");
+}
+
+TEST_F(Convert, TheVersionIsPrintedForEveryCommand)
+{
+    const auto version = Boardmap_Run("--version");
+    EXPECT_EQ(version.status, 0);
+    EXPECT_THAT(version.out, StartsWith("boardmap "));
+    for (const std::string line : {"-V", "convert --version", "convert -V", "kernels -V"})
+    {
+        EXPECT_EQ(Boardmap_Run(line).out, version.out) << line;
+        EXPECT_EQ(Boardmap_Run(line).status, 0) << line;
+    }
+}
+
+TEST_F(Convert, AWriteProtectedOutputStaysAsItIs)
+{
+    Separation_Write("a.tif", 8, 8, &Pattern);
+    Job_Write("job.toml", {"a.tif"}, 8);
+    File_Write(In("kept.tif"), "earlier");
+    std::filesystem::permissions(In("kept.tif"), std::filesystem::perms::owner_read);
+    const auto result = Boardmap_Run("convert job.toml -o kept.tif");
+    std::filesystem::permissions(In("kept.tif"), std::filesystem::perms::owner_all);
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.error, "kept.tif: is write-protected; name another file, or allow writing to it\n");
+    EXPECT_EQ(File_Read(In("kept.tif")), "earlier");
+}
+
+TEST_F(Convert, SeparationsOfDifferentResolutionsAreAWarning)
+{
+    for (const std::string name : {"a.tif", "b.tif", "c.tif"})
+    {
+        Separation_Write(name, 8, 8, &Pattern);
+        TIFF* tiff = TIFFOpen(In(name).string().c_str(), "r+");
+        ASSERT_NE(tiff, nullptr);
+        // The second is the first's in centimetres.
+        TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, name == "b.tif" ? RESUNIT_CENTIMETER : RESUNIT_INCH);
+        TIFFSetField(tiff, TIFFTAG_XRESOLUTION, name == "a.tif" ? 600.0 : name == "b.tif" ? 236.22 : 300.0);
+        TIFFSetField(tiff, TIFFTAG_YRESOLUTION, name == "b.tif" ? 236.22 : 600.0);
+        ASSERT_EQ(TIFFRewriteDirectory(tiff), 1);
+        TIFFClose(tiff);
+    }
+    Job_Write("job.toml", {"a.tif", "b.tif", "c.tif"}, 8);
+    const auto result = Boardmap_Run("convert job.toml --json");
+    EXPECT_EQ(result.status, 0) << result.error;
+    EXPECT_EQ(result.error,
+              "job.toml:20:14: warning: unit 2: Separation c.tif has 300 x 600 pixels per inch, but a.tif "
+              "has 600 x 600 pixels per inch; the pixels are printed one to one; make all separations of "
+              "a page with one resolution\n");
+    EXPECT_THAT(result.out, HasSubstr("\"Bands\":1,\"Lines\":8,"));
+    EXPECT_THAT(result.out, HasSubstr("\"Rule\":\"separation-resolution\""));
+}
+
 TEST_F(Convert, AMissingSeparationIsOneLineThatNamesIt)
 {
     Job_Write("job.toml", {"nowhere.tif"}, 8);

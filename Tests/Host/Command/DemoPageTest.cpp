@@ -1,7 +1,7 @@
 // The example jobs on the demonstration page, converted by the real program, against the checked twin: every bit of the
 // board bands, from separations that this test reads in its own way.
-#include "Tests/Host/Command/CommandSupport.h"
 #include "Host/Model/BoardTwin.h"
+#include "Tests/Host/Command/CommandSupport.h"
 
 #include "Host/Job/Job.h"
 

@@ -96,8 +96,9 @@ void PageModel::Job_WriteRandom(int board)
     const bool bSkip = Number(0, 2) == 0;
     std::string text = "Version = 1\n[Stage]\nKind = \"" + std::string(Number(0, 3) == 0 ? "one-fifo" : "ink-stripe") +
                        "\"\nSkipBlank = " + (bSkip ? "true" : "false") + "\n[DPOption]\n" + options.m_pOptions +
-                       "PrinterDataWidth = " + std::to_string(width) + "\n[PrintParam]\nDotSizeMode = " +
-                       std::to_string(Number(1, 3)) + "\nBitsPerPixel = " + std::to_string(options.m_bits) +
+                       "PrinterDataWidth = " + std::to_string(width) +
+                       "\n[PrintParam]\nDotSizeMode = " + std::to_string(Number(1, 3)) +
+                       "\nBitsPerPixel = " + std::to_string(options.m_bits) +
                        "\nAlignByteCountPerLine = " + std::to_string(1 << Number(0, 4)) +
                        "\nBidirectional = " + (Number(0, 3) == 0 ? "false" : "true") + "\n";
     if (Number(0, 4) > 0)

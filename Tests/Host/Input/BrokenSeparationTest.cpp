@@ -179,6 +179,19 @@ TEST_F(BrokenSeparation, APageThatLiesOnItsSide)
     EXPECT_EQ(Refusal_Of(GoodWith(TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT)), "");
 }
 
+TEST_F(BrokenSeparation, ValuesThatDoNotExist)
+{
+    for (const int value : {0, 9})
+    {
+        const std::string bad = "bad value " + std::to_string(value) + " for ";
+        EXPECT_EQ(Refusal_Of(GoodWith(TIFFTAG_ORIENTATION, static_cast<std::uint16_t>(value))),
+                  bad + "\"Orientation\" tag; a separation needs the first row on top and the first column at the left "
+                        "(1)");
+        EXPECT_EQ(Refusal_Of(GoodWith(TIFFTAG_FILLORDER, static_cast<std::uint16_t>(value))),
+                  bad + "\"FillOrder\" tag; it is 1, the high bits first, or 2");
+    }
+}
+
 TEST_F(BrokenSeparation, SizesOfZeroOrAbsurdSizes)
 {
     EXPECT_NE(Refusal_Of(GoodWithLong(TIFFTAG_IMAGEWIDTH, {0})), "");

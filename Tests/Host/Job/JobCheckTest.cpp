@@ -300,10 +300,11 @@ TEST(JobCheck, UnitsStandAtAKnownPosition)
     EXPECT_EQ(JobError_Of(text), "job.toml:32:1: UnitPosition is 3, the unit's place in the list; UnitPositionCount is "
                                  "3, so the positions are 0 to 2");
     EXPECT_EQ(JobError_Of(Replaced(text, "UnitId = 3", "UnitId = 3\nUnitPosition = 2")), "no error");
-    EXPECT_EQ(JobError_Of(Replaced(text, "UnitId = 0", "UnitId = 0\nUnitPosition = 7")),
-              "job.toml:22:16: UnitPosition is 7; UnitPositionCount is 3, so the positions are 0 to 2\n"
-              "job.toml:33:1: UnitPosition is 3, the unit's place in the list; UnitPositionCount is 3, so the positions "
-              "are 0 to 2");
+    EXPECT_EQ(
+        JobError_Of(Replaced(text, "UnitId = 0", "UnitId = 0\nUnitPosition = 7")),
+        "job.toml:22:16: UnitPosition is 7; UnitPositionCount is 3, so the positions are 0 to 2\n"
+        "job.toml:33:1: UnitPosition is 3, the unit's place in the list; UnitPositionCount is 3, so the positions "
+        "are 0 to 2");
 }
 
 TEST(JobCheck, AtLeastOneUnitPrintsThePage)
@@ -386,11 +387,13 @@ TEST(JobCheckSeparations, AnotherDepthIsRefused)
 TEST(JobCheckSeparations, AnotherPageSizeIsRefused)
 {
     const SJob job = Job_Of(std::string(g_fullJob));
-    const std::string wider = "job.toml:37:14: unit 15: Separation page.Cyan.tif has 5001 x 7000 pixels, but page.Cyan.tif has "
-                              "5000 x 7000 pixels; all separations of a page have one size";
+    const std::string wider =
+        "job.toml:37:14: unit 15: Separation page.Cyan.tif has 5001 x 7000 pixels, but page.Cyan.tif has "
+        "5000 x 7000 pixels; all separations of a page have one size";
     EXPECT_EQ(Error_OfSeparations(job, {{"a", 5000, 7000, 1}, {"b", 5001, 7000, 1}}), wider);
-    const std::string higher = "job.toml:37:14: unit 15: Separation page.Cyan.tif has 5000 x 6999 pixels, but page.Cyan.tif "
-                               "has 5000 x 7000 pixels; all separations of a page have one size";
+    const std::string higher =
+        "job.toml:37:14: unit 15: Separation page.Cyan.tif has 5000 x 6999 pixels, but page.Cyan.tif "
+        "has 5000 x 7000 pixels; all separations of a page have one size";
     EXPECT_EQ(Error_OfSeparations(job, {{"a", 5000, 7000, 1}, {"b", 5000, 6999, 1}}), higher);
 }
 
@@ -443,9 +446,10 @@ TEST(JobCheckSeparations, UnitsWithoutASeparationAreLeftOut)
 {
     const SJob job = Job_Of(std::string(g_stripeJob));
     EXPECT_EQ(Error_OfSeparations(job, {{"a", 500, 700, 1}, {"b", 500, 700, 1}}), "no error");
-    EXPECT_EQ(Error_OfSeparations(job, {{"a", 500, 700, 1}, {"b", 500, 701, 1}}),
-              "job.toml:30:14: unit 2: Separation page.B.tif has 500 x 701 pixels, but page.A.tif has 500 x 700 pixels; all "
-              "separations of a page have one size");
+    EXPECT_EQ(
+        Error_OfSeparations(job, {{"a", 500, 700, 1}, {"b", 500, 701, 1}}),
+        "job.toml:30:14: unit 2: Separation page.B.tif has 500 x 701 pixels, but page.A.tif has 500 x 700 pixels; all "
+        "separations of a page have one size");
     std::string text = Replaced(g_stripeJob, "Separation = \"page.A.tif\"", "StripeColor = \"Full\"");
     EXPECT_EQ(Error_OfSeparations(Job_Of(text), {{"b", 500, 700, 2}}),
               "job.toml:30:14: unit 2: Separation page.B.tif has 2 bits per pixel; BitsPerPixel is 1");

@@ -453,11 +453,14 @@ TEST(JobReader, WhatFollowsFromAMistakeIsNotReported)
 TEST(JobReader, MistakesCarryTheirPlaceAndRuleForPrograms)
 {
     CMistakeList mistakes;
-    SJob job = JobText_Parse("job.toml", Replaced(g_smallJob, "PrinterDataWidth = 16", "PrinterDataWidth = 17"), mistakes);
+    SJob job =
+        JobText_Parse("job.toml", Replaced(g_smallJob, "PrinterDataWidth = 16", "PrinterDataWidth = 17"), mistakes);
     Job_Check(job, mistakes);
     ASSERT_EQ(mistakes.All().size(), 1U);
-    EXPECT_EQ(mistakes.All()[0], (SMistake{false, "job.toml", {5, 20}, "frame-width", "PrinterDataWidth is 17",
-                                           "style 5 needs a multiple of 8"}));
+    EXPECT_EQ(
+        mistakes.All()[0],
+        (SMistake{
+            false, "job.toml", {5, 20}, "frame-width", "PrinterDataWidth is 17", "style 5 needs a multiple of 8"}));
 }
 
 TEST(JobReader, AnotherVersionIsRefusedBeforeItsKeysAreLookedAt)

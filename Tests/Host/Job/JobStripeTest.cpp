@@ -3,12 +3,12 @@
 #include "Host/Job/JobApply.h"
 #include "Host/Job/JobGeometry.h"
 #include "Host/Job/StripeColor.h"
+#include "Host/Model/BoardTwin.h"
 #include "Platform/DataProcess/BandDataFIFO_S.h"
 #include "Tests/Host/Job/StripeTiff.h"
 #include "Tests/Host/Job/TestJob.h"
 #include "Tests/Support/ConfigGuard.h"
 #include "Tests/Support/TestFolder.h"
-#include "Host/Model/BoardTwin.h"
 #include "UnitData2BoardData/UnitData2BoardData_AllUnit_2.h"
 
 #include <gtest/gtest.h>

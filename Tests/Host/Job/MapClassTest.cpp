@@ -137,8 +137,9 @@ TEST(MapClass, LineWidthsAreThoseOfTheLibrarysMaps)
         int m_bitsPerPixel;
     };
     using enum EDataMapStyle;
-    const auto option = [](EDataMapStyle style, int width, EPrinterSupportBits support)
-    { return SDPOption{style, EDataPushStyle::ByPixel, support, width}; };
+    const auto option = [](EDataMapStyle style, int width, EPrinterSupportBits support) {
+        return SDPOption{style, EDataPushStyle::ByPixel, support, width};
+    };
     const std::vector<SCase> cases = {{option(Frame16, 16, EPrinterSupportBits::OneBit), 1},
                                       {option(Block, 64, EPrinterSupportBits::OneBit), 1},
                                       {option(Block13, 24, EPrinterSupportBits::OneBit), 1},

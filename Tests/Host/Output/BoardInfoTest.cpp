@@ -57,7 +57,8 @@ TEST(BoardInfo, VersionOneStaysReadable)
 TEST(BoardInfo, NumbersThatAreNoneOfTheirWordsAreRefused)
 {
     const std::string json = BoardInfo_Json(TestInfo_Make());
-    for (const std::string wrong : {"4294967696", "-2147483649", "400.5", "1e30", "true", "null", "18446744073709551615"})
+    for (const std::string wrong :
+         {"4294967696", "-2147483649", "400.5", "1e30", "true", "null", "18446744073709551615"})
     {
         std::string text = json;
         text.replace(text.find("\"Nozzles\":400") + 10, 3, wrong);

@@ -128,8 +128,8 @@ TEST_F(BoardReader, AModelNeedsMoreThanVersionOneSays)
 
 TEST_F(BoardReader, BothFormatsAndAllCompressionsReadAlike)
 {
-    for (const auto compression : {EBoardCompression::None, EBoardCompression::PackBits, EBoardCompression::Lzw,
-                                   EBoardCompression::Deflate})
+    for (const auto compression :
+         {EBoardCompression::None, EBoardCompression::PackBits, EBoardCompression::Lzw, EBoardCompression::Deflate})
     {
         for (const EBoardFormat format : {EBoardFormat::Raw, EBoardFormat::Tiff})
         {
@@ -160,9 +160,10 @@ TEST_F(BoardReader, ReadsOnBehindADamagedRecordOfAStream)
     const std::string before = bytes;
     bytes[second + 72] = '\x7F'; // bytes per line
     std::vector<int> bands;
-    EXPECT_EQ(Read_Over(bytes, bands),
-              (m_folder / "boards").string() + ": byte " + std::to_string(second) +
-                  ": the sizes of band 1 do not fit together: 48 x 30 pixels at 1 bits, 127 bytes per line, 180 bytes\n");
+    EXPECT_EQ(
+        Read_Over(bytes, bands),
+        (m_folder / "boards").string() + ": byte " + std::to_string(second) +
+            ": the sizes of band 1 do not fit together: 48 x 30 pixels at 1 bits, 127 bytes per line, 180 bytes\n");
     EXPECT_EQ(bands, (std::vector<int>{0, 2}));
     // Bytes that were lost or put in between shift what follows.
     bands.clear();

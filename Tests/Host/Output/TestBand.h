@@ -64,8 +64,7 @@ inline SBoardInfo TestInfo_Make()
     info.m_unitPositionCount = 2;
     info.m_maxOffset_1 = 3;
     info.m_maxOffset_2 = 7;
-    info.m_units = {{0, 1, "Cyan", "page.Cyan.tif", 0, 3, 7, "", 0},
-                    {3, 2, "Schwarz \"ü\"", "", 1, 0, 2, "Full", 10}};
+    info.m_units = {{0, 1, "Cyan", "page.Cyan.tif", 0, 3, 7, "", 0}, {3, 2, "Schwarz \"ü\"", "", 1, 0, 2, "Full", 10}};
     return info;
 }
 
