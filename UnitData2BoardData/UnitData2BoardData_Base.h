@@ -6,8 +6,9 @@
 //   1 Initialize -> 2 GetInputData -> 3 AllocateOutputBuffer -> 4 Process -> 5 ReleaseInputElement -> 2 ...
 //
 // Every wait is bounded to 100 ms, after which the same state runs again, so that a stop request is seen within about
-// that time. The stage ends by itself when all inputs are completed, or when a state operation fails. It has no lock: the FIFOs carry all
-// hand-over between threads. What it maps with, the data map, is chosen once in Create from the global configuration.
+// that time. The stage ends by itself when all inputs are completed, or when a state operation fails. It has no lock:
+// the FIFOs carry all hand-over between threads. What it maps with, the data map, is chosen once in Create from the
+// global configuration.
 //
 // Create, OutputProcessor_Get, Stop, WaitExit and the destructor are the owner's; everything protected runs on the
 // stage's thread. The owner stops the stage and waits for it before destroying it.

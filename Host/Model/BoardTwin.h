@@ -100,9 +100,9 @@ public:
     // into a zeroed board band.
     STwinBoardBand Band_Map(std::span<const STwinBand> bands) const;
 
-    // The bits of a line that show the pixel of a nozzle, out of `nozzleCount` that the unit has; a line that the layout
-    // cuts off may show none. Lines of whole bytes are exact; those that end inside a byte are as Line_Map maps them
-    // if the rest of that byte is 0.
+    // The bits of a line that show the pixel of a nozzle, out of `nozzleCount` that the unit has; a line that the
+    // layout cuts off may show none. Lines of whole bytes are exact; those that end inside a byte are as Line_Map maps
+    // them if the rest of that byte is 0.
     std::vector<STwinPlace> Places_Of(int unitIndex, int unitDirection, int nozzle, int nozzleCount) const;
 
     // The inverse, for a position of the line. `directionOf` tells a unit's direction, for units that the layout has.

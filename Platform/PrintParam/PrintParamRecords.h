@@ -31,11 +31,11 @@ static_assert(offsetof(SRipJobInfo, m_bitsPerPixel) == 2 * 4);
 // What the job says of ink stripes.
 struct SInkStripeParam_Pixel
 {
-    std::int32_t m_mode = 0;              // which stripes the operator chose; for display
+    std::int32_t m_mode = 0;            // which stripes the operator chose; for display
     std::int32_t leftStripeWidth = 0;   // lines of the left stripe zone; 0 or less: no left stripe
     std::int32_t rightStripeWidth = 0;  // lines of the right stripe zone; 0 or less: no right stripe
     std::int32_t unitPitch = 0;         // lines between the stripes of neighbouring unit positions
-    std::int32_t m_distance = 0;          // lines between a stripe and the image; for display
+    std::int32_t m_distance = 0;        // lines between a stripe and the image; for display
     std::int32_t unitPosition = 0;      // the current unit's position in the colour group
     std::int32_t unitPositionCount = 0; // number of unit positions
     std::int16_t m_flags = 0;
