@@ -186,12 +186,21 @@ bool TamBaseThread::Start(const char* name)
             run.bLive = true;
             run.bReady = run.bPaused = run.bPauseRequested = run.bStopRequested = run.bSuccess = false;
         });
-    if (CustomCreateThread())
+    bool bCreated = false;
+    try
     {
-        return true;
+        bCreated = CustomCreateThread();
     }
-    run.Set([&run] { run.bLive = false; });
-    return false;
+    catch (...)
+    {
+        run.Set([&run] { run.bLive = false; });
+        throw;
+    }
+    if (!bCreated)
+    {
+        run.Set([&run] { run.bLive = false; });
+    }
+    return bCreated;
 }
 
 bool TamBaseThread::WaitReady()

@@ -342,13 +342,12 @@ TEST_F(InkStripe, ALongLivedStageStripesEachJobWhereThatJobsColourGroupPutsTheUn
     {
         delete std::exchange(m_pStage->m_pOutputBand, nullptr);
         ASSERT_TRUE(m_pStage->ReleaseInputElement());
-        CColorGroupInfo group;
-        group.m_units[1] = {position, 1};
-        CColorGroupInfo other;
-        other.m_units[1] = {2, 1};
-        GC_ColorGroup()->Set({{"A" + std::to_string(position), other},
-                              {CColorGroupInfo::Key_Pattern_Layout(), group},
-                              {"Z" + std::to_string(position), other}});
+        const SGroupSetup group = {{{1, position}}};
+        const SGroupSetup other = {{{1, 2}}};
+        m_config.m_colorGroups = {{"A" + std::to_string(position), other},
+                                  {patternLayoutGroup, group},
+                                  {"Z" + std::to_string(position), other}};
+        m_config.Apply();
         Input_Hold(0);
         ASSERT_TRUE(m_pStage->AllocateOutputBuffer());
         EXPECT_EQ(FirstMarkedLine(Element(1)), unitPitch * position);
