@@ -3,6 +3,7 @@
 // The header is thirteen 32-bit words and one bool without a gap. Five of them have names; the others only travel.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -12,7 +13,7 @@ public:
     CBandData() = default;
     CBandData(const CBandData&) = delete;
     CBandData& operator=(const CBandData&) = delete;
-    ~CBandData() = default;
+    ~CBandData() { Release(); }
 
     // Makes the band `height` zeroed lines, each line's length a multiple of `alignBytes` bytes. False if that cannot
     // be.
@@ -35,5 +36,8 @@ public:
     bool m_bSkip = false;
 
 private:
+    void Release();
+
     std::unique_ptr<unsigned char[]> m_pMemory; // what Create set m_pData to
+    std::size_t m_memorySize = 0;
 };
