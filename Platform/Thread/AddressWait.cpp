@@ -1,5 +1,4 @@
-// The system's part: the kernel's own wait queues where it has them, elsewhere a few condition variables that addresses
-// share.
+// The system's part: its own wait queues where it has them, elsewhere a few condition variables that addresses share.
 #include "Platform/Thread/AddressWait.h"
 
 #if defined(__linux__)
@@ -45,6 +44,43 @@ void CAddressWait::WakeOne(const Word* word)
 void CAddressWait::WakeAll(const Word* word)
 {
     Wake(word, INT_MAX);
+}
+
+#elif defined(_WIN32)
+
+#include "Platform/Thread/CreateThread.h"
+
+namespace
+{
+
+// The same address as the system takes it.
+void* Address_Of(const CAddressWait::Word* word)
+{
+    return const_cast<CAddressWait::Word*>(word);
+}
+
+} // namespace
+
+void CAddressWait::Sleep(const Word& word, std::uint32_t seen, TimePoint deadline)
+{
+    static_assert(sizeof(Word) == sizeof(seen) && Word::is_always_lock_free);
+    DWORD limitMs = INFINITE;
+    if (deadline != withoutLimit)
+    {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        limitMs = left.count() > 0 ? static_cast<DWORD>(left.count()) : 0;
+    }
+    WaitOnAddress(Address_Of(&word), &seen, sizeof(seen), limitMs);
+}
+
+void CAddressWait::WakeOne(const Word* word)
+{
+    WakeByAddressSingle(Address_Of(word));
+}
+
+void CAddressWait::WakeAll(const Word* word)
+{
+    WakeByAddressAll(Address_Of(word));
 }
 
 #else

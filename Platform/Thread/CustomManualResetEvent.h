@@ -9,16 +9,10 @@
 #pragma once
 
 #include "Platform/PlatformExport.h"
-
-#include <atomic>
-#if defined(_WIN32)
-#include "Platform/Thread/CustomCriticalSection.h"
-#include "Platform/Thread/KernelEvent.h"
-#else
 #include "Platform/Thread/SpinWait.h"
 
+#include <atomic>
 #include <cstdint>
-#endif
 
 class PLATFORM_API CCustomManualResetEvent
 {
@@ -45,16 +39,6 @@ public:
 private:
     friend class CWorkerWait;
 
-#if defined(_WIN32)
-    bool Wait_Slow(unsigned long timeoutMs);
-    void Kernel_Follow();
-
-    std::atomic<bool> m_bSet;
-    std::atomic<int> m_waiterCount{0};
-    CCustomCriticalSection m_kernelLock; // guards the two below
-    CKernelEvent m_kernelEvent;          // has the state of m_bSet while somebody waits
-    bool m_bKernelSet = false;
-#else
     // m_word: the flag, and above it a count that makes every wake-up without a signal a change.
     static constexpr std::uint32_t setBit = 1;
     static constexpr std::uint32_t wakeOne = 2;
@@ -63,10 +47,7 @@ private:
     static constexpr std::uint32_t sleeperOne = 1U << 16;
     static constexpr std::uint32_t destroyedBit = 1U << 31;
 
-    bool IsSet() const
-    {
-        return (m_word.load() & setBit) != 0;
-    }
+    bool IsSet() const { return (m_word.load() & setBit) != 0; }
     bool Wait_Slow(unsigned long timeoutMs);
     bool Wait_IsOver(std::uint32_t& word) const;
     void WakeAll();
@@ -75,10 +56,7 @@ private:
     std::atomic<std::uint32_t> m_word;
     std::atomic<std::uint32_t> m_waiters{0};
     CSpinWait m_spin;
-#endif
 };
-
-#if !defined(_WIN32)
 
 inline bool CCustomManualResetEvent::Wait(unsigned long timeoutMs, int /*reserved*/)
 {
@@ -98,5 +76,3 @@ inline void CCustomManualResetEvent::Reset()
 {
     m_word.fetch_and(~setBit);
 }
-
-#endif

@@ -32,15 +32,6 @@ void Guarded_Run(std::exception_ptr& thrown, Part part)
 
 // The wait in progress.
 
-#if defined(_WIN32)
-
-void* CWorkerWait::CutHandle_Get()
-{
-    return t_pWorker == nullptr ? nullptr : t_pWorker->m_waitsCutEvent.Handle();
-}
-
-#else
-
 CWorkerWait::CWorkerWait(CCustomManualResetEvent& event) : m_event(event), m_pWorker(t_pWorker)
 {
     if (m_pWorker != nullptr)
@@ -72,8 +63,6 @@ void CWorkerWait::Wake(TamBaseThread& worker)
         worker.m_pWait->m_event.WakeAll();
     }
 }
-
-#endif
 
 TamBaseThread* CWorkerWait::Worker_Get()
 {
@@ -123,7 +112,7 @@ bool TamBaseThread::Start(const char* name)
         m_bSuccess = false;
         m_bPauseRequested = false;
         m_bStopRequested = false;
-        Waits_Cut(false);
+        m_bWaitsCut = false;
         m_threadState = Preparing;
         m_bLive = true;
     }
@@ -202,11 +191,9 @@ void TamBaseThread::Stop()
         {
             return;
         }
-        Waits_Cut(true);
+        m_bWaitsCut = true;
     }
-#if !defined(_WIN32)
     CWorkerWait::Wake(*this);
-#endif
 }
 
 void TamBaseThread::Pause()
@@ -318,7 +305,7 @@ void TamBaseThread::Finish_Begin()
 {
     const std::lock_guard guard(m_stateLock);
     m_threadState = Finishing;
-    Waits_Cut(false);
+    m_bWaitsCut = false;
     m_stateChanged.notify_all();
 }
 
@@ -329,15 +316,6 @@ void TamBaseThread::End_Set(bool bSuccess)
     m_bLive = false;
     m_threadState = Ended;
     m_stateChanged.notify_all();
-}
-
-// Lets the worker's waits end early, or last again. Under the lock.
-void TamBaseThread::Waits_Cut(bool bCut)
-{
-    m_bWaitsCut = bCut;
-#if defined(_WIN32)
-    m_waitsCutEvent.State_Set(bCut);
-#endif
 }
 
 void TamBaseThread::CloseThread()

@@ -11,9 +11,6 @@
 #include "Platform/PlatformExport.h"
 #include "Platform/Thread/CreateThread.h"
 #include "Platform/Thread/CustomCriticalSection.h"
-#if defined(_WIN32)
-#include "Platform/Thread/KernelEvent.h"
-#endif
 
 #include <atomic>
 #include <condition_variable>
@@ -112,7 +109,6 @@ private:
     void Ready_Set();
     void Finish_Begin();
     void End_Set(bool bSuccess);
-    void Waits_Cut(bool bCut);
     void Start_Undo();
     void LastRun_Close();
     void CloseThread();
@@ -127,10 +123,6 @@ private:
     std::atomic<bool> m_bStopRequested{false};
     std::atomic<bool> m_bWaitsCut{false}; // the worker's waits on events end early; changed under the lock
     int m_exitWaiterCount = 0;            // threads in WaitExit, which use m_threadHandle
-#if defined(_WIN32)
-    CKernelEvent m_waitsCutEvent; // set while m_bWaitsCut is; this worker's waits wait for it too
-#else
-    CWorkerWait* m_pWait = nullptr; // the event wait in progress on this worker's thread; lives on its stack
-    std::mutex m_waitLock;          // guards m_pWait
-#endif
+    CWorkerWait* m_pWait = nullptr;       // the event wait in progress on this worker's thread; lives on its stack
+    std::mutex m_waitLock;                // guards m_pWait
 };

@@ -1,8 +1,7 @@
 // The link between a worker's stop request and the event that the worker waits on. Internal to the thread library.
 //
 // A thread that is about to sleep on an event puts a CWorkerWait on its stack. On a worker's thread the object
-// registers the event with the worker, so that a stop request can wake it; on any other thread it does nothing. On
-// Windows nothing is registered: a worker has a kernel event that cuts its waits short, and its waits wait for both.
+// registers the event with the worker, so that a stop request can wake it; on any other thread it does nothing.
 //
 // The worker decides which of its waits a stop request cuts short (see TamBaseThread::Stop). A stop request holds the
 // worker's wait lock while it wakes the event, so the wait cannot end before. The event has no lock of its own.
@@ -18,13 +17,6 @@ public:
     static TamBaseThread* Worker_Get();
     static void Worker_Set(TamBaseThread* worker);
 
-#if defined(_WIN32)
-
-    // The kernel event that is set while the waits of the calling thread's worker are cut short; null on other threads.
-    static void* CutHandle_Get();
-
-#else
-
     explicit CWorkerWait(CCustomManualResetEvent& event);
     ~CWorkerWait();
     CWorkerWait(const CWorkerWait&) = delete;
@@ -39,6 +31,4 @@ public:
 private:
     CCustomManualResetEvent& m_event;
     TamBaseThread* m_pWorker;
-
-#endif
 };

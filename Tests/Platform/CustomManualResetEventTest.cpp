@@ -377,22 +377,31 @@ TEST(CustomManualResetEvent, AStopRequestDoesNotTouchWaitsOfOtherThreads)
     EXPECT_GE(elapsed[1], 100ms);
 }
 
-TEST(CustomManualResetEvent, TheNextRunOfAStoppedWorkerWaitsInFullAgain)
+TEST(CustomManualResetEvent, ARunWaitsInFullWhateverStopsCameBeforeIt)
 {
     CCustomManualResetEvent event(false);
     std::chrono::milliseconds elapsed{0};
     CScriptedWorker worker;
+    const auto expectFullWait = [&]
+    {
+        worker.m_oneLoop = [&]
+        {
+            const CStopWatch watch;
+            event.Wait(shortWaitMs, 0);
+            elapsed = watch.Elapsed();
+            return false;
+        };
+        ASSERT_TRUE(worker.RunToItsEnd());
+        EXPECT_GE(elapsed, shortWait);
+    };
+    worker.Stop(); // before the first start
+    expectFullWait();
+    worker.Stop(); // after an end without a stop
+    expectFullWait();
+    worker.m_oneLoop = [] { return true; };
     ASSERT_TRUE(worker.Start("Worker"));
     ASSERT_TRUE(worker.StopAndWait());
-    worker.m_oneLoop = [&]
-    {
-        const CStopWatch watch;
-        event.Wait(shortWaitMs, 0);
-        elapsed = watch.Elapsed();
-        return false;
-    };
-    ASSERT_TRUE(worker.RunToItsEnd());
-    EXPECT_GE(elapsed, shortWait);
+    expectFullWait();
 }
 
 TEST(CustomManualResetEvent, AStopThatRacesWithTheBeginOfAWaitIsNeverLost)

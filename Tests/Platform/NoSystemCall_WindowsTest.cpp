@@ -1,5 +1,6 @@
-// What the data path does when nobody waits makes no system call: on Windows, no call of the kernel's event and wait
-// functions leaves the platform's DLL. Critical sections that nobody else holds stay out of the kernel by themselves.
+// What the data path does when nobody waits makes no system call: on Windows, no call of the functions that sleep on an
+// address and wake there leaves the platform's DLL. Critical sections that nobody else holds stay out of the kernel by
+// themselves.
 #include "Tests/Platform/QuietWork.h"
 #include "Tests/Support/ImportTable.h"
 
@@ -11,26 +12,19 @@ namespace
 {
 
 std::atomic<int> g_callCount{0};
-decltype(&SetEvent) g_pSetEvent = nullptr;
-decltype(&ResetEvent) g_pResetEvent = nullptr;
-decltype(&WaitForMultipleObjects) g_pWait = nullptr;
+decltype(&WaitOnAddress) g_pSleep = nullptr;
+decltype(&WakeByAddressAll) g_pWake = nullptr;
 
-BOOL WINAPI Set_Count(HANDLE event)
+BOOL WINAPI Sleep_Count(volatile void* address, void* compared, SIZE_T size, DWORD timeoutMs)
 {
     ++g_callCount;
-    return g_pSetEvent(event);
+    return g_pSleep(address, compared, size, timeoutMs);
 }
 
-BOOL WINAPI Reset_Count(HANDLE event)
+void WINAPI Wake_Count(void* address)
 {
     ++g_callCount;
-    return g_pResetEvent(event);
-}
-
-DWORD WINAPI Wait_Count(DWORD count, const HANDLE* handles, BOOL bAll, DWORD timeoutMs)
-{
-    ++g_callCount;
-    return g_pWait(count, handles, bAll, timeoutMs);
+    g_pWake(address);
 }
 
 class NoSystemCall : public testing::Test
@@ -38,16 +32,14 @@ class NoSystemCall : public testing::Test
 protected:
     NoSystemCall()
     {
-        g_pSetEvent = m_platform.Replace("SetEvent", &Set_Count);
-        g_pResetEvent = m_platform.Replace("ResetEvent", &Reset_Count);
-        g_pWait = m_platform.Replace("WaitForMultipleObjects", &Wait_Count);
+        g_pSleep = m_platform.Replace("WaitOnAddress", &Sleep_Count);
+        g_pWake = m_platform.Replace("WakeByAddressAll", &Wake_Count);
         g_callCount = 0;
     }
     ~NoSystemCall() override
     {
-        m_platform.Replace("SetEvent", g_pSetEvent);
-        m_platform.Replace("ResetEvent", g_pResetEvent);
-        m_platform.Replace("WaitForMultipleObjects", g_pWait);
+        m_platform.Replace("WaitOnAddress", g_pSleep);
+        m_platform.Replace("WakeByAddressAll", g_pWake);
     }
 
 private:
