@@ -1,8 +1,8 @@
 // The list of kernels, the choice among them, and the one in use.
 #include "DataMap/DataMapKernel.h"
 
-#include "DataMap/CpuFeature.h"
-#include "DataMap/MapKernelInUse.h"
+#include "DataMap/Kernel/CpuFeature.h"
+#include "DataMap/Kernel/MapKernelInUse.h"
 
 #include <iterator>
 #include <string_view>

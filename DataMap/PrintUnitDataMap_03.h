@@ -21,17 +21,10 @@ public:
     // at. True; false, after a log record, is a block that could not be mapped, which does not happen.
     bool MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                       int dstByteCount) const override;
-    bool MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
-                               int dstByteCount) const override;
     // Four pixels share a frame.
     int SrcPixelCount_2_BoardBitCount(int srcPixelCount) const override;
 
 private:
-    // Whether all that the look-ups of MapData_Line would give is this class's own: never for a subclass.
-    bool HasOwnTable() const;
-    // MapData_Line by look-ups through the virtual table.
-    bool MapData_Line_Table(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
-                            int dstByteCount) const;
     // One block: ORs `pixelCount` source pixels from `startPixel` on into frame position `row`, frame after frame from
     // `dst` on.
     bool MapBandData_Buffer(int row, const unsigned char* src, int startPixel, int pixelCount, unsigned char* dst,

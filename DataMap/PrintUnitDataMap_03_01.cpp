@@ -1,89 +1,25 @@
 // Deals a 400-bit line to four board units of a byte-interleaved board line, and the three bit modes beside that.
 #include "DataMap/PrintUnitDataMap_03_01.h"
 
-#include "DataMap/BlockLine.h"
-#include "DataMap/ColumnPass.h"
-#include "DataMap/LineRuns.h"
+#include "DataMap/Plan/MapEngine.h"
 #include "KelCommon/KelLog.h"
 #include "Platform/Helper/BitOperator.h"
 
 #include <algorithm>
-#include <cstring>
-#include <typeinfo>
 
 namespace
 {
 // The head geometry of this style.
-constexpr int chunkCount = SBlockLine::blockCount;
-constexpr int chunkBitCount = SBlockLine::blockPixelCount;
-constexpr int chunkByteCount = SBlockLine::blockByteCount;
+constexpr int chunkCount = 4;
+constexpr int chunkBitCount = 100;
+constexpr int chunkByteCount = 13;
 constexpr int nibbleBitCount = 4;
-
-// Values of m_bitMode.
-constexpr int bitMode4 = 1;
-constexpr int bitMode8 = 2;
-constexpr int bitMode200 = 3;
-constexpr int bitMode400 = 4;
 
 int Chunk_BoardUnit(const SSrcBandDataParam& param, int chunk)
 {
     const int place = param.m_unitDirection == unitDirection_Ascending ? chunk : chunkCount - 1 - chunk;
     return param.m_unitIndex * chunkCount + place;
 }
-
-// The lines of one run: four columns each, cut out beforehand.
-class CLinePass
-{
-public:
-    static constexpr int lineRunMin = 3;
-
-    explicit CLinePass(int columnCount) : m_kernel(MapKernel_Get()), m_columnCount(columnCount), m_columns(columnCount)
-    {
-    }
-
-    void Begin(const SSrcBandLine& /*line*/)
-    {
-        m_columns.Clear();
-        m_lineCount = 0;
-    }
-
-    bool Line_Add(const SSrcBandLine& line)
-    {
-        const SSrcBandDataParam& param = line.m_param;
-        if (param.m_unitIndex < 0 || chunkCount * (param.m_unitIndex + 1) > m_columnCount ||
-            m_columns.HasColumn(chunkCount * param.m_unitIndex))
-        {
-            return false;
-        }
-        SBlockLine& blocks = m_lines[m_lineCount];
-        blocks.Cut(m_kernel, line.m_pLine, param.m_unitDirection == unitDirection_Ascending);
-        for (int place = 0; place < chunkCount; ++place)
-        {
-            m_columns.Column_Set(chunkCount * param.m_unitIndex + place, blocks.m_blocks[place]);
-        }
-        ++m_lineCount;
-        return true;
-    }
-
-    void Run_Map(const SSrcBandLine* /*lines*/, int /*lineCount*/, unsigned char* dst, int /*dstByteCount*/) const
-    {
-        if (chunkCount * m_lineCount != m_columnCount)
-        {
-            m_columns.Columns_Store(chunkByteCount, dst);
-            return;
-        }
-        unsigned char frames[SBlockLine::room * CColumnPass::columnCountMax];
-        m_columns.Columns_Store(SBlockLine::room, frames); // the kernels prefer whole vectors
-        std::memcpy(dst, frames, chunkByteCount * static_cast<std::size_t>(m_columnCount));
-    }
-
-private:
-    const SMapKernel& m_kernel;
-    int m_columnCount;
-    int m_lineCount = 0;
-    CColumnPass m_columns;
-    SBlockLine m_lines[CColumnPass::columnCountMax / chunkCount];
-};
 } // namespace
 
 CPrintUnitDataMap_03_01::CPrintUnitDataMap_03_01() = default;
@@ -105,26 +41,14 @@ bool CPrintUnitDataMap_03_01::MapData_Line(const SSrcBandDataParam& param, const
     case bitMode400:
         MapData_Line_Bit_400(param, src, dst, dstByteCount);
         break;
-    case bitMode8:
-        MapData_Line_Bit_8(param, src, dst);
-        break;
     default:
-        MapData_Line_Normal(param, src, dst, dstByteCount);
+        if (!CMapEngine::Line_Map(SMapPlan(*this), param, src, dst, dstByteCount))
+        {
+            MapData_Line_Normal(param, src, dst, dstByteCount);
+        }
         break;
     }
     return true;
-}
-
-bool CPrintUnitDataMap_03_01::MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
-                                                    int dstByteCount) const
-{
-    if (typeid(*this) != typeid(CPrintUnitDataMap_03_01) || m_bitMode != bitMode8 || m_dataFrameWidth < 0 ||
-        m_dataFrameWidth > CColumnPass::columnCountMax)
-    {
-        return MapData_Line_OneByOne(lines, lineCount, dst, dstByteCount);
-    }
-    CLinePass pass(m_dataFrameWidth);
-    return LineRuns_Map(pass, *this, lines, lineCount, dst, dstByteCount);
 }
 
 int CPrintUnitDataMap_03_01::SrcPixelCount_2_BoardBitCount(int /*srcPixelCount*/) const
@@ -231,20 +155,6 @@ bool CPrintUnitDataMap_03_01::MapData_Line_Normal(const SSrcBandDataParam& param
         }
     }
     return true;
-}
-
-// What MapData_Line_Normal does in this mode, four neighbouring board bytes at a time.
-void CPrintUnitDataMap_03_01::MapData_Line_Bit_8(const SSrcBandDataParam& param, const unsigned char* src,
-                                                 unsigned char* dst) const
-{
-    SBlockColumns side;
-    side.Cut(MapKernel_Get(), src, param.m_unitDirection == unitDirection_Ascending);
-    unsigned char* out = dst + chunkCount * param.m_unitIndex;
-    const int frameByteCount = m_dataFrameWidth;
-    for (int k = 0; k < chunkByteCount; ++k)
-    {
-        std::memcpy(out + k * frameByteCount, side.m_bytes + chunkCount * k, chunkCount);
-    }
 }
 
 // Both halves go to the same place, in either direction: the second half of the source line is what stays.

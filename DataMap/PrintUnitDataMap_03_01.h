@@ -25,8 +25,6 @@ public:
     // `dstByteCount` is not looked at. Always true: a failure inside is a log record and goes no further.
     bool MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                       int dstByteCount) const override;
-    bool MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
-                               int dstByteCount) const override;
     // The length of a board line is fixed by the frame width: 13 bytes per board unit. The argument is ignored.
     int SrcPixelCount_2_BoardBitCount(int srcPixelCount) const override;
     // A new block of 13 bytes, its contents undefined; the calling thread's until it gives it to CustomParam_Release.
@@ -57,15 +55,18 @@ private:
     // Line mappers with the arguments of MapData_Line: by chunks of 100 bits, as two halves, as one block.
     bool MapData_Line_Normal(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                              int dstByteCount) const;
-    void MapData_Line_Bit_8(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst) const;
     bool MapData_Line_Bit_200(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                               int dstByteCount) const;
     bool MapData_Line_Bit_400(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                               int dstByteCount) const;
 
-    // 1 = 4-bit interleave, 2 = 13-byte interleave, 3 = two 200-bit halves, 4 = one 400-bit block; else nothing is
-    // mapped. Nothing in the class changes it.
-    std::int32_t m_bitMode = 2;
+    // Values of m_bitMode. With any other nothing is mapped.
+    static constexpr int bitMode4 = 1;   // 4-bit interleave
+    static constexpr int bitMode8 = 2;   // 13-byte interleave
+    static constexpr int bitMode200 = 3; // two 200-bit halves
+    static constexpr int bitMode400 = 4; // one 400-bit block
+    std::int32_t m_bitMode = bitMode8;   // nothing in the class changes it
 
+    friend struct SMapPlan;
     friend struct SMapTestAccess;
 };

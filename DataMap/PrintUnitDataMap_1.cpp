@@ -2,12 +2,9 @@
 #include "DataMap/PrintUnitDataMap_1.h"
 
 #include "DataMap/BitPosition.h"
-#include "DataMap/FrameLayout.h"
-#include "DataMap/FramePass.h"
 #include "KelCommon/KelLog.h"
 
 #include <string>
-#include <typeinfo>
 
 namespace
 {
@@ -54,37 +51,6 @@ void CPrintUnitDataMap_1::Usage()
 void CPrintUnitDataMap_1::Init_MapDataSizeOfByte()
 {
     m_mapDataSizeOfByte = m_dataFrameWidth;
-}
-
-bool CPrintUnitDataMap_1::FrameLayout_Get(SFrameLayout& layout) const
-{
-    constexpr int frameByteCount = 2;
-    // The sizes stand for all that Init has set: calling the base's Init on top of it leaves a table that is not meant.
-    if (typeid(*this) != typeid(CPrintUnitDataMap_1) || m_unitMapDataSize != 4096 || m_mapDataSizeOfByte != 16 ||
-        m_unitCount != 16)
-    {
-        return false;
-    }
-    layout = {frameByteCount, m_unitCount, 1, 1, 1, true};
-    return true;
-}
-
-bool CPrintUnitDataMap_1::MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
-                                                int dstByteCount) const
-{
-    SFrameLayout layout;
-    if (FrameLayout_Get(layout) && layout.m_frameByteCount <= CFramePass::frameByteCountMax)
-    {
-        return CFramePass::Lines_Map(*this, layout, lines, lineCount, dst, dstByteCount);
-    }
-    return MapData_Line_OneByOne(lines, lineCount, dst, dstByteCount);
-}
-
-bool CPrintUnitDataMap_1::MapData_Line_Direct(const SSrcBandDataParam& param, const unsigned char* src,
-                                              unsigned char* dst, int dstByteCount) const
-{
-    SFrameLayout layout;
-    return FrameLayout_Get(layout) && layout.Line_Map(param, src, dst, dstByteCount);
 }
 
 bool CPrintUnitDataMap_1::Init_DataWidth_16()

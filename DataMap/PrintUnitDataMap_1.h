@@ -7,8 +7,6 @@
 
 #include "DataMap/PrintUnitDataMap_Base.h"
 
-struct SFrameLayout;
-
 class DATAMAPPING_API CPrintUnitDataMap_1 : public CPrintUnitDataMap_Base
 {
 public:
@@ -16,9 +14,6 @@ public:
     CPrintUnitDataMap_1(const CPrintUnitDataMap_1& other);
     CPrintUnitDataMap_1& operator=(const CPrintUnitDataMap_1& other);
     ~CPrintUnitDataMap_1() override;
-
-    bool MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
-                               int dstByteCount) const override;
 
     using CPrintUnitDataMap_Base::Init;
     // `dataFrameWidth`: bits in one board data frame. Only 16 has a table: any other width is a log record with the
@@ -31,12 +26,8 @@ public:
 protected:
     // One source byte becomes 8 frames: as many bytes as the frame has bits.
     void Init_MapDataSizeOfByte() override;
-    bool MapData_Line_Direct(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
-                             int dstByteCount) const override;
 
 private:
-    // Where the units' pixels stand, if the table is that of this class and nobody has another look-up.
-    bool FrameLayout_Get(SFrameLayout& layout) const;
     bool Init_DataWidth_16();
 
     friend struct SMapTestAccess;

@@ -2,12 +2,8 @@
 #include "DataMap/PrintUnitDataMap_2.h"
 
 #include "DataMap/BitPosition.h"
-#include "DataMap/FrameLayout.h"
-#include "DataMap/FramePass.h"
 #include "DataMap/PlatformWord.h"
 #include "KelCommon/KelLog.h"
-
-#include <typeinfo>
 
 namespace
 {
@@ -15,22 +11,6 @@ namespace
 constexpr int codeSmall = 0b01;
 constexpr int codeMiddle = 0b10;
 constexpr int codeBig = 0b11;
-
-// 0 if there is no such drop size.
-constexpr int Code_Get(int mode)
-{
-    switch (mode)
-    {
-    case DotSize_Small:
-        return codeSmall;
-    case DotSize_Middle:
-        return codeMiddle;
-    case DotSize_Big:
-        return codeBig;
-    default:
-        return 0;
-    }
-}
 
 void Code_Set(unsigned char* entry, int position, int code)
 {
@@ -72,37 +52,6 @@ bool CPrintUnitDataMap_2::Init(EDotSizeMode dotSizeMode, int dataFrameWidth)
         return false;
     }
     return true;
-}
-
-bool CPrintUnitDataMap_2::FrameLayout_Get(SFrameLayout& layout) const
-{
-    const int frameByteCount = m_dataFrameWidth >> 3;
-    // The size stands for all that Init has set: calling the base's Init on top of it leaves a table that is not meant.
-    if (typeid(*this) != typeid(CPrintUnitDataMap_2) || m_srcBitCount != 1 || m_dstBitCount != 2 ||
-        m_unitMapDataSize <= 0 || m_unitMapDataSize != 2048 * frameByteCount)
-    {
-        return false;
-    }
-    layout = {frameByteCount, m_unitCount, 1, 2, Code_Get(m_dotSizeMode), false};
-    return layout.m_fieldBits != 0;
-}
-
-bool CPrintUnitDataMap_2::MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
-                                                int dstByteCount) const
-{
-    SFrameLayout layout;
-    if (FrameLayout_Get(layout) && layout.m_frameByteCount <= CFramePass::frameByteCountMax)
-    {
-        return CFramePass::Lines_Map(*this, layout, lines, lineCount, dst, dstByteCount);
-    }
-    return MapData_Line_OneByOne(lines, lineCount, dst, dstByteCount);
-}
-
-bool CPrintUnitDataMap_2::MapData_Line_Direct(const SSrcBandDataParam& param, const unsigned char* src,
-                                              unsigned char* dst, int dstByteCount) const
-{
-    SFrameLayout layout;
-    return FrameLayout_Get(layout) && layout.Line_Map(param, src, dst, dstByteCount);
 }
 
 bool CPrintUnitDataMap_2::MapData()

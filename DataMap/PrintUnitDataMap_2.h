@@ -8,8 +8,6 @@
 #include "DataMap/PrintUnitDataMap_Base.h"
 #include "Platform/PrintParam/PrintParamRecords.h"
 
-struct SFrameLayout;
-
 class DATAMAPPING_API CPrintUnitDataMap_2 : public CPrintUnitDataMap_Base
 {
 public:
@@ -18,21 +16,12 @@ public:
     CPrintUnitDataMap_2& operator=(const CPrintUnitDataMap_2& other);
     ~CPrintUnitDataMap_2() override;
 
-    bool MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
-                               int dstByteCount) const override;
-
     using CPrintUnitDataMap_Base::Init;
     // `dotSizeMode`: small, middle or big; anything else is a log record and false (the table, then without a set bit,
     // stays until destruction). `dataFrameWidth`: bits in one board data frame.
     bool Init(EDotSizeMode dotSizeMode, int dataFrameWidth);
 
-protected:
-    bool MapData_Line_Direct(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
-                             int dstByteCount) const override;
-
 private:
-    // Where the units' pixels stand, if the table is that of this class and nobody has another look-up.
-    bool FrameLayout_Get(SFrameLayout& layout) const;
     // Fills the table for m_dotSizeMode; false if there is no such drop size.
     bool MapData();
     bool MapData_Small();

@@ -7,8 +7,6 @@
 
 #include "DataMap/PrintUnitDataMap_Base.h"
 
-struct SFrameLayout;
-
 class DATAMAPPING_API CPrintUnitDataMap_5 : public CPrintUnitDataMap_Base
 {
 public:
@@ -17,21 +15,12 @@ public:
     CPrintUnitDataMap_5& operator=(const CPrintUnitDataMap_5& other);
     ~CPrintUnitDataMap_5() override;
 
-    bool MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
-                               int dstByteCount) const override;
-
     using CPrintUnitDataMap_Base::Init;
     // `srcBitCount`: bits per source pixel, 1 or 2; anything else is a log record from the base and one from here, and
     // false. `dataFrameWidth`: bits in one board data frame.
     virtual bool Init(int srcBitCount, int dataFrameWidth);
 
-protected:
-    bool MapData_Line_Direct(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
-                             int dstByteCount) const override;
-
 private:
-    // Where the units' pixels stand, if the table is that of this class and nobody has another look-up.
-    bool FrameLayout_Get(SFrameLayout& layout) const;
     // Builds the table; always true.
     bool Init_MapDataBuffer();
     void MapData_Fill(unsigned char* entry, int unitIndex, int byteValue) const;

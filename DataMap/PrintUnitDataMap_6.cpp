@@ -1,52 +1,8 @@
 // The plain map with a byte column per unit: source bytes are stored as they are, one per group of columns.
 #include "DataMap/PrintUnitDataMap_6.h"
 
-#include "DataMap/ColumnPass.h"
-#include "DataMap/LineRuns.h"
 #include "KelCommon/KelLog.h"
 #include "Platform/Helper/StaticHelper.h"
-
-#include <typeinfo>
-
-namespace
-{
-// The lines of one run: columns of the same length, no two of them the same.
-class CLinePass
-{
-public:
-    static constexpr int lineRunMin = 5;
-
-    explicit CLinePass(int columnCount) : m_columnCount(columnCount), m_columns(columnCount) {}
-
-    void Begin(const SSrcBandLine& line)
-    {
-        m_columns.Clear();
-        m_lineBitCount = line.m_param.m_lineBitCount;
-    }
-
-    bool Line_Add(const SSrcBandLine& line)
-    {
-        const int column = line.m_param.m_unitIndex;
-        if (static_cast<unsigned>(column) >= static_cast<unsigned>(m_columnCount) || m_columns.HasColumn(column) ||
-            line.m_param.m_lineBitCount != m_lineBitCount)
-        {
-            return false;
-        }
-        m_columns.Column_Set(column, line.m_pLine);
-        return true;
-    }
-
-    void Run_Map(const SSrcBandLine* /*lines*/, int /*lineCount*/, unsigned char* dst, int /*dstByteCount*/) const
-    {
-        m_columns.Columns_Store(CStaticHelper::AlignBytesByBits(1, m_lineBitCount), dst);
-    }
-
-private:
-    int m_columnCount;
-    int m_lineBitCount = 0;
-    CColumnPass m_columns;
-};
-} // namespace
 
 CPrintUnitDataMap_6::CPrintUnitDataMap_6() = default;
 
@@ -60,19 +16,23 @@ bool CPrintUnitDataMap_6::MapData_Line(const SSrcBandDataParam& param, const uns
                                        int /*dstByteCount*/) const
 {
     const int byteCount = CStaticHelper::AlignBytesByBits(1, param.m_lineBitCount);
-    CColumnPass::Column_Store(src, byteCount, dst + param.m_unitIndex, m_unitCount);
-    return true;
-}
-
-bool CPrintUnitDataMap_6::MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
-                                                int dstByteCount) const
-{
-    if (typeid(*this) != typeid(CPrintUnitDataMap_6) || m_unitCount < 0 || m_unitCount > CColumnPass::columnCountMax)
+    const int columnCount = m_unitCount; // the stores below might be to members, for all that the compiler knows
+    unsigned char* out = dst + param.m_unitIndex;
+    int i = 0;
+    for (; byteCount - i >= 4; i += 4)
     {
-        return MapData_Line_OneByOne(lines, lineCount, dst, dstByteCount);
+        out[0] = src[i];
+        out[columnCount] = src[i + 1];
+        out[2 * columnCount] = src[i + 2];
+        out[3 * columnCount] = src[i + 3];
+        out += 4 * columnCount;
     }
-    CLinePass pass(m_unitCount);
-    return LineRuns_Map(pass, *this, lines, lineCount, dst, dstByteCount);
+    for (; i < byteCount; ++i)
+    {
+        *out = src[i];
+        out += columnCount;
+    }
+    return true;
 }
 
 int CPrintUnitDataMap_6::SrcPixelCount_2_BoardBitCount(int srcPixelCount) const

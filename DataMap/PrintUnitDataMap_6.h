@@ -20,8 +20,6 @@ public:
     // true.
     bool MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                       int dstByteCount) const override;
-    bool MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
-                               int dstByteCount) const override;
     // The columns of all units at the source's bits per pixel, in bits.
     int SrcPixelCount_2_BoardBitCount(int srcPixelCount) const override;
 

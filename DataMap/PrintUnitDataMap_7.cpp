@@ -1,16 +1,11 @@
 // The dot-size map with a byte column per unit: a table of two bytes per source byte, stored into the unit's column.
 #include "DataMap/PrintUnitDataMap_7.h"
 
-#include "DataMap/ColumnPass.h"
-#include "DataMap/LineRuns.h"
-#include "DataMap/MapKernelInUse.h"
 #include "DataMap/PlatformWord.h"
 #include "KelCommon/KelLog.h"
 #include "Platform/Helper/StaticHelper.h"
 
-#include <algorithm>
 #include <array>
-#include <typeinfo>
 
 namespace
 {
@@ -23,68 +18,6 @@ constexpr NibbleTable nibbleTableMiddle = {0x00, 0x02, 0x08, 0x0A, 0x20, 0x22, 0
                                            0x80, 0x82, 0x88, 0x8A, 0xA0, 0xA2, 0xA8, 0xAA};
 constexpr NibbleTable nibbleTableBig = {0x00, 0x03, 0x0C, 0x0F, 0x30, 0x33, 0x3C, 0x3F,
                                         0xC0, 0xC3, 0xCC, 0xCF, 0xF0, 0xF3, 0xFC, 0xFF};
-
-// The lines of one run: columns of the same length, no two of them the same, made a piece at a time.
-class CLinePass
-{
-public:
-    static constexpr int lineRunMin = 5;
-
-    // `mapData`: the map's table.
-    CLinePass(int columnCount, const unsigned char* mapData) : m_columnCount(columnCount), m_columns(columnCount)
-    {
-        for (int nibble = 0; nibble < 16; ++nibble)
-        {
-            m_nibbleTable[static_cast<std::size_t>(nibble)] = mapData[2 * nibble + 1];
-        }
-    }
-
-    void Begin(const SSrcBandLine& line)
-    {
-        m_columns.Clear();
-        m_lineBitCount = line.m_param.m_lineBitCount;
-        m_lineCount = 0;
-    }
-
-    bool Line_Add(const SSrcBandLine& line)
-    {
-        const int column = line.m_param.m_unitIndex;
-        if (static_cast<unsigned>(column) >= static_cast<unsigned>(m_columnCount) || m_columns.HasColumn(column) ||
-            line.m_param.m_lineBitCount != m_lineBitCount)
-        {
-            return false;
-        }
-        m_columns.Column_Set(column, m_pieces[m_lineCount]);
-        ++m_lineCount;
-        return true;
-    }
-
-    void Run_Map(const SSrcBandLine* lines, int lineCount, unsigned char* dst, int /*dstByteCount*/)
-    {
-        const SMapKernel& kernel = MapKernel_Get();
-        const int byteCount = CStaticHelper::AlignBytesByBits(1, 2 * m_lineBitCount);
-        for (int done = 0; done < byteCount; done += pieceSize)
-        {
-            const int count = std::min(pieceSize, byteCount - done);
-            for (int i = 0; i < lineCount; ++i)
-            {
-                kernel.m_pNibbles_Expand(m_nibbleTable.data(), lines[i].m_pLine + done / 2, (count + 1) / 2,
-                                         m_pieces[i]);
-            }
-            m_columns.Columns_Store(count, dst + done * m_columnCount);
-        }
-    }
-
-private:
-    static constexpr int pieceSize = 2 * splitRoom; // board bytes of a column
-
-    int m_columnCount;
-    int m_lineBitCount = 0;
-    int m_lineCount = 0;
-    NibbleTable m_nibbleTable;
-    CColumnPass m_columns;
-    unsigned char m_pieces[CColumnPass::columnCountMax][pieceSize]; // of the lines in the order of their adding
-};
 } // namespace
 
 CPrintUnitDataMap_7::CPrintUnitDataMap_7() = default;
@@ -109,23 +42,11 @@ bool CPrintUnitDataMap_7::MapData_Line(const SSrcBandDataParam& param, const uns
         out[columnCount] = entry[1];
         out += 2 * columnCount;
     }
-    if (byteCount % 2 != 0)
+    if (byteCount % 2 > 0)
     {
         *out = table[2 * src[byteCount / 2]];
     }
     return true;
-}
-
-bool CPrintUnitDataMap_7::MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
-                                                int dstByteCount) const
-{
-    if (typeid(*this) != typeid(CPrintUnitDataMap_7) || m_mapData == nullptr || m_unitCount < 0 ||
-        m_unitCount > CColumnPass::columnCountMax)
-    {
-        return MapData_Line_OneByOne(lines, lineCount, dst, dstByteCount);
-    }
-    CLinePass pass(m_unitCount, m_mapData);
-    return LineRuns_Map(pass, *this, lines, lineCount, dst, dstByteCount);
 }
 
 int CPrintUnitDataMap_7::SrcPixelCount_2_BoardBitCount(int srcPixelCount) const

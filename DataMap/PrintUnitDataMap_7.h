@@ -22,8 +22,6 @@ public:
     // not reach into its four pixels. `dstByteCount` is not looked at. Always true.
     bool MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                       int dstByteCount) const override;
-    bool MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
-                               int dstByteCount) const override;
     // The columns of all units at two bits per pixel, in bits.
     int SrcPixelCount_2_BoardBitCount(int srcPixelCount) const override;
 

@@ -28,8 +28,6 @@ public:
     // true.
     bool MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                       int dstByteCount) const override;
-    bool MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
-                               int dstByteCount) const override;
 
     using CPrintUnitDataMap_Base::Init;
     // `dataFrameWidth`: bits in one board data frame, a multiple of 8. False, after a log record, if the table could
@@ -45,16 +43,6 @@ private:
     // ORs the plane that `bitMask` selects into the `dstByteCount` bytes of `dst`.
     bool MapData_Line_BitMask(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                               int dstByteCount, unsigned char bitMask) const;
-
-    // A partial last source byte in the plane `dst` of `dstByteCount` bytes.
-    void MapData_Tail(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
-                      int dstByteCount) const;
-
-    // Whether all that the look-ups of MapData_Line would give is this class's own: never for a subclass.
-    bool HasOwnTable() const;
-    // The whole source bytes of both planes without look-ups, if that gives the same; otherwise false.
-    bool MapData_Line_Field(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
-                            int planeByteCount) const;
 
     // The pattern index of a byte: bit 3 - k stands for pixel k. -1 if bits of both planes are set.
     int ByteValue_2_Index(unsigned char value) const;

@@ -2,6 +2,7 @@
 #include "DataMap/PrintUnitDataMap_Base.h"
 
 #include "DataMap/OrKernel.h"
+#include "DataMap/Plan/MapEngine.h"
 #include "KelCommon/KelLog.h"
 
 #include <algorithm>
@@ -47,11 +48,10 @@ const unsigned char* CPrintUnitDataMap_Base::ByteMapData_Buffer(int unitIndex, i
 bool CPrintUnitDataMap_Base::MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                                           int dstByteCount) const
 {
-    if (MapData_Line_Direct(param, src, dst, dstByteCount))
+    if (!CMapEngine::Line_Map(SMapPlan(*this), param, src, dst, dstByteCount))
     {
-        return true;
+        MapData_Line_Table(param, src, dst, dstByteCount);
     }
-    MapData_Line_Table(param, src, dst, dstByteCount);
     return true;
 }
 
@@ -64,14 +64,24 @@ void CPrintUnitDataMap_Base::MapData_Line_Table(const SSrcBandDataParam& param, 
         const unsigned char* entry = ByteMapData_Buffer(param.m_unitIndex, src[i]);
         COrKernel::Or_Bytes(dst + i * m_mapDataSizeOfByte, entry, m_mapDataSizeOfByte);
     }
+    MapData_Tail(param, m_mapDataSizeOfByte, src, dst, dstByteCount);
+}
+
+void CPrintUnitDataMap_Base::MapData_Tail(const SSrcBandDataParam& param, int entrySize, const unsigned char* src,
+                                          unsigned char* dst, int dstByteCount) const
+{
     if (param.m_lineBitCount % 8 < 1)
     {
         return;
     }
-    const int tailOffset = fullByteCount * m_mapDataSizeOfByte;
-    const int tailByteCount = std::min(dstByteCount - tailOffset, m_mapDataSizeOfByte);
+    const int fullByteCount = param.m_lineBitCount / 8;
     const unsigned char* entry = ByteMapData_Buffer(param.m_unitIndex, src[fullByteCount]);
-    COrKernel::Or_Bytes(dst + tailOffset, entry, tailByteCount);
+    if (entry + entrySize == m_mapData)
+    {
+        return; // before the table: style 8 has such an answer, of which nothing is defined
+    }
+    const int offset = fullByteCount * entrySize;
+    COrKernel::Or_Bytes(dst + offset, entry, std::min(dstByteCount - offset, entrySize));
 }
 
 int CPrintUnitDataMap_Base::SrcPixelCount_2_BoardBitCount(int srcPixelCount) const
@@ -89,31 +99,6 @@ void CPrintUnitDataMap_Base::CustomParam_Release(void* /*customParam*/) const {}
 void CPrintUnitDataMap_Base::Init_MapDataSizeOfByte()
 {
     m_mapDataSizeOfByte = ((8 / m_srcBitCount) * m_dataFrameWidth) / 8;
-}
-
-bool CPrintUnitDataMap_Base::MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
-                                                   int dstByteCount) const
-{
-    return MapData_Line_OneByOne(lines, lineCount, dst, dstByteCount);
-}
-
-bool CPrintUnitDataMap_Base::MapData_Line_Direct(const SSrcBandDataParam& /*param*/, const unsigned char* /*src*/,
-                                                 unsigned char* /*dst*/, int /*dstByteCount*/) const
-{
-    return false;
-}
-
-bool CPrintUnitDataMap_Base::MapData_Line_OneByOne(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
-                                                   int dstByteCount) const
-{
-    for (int i = 0; i < lineCount; ++i)
-    {
-        if (!MapData_Line(lines[i].m_param, lines[i].m_pLine, dst, dstByteCount))
-        {
-            return false;
-        }
-    }
-    return true;
 }
 
 bool CPrintUnitDataMap_Base::Init_SrcBitMask()

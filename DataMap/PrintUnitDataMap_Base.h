@@ -81,20 +81,6 @@ protected:
     // Computes m_mapDataSizeOfByte from the geometry: the pixels of one source byte times the frame width, in bytes.
     virtual void Init_MapDataSizeOfByte();
 
-public:
-    // Maps `lineCount` source lines into one board line that nobody else touches meanwhile: leaves the bytes that
-    // MapData_Line leaves, called for one line after the other. False as soon as that is false for one of them. The
-    // styles do all units in one pass where their own MapData_Line would have run. The lines must not overlap `dst`.
-    virtual bool MapData_Line_AllInput(const SSrcBandLine* lines, int lineCount, unsigned char* dst,
-                                       int dstByteCount) const;
-
-protected:
-    // Maps a line without look-ups, if that leaves the same bytes as the look-ups through the virtual table; false if
-    // it does not: nothing has happened then. A style answers for objects of exactly its own class, for a subclass
-    // never: that one may have another look-up, and its lines are mapped through it.
-    virtual bool MapData_Line_Direct(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
-                                     int dstByteCount) const;
-
     void SrcBitCount_Set(int srcBitCount);
     // Units that share one frame.
     int UnitCount() const;
@@ -105,22 +91,16 @@ protected:
     // Sets the source mask from m_srcBitCount. False, with mask 0 and no log record, if that is neither 1 nor 2.
     bool Init_SrcBitMask();
 
-    // Whether geometry and table belong together: frames of whole bytes, and a table of `unitTableCount` x `entryCount`
-    // entries. They do after the style's own Init, and no longer when the base's has been called on top of it.
-    bool IsRegular(int frameByteCount, int entryCount, int unitTableCount) const
-    {
-        return frameByteCount > 0 && m_dataFrameWidth == 8 * frameByteCount && m_mapData != nullptr &&
-               m_unitMapDataSize == entryCount * m_mapDataSizeOfByte &&
-               m_mapDataSize == unitTableCount * m_unitMapDataSize;
-    }
-    // MapData_Line for one line after the other; false as soon as that is.
-    bool MapData_Line_OneByOne(const SSrcBandLine* lines, int lineCount, unsigned char* dst, int dstByteCount) const;
-
     // Makes the table m_mapDataSize zero bytes long.
     void MapData_Allocate();
+    // ORs what a partial last source byte adds, looked up whole, clipped to the `dstByteCount` bytes of `dst`.
+    // `entrySize`: bytes of a table entry.
+    void MapData_Tail(const SSrcBandDataParam& param, int entrySize, const unsigned char* src, unsigned char* dst,
+                      int dstByteCount) const;
     // The table entry of (unitIndex, entryIndex), for the builder; reckoned from the sizes, never virtual.
     unsigned char* MapData_Entry(int unitIndex, int entryIndex);
 
+    // No more members, and no virtual operation more: layout and table are those that clients were compiled with.
     std::int32_t m_mapDataSizeOfByte = 0; // bytes of one table entry
     std::int32_t m_unitMapDataSize = 0;   // bytes of table per unit
     unsigned char* m_mapData = nullptr;   // the table; owned, freed by the destructor
@@ -136,5 +116,6 @@ private:
     void MapData_Line_Table(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                             int dstByteCount) const;
 
+    friend struct SMapPlan;
     friend struct SMapTestAccess;
 };

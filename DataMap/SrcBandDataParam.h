@@ -28,10 +28,3 @@ static_assert(offsetof(SSrcBandDataParam, m_lineBitCount) == 8);
 static_assert(offsetof(SSrcBandDataParam, m_customParam) == 12);
 static_assert(sizeof(SSrcBandDataParam) == 12 + sizeof(void*));
 static_assert(alignof(SSrcBandDataParam) == 4);
-
-// One of the source lines that go into the same board line.
-struct SSrcBandLine
-{
-    SSrcBandDataParam m_param;
-    const unsigned char* m_pLine = nullptr; // the line's bytes, the last one whole; the source band's
-};

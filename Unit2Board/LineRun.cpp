@@ -1,7 +1,7 @@
 // The length of a run, from the band's size.
 #include "Unit2Board/LineRun.h"
 
-#include "DataMap/OwnStyle.h"
+#include "DataMap/Plan/MapPlan.h"
 #include "Platform/BandData/BandData.h"
 
 #include <algorithm>

@@ -1,7 +1,6 @@
 // The line generator's state machine and the mapping of one line.
 #include "Unit2Board/Unit2Board_Line.h"
 
-#include "DataMap/OwnStyle.h"
 #include "DataMap/PrintUnitDataMap_Base.h"
 #include "DataMap/SrcBandDataParam.h"
 #include "KelCommon/KelLog.h"
@@ -83,7 +82,7 @@ bool CUnit2Board_Line::ProcessState_Run()
 bool CUnit2Board_Line::CustomParam_Make()
 {
     m_pCustomParam = m_pDataMap->CustomParam_Create();
-    m_bOwnStyle = MapStyle_IsOwn(*m_pDataMap);
+    m_plan = SMapPlan(*m_pDataMap);
     m_processState = State_TakeLine;
     return true;
 }
@@ -134,11 +133,11 @@ bool CUnit2Board_Line::MapBandData_Run(int firstLine)
     return true;
 }
 
-// A map of the library's own takes all bands of a line in one pass, where every band has the line: it leaves the bytes
-// that it leaves band by band, and never fails.
+// At once where every band has the line and the map has a plan, which leaves the bytes of one band after the other. A
+// band without the line has its record between the others' turns.
 bool CUnit2Board_Line::MapBandData_Line_AllInput(int lineIndex)
 {
-    if (m_bOwnStyle && m_srcBandCount > 1 &&
+    if (m_plan.IsThere() && m_srcBandCount > 1 &&
         std::all_of(m_pSrcBands, m_pSrcBands + m_srcBandCount,
                     [&](const CBandData* band) { return lineIndex < band->m_height; }))
     {
@@ -158,7 +157,7 @@ bool CUnit2Board_Line::MapBandData_Line_AllInput(int lineIndex)
 
 void CUnit2Board_Line::MapBandData_Line_OnePass(int lineIndex)
 {
-    constexpr int runLength = 64;                                               // bands that the map gets at once
+    constexpr int runLength = 64;                                               // bands that are mapped at once
     alignas(SSrcBandLine) unsigned char room[runLength * sizeof(SSrcBandLine)]; // clearing it would cost as much again
     auto* lines = reinterpret_cast<SSrcBandLine*>(room);
     unsigned char* dst = m_pDstBand->m_pData + lineIndex * m_pDstBand->m_bytesPerLine;
@@ -169,7 +168,7 @@ void CUnit2Board_Line::MapBandData_Line_OnePass(int lineIndex)
         {
             ::new (lines + i) SSrcBandLine(SrcLine_Get(lineIndex, *m_pSrcBands[first + i]));
         }
-        m_pDataMap->MapData_Line_AllInput(lines, count, dst, m_pDstBand->m_bytesPerLine);
+        CMapEngine::Lines_Map(m_plan, lines, count, dst, m_pDstBand->m_bytesPerLine);
     }
 }
 

@@ -10,6 +10,7 @@
 // It allocates nothing per line.
 #pragma once
 
+#include "DataMap/Plan/MapEngine.h"
 #include "KelCommon/KelBaseThread.h"
 #include "KelCommon/KelThreadBuffer_T.h"
 
@@ -17,7 +18,6 @@
 
 class CBandData;
 class CPrintUnitDataMap_Base;
-struct SSrcBandLine;
 
 class CUnit2Board_Line : public CKelBaseThread<CUnit2Board_Line>
 {
@@ -74,7 +74,7 @@ private:
 
     // Not part of what is published of a generator.
     std::int32_t m_lineRun = 1;
-    bool m_bOwnStyle = false; // the map is the library's own: its lines may be mapped in one pass
+    SMapPlan m_plan; // the map's, if it is the library's own: all bands of a line are then mapped at once
 
     friend struct SConverterTestAccess;
 };

@@ -4,6 +4,7 @@
 // CheckKernelCounts.cmake runs it twice and takes the difference, so that what is not mapping does not count. Prints
 // the bytes of a board line.
 #include "DataMap/DataMapKernel.h"
+#include "DataMap/Plan/MapEngine.h"
 #include "DataMap/PrintUnitDataMap_03.h"
 #include "DataMap/PrintUnitDataMap_03_01.h"
 #include "DataMap/PrintUnitDataMap_1.h"
@@ -89,7 +90,7 @@ int main(int argumentCount, char** arguments)
     {
         if (bAll)
         {
-            map.MapData_Line_AllInput(lines.data(), board.unitCount, dst.data(), byteCount);
+            CMapEngine::Lines_Map(SMapPlan(map), lines.data(), board.unitCount, dst.data(), byteCount);
             continue;
         }
         for (const SSrcBandLine& line : lines)

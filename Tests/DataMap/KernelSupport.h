@@ -2,7 +2,7 @@
 #pragma once
 
 #include "DataMap/DataMapKernel.h"
-#include "DataMap/MapKernel.h"
+#include "DataMap/Kernel/MapKernel.h"
 #include "Tests/DataMap/MapTestSupport.h"
 
 #include <cstring>

@@ -1,7 +1,7 @@
 // The kernel for processors with vectors of 64 bytes (AVX-512 F, BW, DQ and VL). The build compiles this file, and no
 // other code, with these instructions; MapKernel_Get() hands it out only where they can run.
-#include "DataMap/Vector64.h"
-#include "DataMap/VectorKernel.h"
+#include "DataMap/Kernel/Vector64.h"
+#include "DataMap/Kernel/VectorKernel.h"
 
 namespace
 {

@@ -1,8 +1,8 @@
 // The kernel for processors with vectors of 64 bytes, any permutation of their bytes (VBMI), and bit matrices (GFNI).
 // The build compiles this file, and no other code, with these instructions; MapKernel_Get() hands it out only where
 // they can run.
-#include "DataMap/Vector64.h"
-#include "DataMap/VectorKernel.h"
+#include "DataMap/Kernel/Vector64.h"
+#include "DataMap/Kernel/VectorKernel.h"
 
 namespace
 {
@@ -131,8 +131,10 @@ struct SShiftSpread
     static constexpr int vectorCount = vectorCountOf;
     static constexpr bool bDouble = kind == Field_Double;
 
-    SShiftSpread(const unsigned char* pattern, unsigned lowestBit, unsigned mask)
+    explicit SShiftSpread(const SField& field)
     {
+        const unsigned char* pattern = Pattern_Begin<Vector>(field);
+        const unsigned lowestBit = field.m_lowestBit;
         const Type position = Vector::Set(static_cast<unsigned char>(lowestBit));
         const Type target = Vector::Load(pattern + SFieldPattern::Row_Target * SFieldPattern::size);
         if constexpr (bDouble)
@@ -143,7 +145,7 @@ struct SShiftSpread
         }
         else
         {
-            m_field = Vector::And(target, Vector::Set(static_cast<unsigned char>(mask)));
+            m_field = Vector::And(target, Vector::Set(static_cast<unsigned char>(field.m_mask)));
         }
         for (int i = 0; i < vectorCount; ++i)
         {
@@ -169,99 +171,7 @@ struct SShiftSpread
     Type m_shift[vectorCountOf];
     __mmask64 m_target = 0; // a double field's bytes that get a pixel
 };
-
-// Both planes' fields: the bits of a pair of 2-bit pixels are moved one by one. The second pixel's high bit and the
-// first one's low bit move by the same distance.
-struct SPairSpread
-{
-    using Type = Vector::Type;
-
-    SPairSpread(const unsigned char* pattern, unsigned lowestBit)
-    {
-        const Type target = Vector::Load(pattern + SFieldPattern::Row_Target * SFieldPattern::size);
-        const Type bit = Vector::Load(pattern + SFieldPattern::Row_PixelBit * SFieldPattern::size);
-        m_second = Vector::And(target, Vector::Set(static_cast<unsigned char>(1U << lowestBit)));
-        m_first = Vector::And(target, Vector::Set(static_cast<unsigned char>(2U << lowestBit)));
-        m_shift = _mm512_sub_epi8(bit, Vector::Set(static_cast<unsigned char>(lowestBit)));
-        m_shiftHigh = _mm512_add_epi8(m_shift, Vector::Set(1));
-        m_shiftLow = _mm512_sub_epi8(m_shift, Vector::Set(1));
-    }
-
-    void Or(std::uint64_t word, unsigned char* high, unsigned char* low) const
-    {
-        auto highFrames = Vector::Load(high);
-        auto lowFrames = Vector::Load(low);
-        Spread(word, highFrames, lowFrames);
-        Vector::Store(high, highFrames);
-        Vector::Store(low, lowFrames);
-    }
-    void Or_Part(std::uint64_t word, unsigned char* high, unsigned char* low, int byteCount) const
-    {
-        auto highFrames = Vector::Zero();
-        auto lowFrames = Vector::Zero();
-        Spread(word, highFrames, lowFrames);
-        Vector::Or_Part(high, highFrames, byteCount);
-        Vector::Or_Part(low, lowFrames, byteCount);
-    }
-
-private:
-    void Spread(std::uint64_t word, Type& high, Type& low) const
-    {
-        constexpr int orAnd = 0xF8; // first | (second & third)
-        const Type source = Vector::Set_Word(word);
-        const Type both = _mm512_maskz_multishift_epi64_epi8(everyByte, m_shift, source);
-        const Type highFirst = _mm512_maskz_multishift_epi64_epi8(everyByte, m_shiftHigh, source);
-        const Type lowSecond = _mm512_maskz_multishift_epi64_epi8(everyByte, m_shiftLow, source);
-        high = _mm512_ternarylogic_epi64(_mm512_ternarylogic_epi64(high, both, m_second, orAnd), highFirst, m_first,
-                                         orAnd);
-        low =
-            _mm512_ternarylogic_epi64(_mm512_ternarylogic_epi64(low, lowSecond, m_second, orAnd), both, m_first, orAnd);
-    }
-
-    Type m_first;
-    Type m_second;
-    Type m_shift;
-    Type m_shiftHigh;
-    Type m_shiftLow;
-};
-
-template<int groupByteCount>
-void Pairs_Or(const unsigned char* pattern, unsigned lowestBit, const unsigned char* src, int srcByteCount,
-              unsigned char* high, unsigned char* low, int dstByteCount)
-{
-    constexpr int srcStep = Vector::size / groupByteCount;
-    const SPairSpread spread(pattern, lowestBit);
-    const auto Step_Or = [&]
-    {
-        spread.Or(SPartWord<STag>::Load_Part(src, srcByteCount), high, low);
-        src += srcStep;
-        srcByteCount -= srcStep;
-        high += Vector::size;
-        low += Vector::size;
-        dstByteCount -= Vector::size;
-    };
-    while (dstByteCount >= 2 * Vector::size && srcByteCount >= srcStep + 8)
-    {
-        spread.Or(SPartWord<STag>::Load(src), high, low);
-        spread.Or(SPartWord<STag>::Load(src + srcStep), high + Vector::size, low + Vector::size);
-        src += 2 * srcStep;
-        srcByteCount -= 2 * srcStep;
-        high += 2 * Vector::size;
-        low += 2 * Vector::size;
-        dstByteCount -= 2 * Vector::size;
-    }
-    while (dstByteCount >= Vector::size)
-    {
-        Step_Or();
-    }
-    if (dstByteCount > 0)
-    {
-        spread.Or_Part(SPartWord<STag>::Load_Part(src, srcByteCount), high, low, dstByteCount);
-    }
-}
-
-constexpr PairFunction pairFunctions[pairGroupSizeCount] = {Pairs_Or<8>, Pairs_Or<16>, Pairs_Or<32>};
 } // namespace
 
 constinit const SMapKernel mapKernelAvx512Gfni =
-    VectorKernel_Make<Vector>("avx512-gfni", SFieldKernel<Vector, SShiftSpread>::functions, pairFunctions);
+    VectorKernel_Make<Vector, SFieldKernel<Vector, SShiftSpread>>("avx512-gfni");

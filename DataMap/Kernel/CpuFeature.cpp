@@ -1,5 +1,5 @@
 // Reads the processor's feature words (CPUID) and the system's register mask (XGETBV).
-#include "DataMap/CpuFeature.h"
+#include "DataMap/Kernel/CpuFeature.h"
 
 #if defined(DATAMAPPING_X86_KERNELS)
 

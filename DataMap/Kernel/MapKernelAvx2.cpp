@@ -1,7 +1,7 @@
 // The kernel for processors with vectors of 32 bytes (AVX2). The build compiles this file, and no other
 // code, with these instructions; MapKernel_Get() hands it out only where they can run.
-#include "DataMap/Vector32.h"
-#include "DataMap/VectorKernel.h"
+#include "DataMap/Kernel/Vector32.h"
+#include "DataMap/Kernel/VectorKernel.h"
 
 namespace
 {

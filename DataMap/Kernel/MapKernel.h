@@ -1,13 +1,14 @@
-// What a kernel is: the inner loops of the data maps, as one record of functions with a name.
+// What a kernel is: the inner loops of the data maps, as one record of functions with a name, none of them ever null.
 //
-// The maps ask MapKernel_Get() (MapKernelInUse.h) for the kernel in use, on whatever thread maps a line, and call its
-// functions. Every kernel leaves the same bytes as the scalar one; they differ in the instructions that they need.
-// DataMapKernel.h is the users' side: which kernels there are and which one is in use. Nothing here allocates, locks or
-// logs, and nothing is read or written beyond what a function says; source and destination never overlap.
+// The engine that runs plans asks MapKernel_Get() (MapKernelInUse.h) for the kernel in use, on whatever thread maps a
+// line, and calls its functions; nobody else does. The scalar kernel is the definition: every other leaves the same
+// bytes, with other instructions. DataMapKernel.h is the users' side: which kernels there are and which one is in use.
+// Nothing here allocates, locks or logs, and nothing is read or written beyond what a function says; source and
+// destination never overlap.
 #pragma once
 
-#include "DataMap/CpuFeature.h"
-#include "DataMap/FieldPattern.h"
+#include "DataMap/Kernel/CpuFeature.h"
+#include "DataMap/Kernel/FieldPattern.h"
 
 // The most bytes of each row that RowsTranspose takes at once.
 constexpr int transposeByteCountMax = 64;
@@ -19,11 +20,10 @@ constexpr int splitRoom = 64;
 constexpr int quadSrcByteCountMax = 128;
 constexpr int quadRoom = quadSrcByteCountMax / 4;
 
-// ORs the field of one unit into board frames: dst[0 .. dstByteCount - 1] only, frame 0 at dst. `pattern`: the
-// pattern's Begin for the field's place in the frame. `lowestBit`, `mask`: the field's lowest bit and all its bits in
-// that byte. The `srcByteCount` bytes of `src` must be enough for the frames.
-using FieldFunction = void (*)(const unsigned char* pattern, unsigned lowestBit, unsigned mask,
-                               const unsigned char* src, int srcByteCount, unsigned char* dst, int dstByteCount);
+// ORs the field of one unit into board frames: dst[0 .. dstByteCount - 1] only, frame 0 at dst. The `srcByteCount`
+// bytes of `src` must be enough for the frames.
+using FieldFunction = void (*)(const SField& field, const unsigned char* src, int srcByteCount, unsigned char* dst,
+                               int dstByteCount);
 
 // What a field takes from a source byte.
 enum EFieldKind
@@ -35,30 +35,12 @@ enum EFieldKind
     Field_Count
 };
 
-using PairFunction = void (*)(const unsigned char* pattern, unsigned lowestBit, const unsigned char* src,
-                              int srcByteCount, unsigned char* high, unsigned char* low, int dstByteCount);
-// Pairs_Or has a function for each of the first group sizes.
-constexpr int pairGroupSizeCount = 3;
-
-struct SFieldFunctions
-{
-    FieldFunction m_functions[Field_Count][SFieldPattern::groupSizeCount];
-};
-
 // Bytes that Blocks_Cut gives each of the four blocks.
 constexpr int blockRoom = 16;
 
 struct SMapKernel
 {
     const char* m_name;
-
-    // By kind and by the pattern's group size. Null in the scalar kernel: there the table is the road.
-    const SFieldFunctions* m_pField_Or;
-
-    // ORs the fields of one unit into the frames of both planes of a line of 2-bit pixels, `dstByteCount` bytes each.
-    // `pattern`: Begin of a pair pattern, `lowestBit`: the lower bit of the field in its byte. By the
-    // pattern's group size. Null in kernels that have no better way than Planes_Split and a field of 2-bit pixels.
-    const PairFunction* m_pPairs_Or;
 
     // Transposes 8 rows of pixels: bit 7 - r of dst[p] becomes pixel p of rows[r], with bSwapPairs pixel p ^ 1. Bytes
     // `offset` to `offset + byteCount - 1` of each row are read, 1 to transposeByteCountMax; a null row has no pixel
@@ -90,6 +72,9 @@ struct SMapKernel
     // Every nibble of `src`, the high one first, becomes the byte that `table` (16 bytes) has for it: 2 x byteCount
     // bytes in `dst`, whose room is rounded up to splitRoom.
     void (*m_pNibbles_Expand)(const unsigned char* table, const unsigned char* src, int byteCount, unsigned char* dst);
+
+    // By kind and by the pattern's group size; those that no pattern of the kind has are as good as any.
+    FieldFunction m_pField_Or[Field_Count][SFieldPattern::groupSizeCount];
 };
 
 // The kernels, one per source file. Calling a function of one whose instructions the processor lacks ends the program.

@@ -1,7 +1,7 @@
 // The kernel for processors with vectors of 16 bytes (SSSE3). The build compiles this file, and no other
 // code, with these instructions; MapKernel_Get() hands it out only where they can run.
-#include "DataMap/Vector16.h"
-#include "DataMap/VectorKernel.h"
+#include "DataMap/Kernel/Vector16.h"
+#include "DataMap/Kernel/VectorKernel.h"
 
 namespace
 {

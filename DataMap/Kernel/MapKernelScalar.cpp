@@ -1,8 +1,7 @@
 // The scalar kernel: the definition of every inner loop, in standard C++ for any processor.
 //
-// Its one liberty is to transpose the bits of eight bytes inside one 64-bit word. The spreading of one unit's field is
-// not here: without vectors nothing is faster than the map's table.
-#include "DataMap/MapKernel.h"
+// Its one liberty is to transpose the bits of eight bytes inside one 64-bit word.
+#include "DataMap/Kernel/MapKernel.h"
 
 #include <cstdint>
 
@@ -141,8 +140,60 @@ void Nibbles_Expand(const unsigned char* table, const unsigned char* src, int by
         dst[2 * i + 1] = table[src[i] % 16];
     }
 }
+
+// What the pixel at `shift` of a source byte sets in the field.
+template<EFieldKind kind>
+unsigned Pixel_Field(const SField& field, unsigned sourceByte, int shift)
+{
+    return kind == Field_TwoBit ? (sourceByte >> shift & 3U) << field.m_lowestBit
+                                : (sourceByte >> shift & 1U) * field.m_mask;
+}
+
+template<EFieldKind kind>
+void Field_Or(const SField& field, const unsigned char* src, int /*srcByteCount*/, unsigned char* dst, int dstByteCount)
+{
+    constexpr int columnCount = kind == Field_Block ? 4 : 1;
+    constexpr int bitCount = kind == Field_TwoBit ? 2 : 1;
+    constexpr int pixelCount = 8 / bitCount; // of a source byte
+    const int frameByteCount = field.m_pattern.m_frameByteCount;
+    const int flip = field.m_pattern.m_bSwapPairs ? 1 : 0;
+    for (int column = 0; column < columnCount; ++column)
+    {
+        const unsigned char* source = src + column;
+        int position = field.m_byteOffset + column;
+        for (; position + (pixelCount - 1) * frameByteCount < dstByteCount; source += columnCount)
+        {
+            unsigned char* out = dst + position;
+            for (int pixel = 0; pixel < pixelCount; ++pixel)
+            {
+                const unsigned value = Pixel_Field<kind>(field, *source, 8 - bitCount * ((pixel ^ flip) + 1));
+                *out = static_cast<unsigned char>(*out | value);
+                out += frameByteCount;
+            }
+            position += pixelCount * frameByteCount;
+        }
+        for (int pixel = 0; position < dstByteCount; ++pixel)
+        {
+            const unsigned value = Pixel_Field<kind>(field, *source, 8 - bitCount * ((pixel ^ flip) + 1));
+            dst[position] = static_cast<unsigned char>(dst[position] | value);
+            position += frameByteCount;
+        }
+    }
+}
+
+constexpr SMapKernel Kernel_Make()
+{
+    SMapKernel kernel = {"scalar",    Rows_Transpose, Columns_Or,        Columns_Store,  Planes_Split,
+                         Quads_Split, Blocks_Cut,     Blocks_Interleave, Nibbles_Expand, {}};
+    for (int size = 0; size < SFieldPattern::groupSizeCount; ++size)
+    {
+        kernel.m_pField_Or[Field_OneBit][size] = Field_Or<Field_OneBit>;
+        kernel.m_pField_Or[Field_Double][size] = Field_Or<Field_Double>;
+        kernel.m_pField_Or[Field_TwoBit][size] = Field_Or<Field_TwoBit>;
+        kernel.m_pField_Or[Field_Block][size] = Field_Or<Field_Block>;
+    }
+    return kernel;
+}
 } // namespace
 
-const SMapKernel mapKernelScalar = {"scalar",   nullptr,           nullptr,       Rows_Transpose,
-                                    Columns_Or, Columns_Store,     Planes_Split,  Quads_Split,
-                                    Blocks_Cut, Blocks_Interleave, Nibbles_Expand};
+constinit const SMapKernel mapKernelScalar = Kernel_Make();

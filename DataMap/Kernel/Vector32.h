@@ -1,7 +1,7 @@
 // Vectors of 32 bytes for the kernel files (AVX2 and above); what is said in Vector16.h holds here too.
 #pragma once
 
-#include "DataMap/Vector16.h"
+#include "DataMap/Kernel/Vector16.h"
 
 template<class TTag>
 struct SVector32

@@ -4,7 +4,7 @@
 // because the files of the kernels must not see anything inline that other code shares.
 #pragma once
 
-#include "DataMap/MapKernel.h"
+#include "DataMap/Kernel/MapKernel.h"
 
 #include <atomic>
 

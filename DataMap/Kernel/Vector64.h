@@ -1,7 +1,7 @@
 // Vectors of 64 bytes for the kernel files (AVX-512 F, BW, DQ and VL); what is said in Vector16.h holds here too.
 #pragma once
 
-#include "DataMap/Vector32.h"
+#include "DataMap/Kernel/Vector32.h"
 
 template<class TTag>
 struct SVector64

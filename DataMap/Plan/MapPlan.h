@@ -1,0 +1,90 @@
+// What a data map does with a line, as data: which cut of the line goes where in the board line.
+//
+// A plan says the same as the look-ups in a map's table, in a form that can be run many pixels at a time. It is there
+// for maps of exactly the library's own classes, and only while the object's content says so: MapPlan.cpp derives it
+// from what the map is now, not from how it was initialised. A line generator makes one for a band, MapData_Line one
+// for a line, on their stacks; MapEngine.h runs it. A map without a plan is mapped by its own MapData_Line.
+#pragma once
+
+#include "DataMap/Kernel/MapKernel.h"
+
+#include <typeinfo>
+
+class CPrintUnitDataMap_Base;
+struct SSrcBandDataParam;
+
+// How a line is cut into strips. A strip is what goes to one place in every board frame.
+enum EMapCut
+{
+    Cut_Line,    // not at all: the line itself is the strip, or all strips of its unit
+    Cut_Planes,  // 2-bit pixels: their high bits, their low bits
+    Cut_Quads,   // pairs of 2-bit pixels: the first pixels, the second ones; of each first the high bits, then the low
+    Cut_Blocks,  // 400 pixels: four blocks of 100, in ascending or descending order
+    Cut_Nibbles, // every four 1-bit pixels become a byte, by the map's table
+};
+
+enum EMapTarget
+{
+    Target_Rows,    // a strip is one bit of every frame, ORed
+    Target_Columns, // a strip is one byte of every frame, stored
+};
+
+// What tells one style from another. Rows are counted from the most significant bit of the frame's first byte, columns
+// from its first byte.
+struct SMapStyle
+{
+    const std::type_info& m_class;
+    EMapCut m_cut;
+    EMapTarget m_target;
+    int m_firstStrip; // the first of unit 0
+    int m_stripStep;  // from a unit's first to the next unit's
+    int m_stripCount; // of one unit, side by side
+    int m_frameCount; // frames that a table entry holds, or that a source byte makes
+    int m_entryCount; // table entries of a unit, the last of them with every pixel set; 0: the table does not matter
+    int m_lineRunMin; // from so many lines on, all at once is faster than one after the other
+    EFieldKind m_fieldKind = Field_OneBit;
+    const SFieldPattern* const* m_pPatterns = nullptr; // for one line alone: by the bytes of a frame
+    bool m_bSwapPairs = false;                         // pixel k goes to frame k ^ 1
+
+    // Of two board planes, each half of the line, a strip has the first half of its bits for one, the second for other.
+    int PlaneCount() const { return m_cut == Cut_Quads ? 2 : 1; }
+    // Columns of a frame into which eight rows go side by side.
+    int ColumnsPerGroup() const { return m_cut == Cut_Blocks ? 4 : 1; }
+};
+
+struct SMapPlan
+{
+    // The most of a frame for which all lines can be mapped at once.
+    static constexpr int rowBytesMax = 32;
+    static constexpr int columnCountMax = 256;
+    static constexpr int stripCountMax = 256;
+
+    // Not there.
+    SMapPlan() = default;
+    // Of `map` as it is now. The plan is good for as long as the map lives and is not initialised again.
+    explicit SMapPlan(const CPrintUnitDataMap_Base& map);
+    // The same for maps of one style, which need not be one of the library's.
+    SMapPlan(const CPrintUnitDataMap_Base& map, const SMapStyle& style);
+
+    bool IsThere() const { return m_pStyle != nullptr; }
+    bool HasUnit(int unitIndex) const { return static_cast<unsigned>(unitIndex) < static_cast<unsigned>(m_unitCount); }
+    int Strip(int unitIndex) const { return m_pStyle->m_firstStrip + m_pStyle->m_stripStep * unitIndex; }
+
+    // With two planes: what the line has behind its whole source bytes, by look-up, in both.
+    void Tail_Or(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst, int dstByteCount) const;
+
+    const SMapStyle* m_pStyle = nullptr; // null: the map has no plan
+    const CPrintUnitDataMap_Base* m_pMap = nullptr;
+    int m_frameByteCount = 0; // bytes of a frame; with two planes, of a frame in each
+    int m_unitCount = 0;
+    unsigned char m_nibbles[16] = {}; // what Cut_Nibbles makes of every four pixels
+
+private:
+    bool Style_Fits(const SMapStyle& style);
+    bool Rows_Fit(const SMapStyle& style);
+    bool Columns_Fit(const SMapStyle& style);
+};
+
+// True for a map of exactly one of the library's own styles: all its lines cost the same, and none of them fails. A
+// client's class, one derived from a style too, may do anything in a line.
+bool MapStyle_IsOwn(const CPrintUnitDataMap_Base& map);
