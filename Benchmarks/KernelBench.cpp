@@ -7,6 +7,7 @@
 // --kernel it measures the kernel that the library chose.
 #include "Benchmarks/KernelLimits.h"
 #include "DataMap/DataMapKernel.h"
+#include "DataMap/Plan/MapEngine.h"
 #include "DataMap/PrintUnitDataMap_03.h"
 #include "DataMap/PrintUnitDataMap_03_01.h"
 #include "DataMap/PrintUnitDataMap_1.h"
@@ -111,7 +112,7 @@ SPairTimes Pair_Measure(const SOptions& options, const Work& work, const Work& l
 struct SLineSet
 {
     SLineSet(std::unique_ptr<CPrintUnitDataMap_Base> dataMap, int unitCount, int srcBitCount, int dstBytes)
-        : map(std::move(dataMap)), dst(static_cast<std::size_t>(dstBytes) + 64)
+        : map(std::move(dataMap)), plan(MapPlan_Get(*map)), dst(static_cast<std::size_t>(dstBytes) + 64)
     {
         std::mt19937 random(1);
         for (int unit = 0; unit < unitCount; ++unit)
@@ -145,9 +146,14 @@ struct SLineSet
             map->MapData_Line(line.m_param, line.m_pLine, board, boardBytes);
         }
     }
-    void MapAll() const { map->MapData_Line_AllInput(lines.data(), static_cast<int>(lines.size()), board, boardBytes); }
+    // With a plan that was made before, as a line generator has one.
+    void MapAll() const
+    {
+        CMapEngine::Lines_Map(plan, lines.data(), static_cast<int>(lines.size()), board, boardBytes);
+    }
 
     std::unique_ptr<CPrintUnitDataMap_Base> map;
+    SMapPlan plan;
     std::vector<Bytes> sources;
     std::vector<SSrcBandLine> lines;
     Bytes dst;
@@ -386,7 +392,7 @@ void Memory_Measure(const SOptions& options)
             {
                 set.lines[unit].m_pLine = bands[unit].data() + line * srcStride;
             }
-            set.map->MapData_Line_AllInput(set.lines.data(), 16, board.data() + line * dstStride, dstStride);
+            CMapEngine::Lines_Map(set.plan, set.lines.data(), 16, board.data() + line * dstStride, dstStride);
         }
     };
     std::vector<double> mapTimes;

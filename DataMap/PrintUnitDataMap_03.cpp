@@ -33,7 +33,7 @@ CPrintUnitDataMap_03::~CPrintUnitDataMap_03() = default;
 bool CPrintUnitDataMap_03::MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                                         int dstByteCount) const
 {
-    if (CMapEngine::Line_Map(SMapPlan(*this), param, src, dst, dstByteCount))
+    if (CMapEngine::Line_Map<Line_Blocks>(*this, param, src, dst, dstByteCount))
     {
         return true;
     }

@@ -42,7 +42,7 @@ bool CPrintUnitDataMap_03_01::MapData_Line(const SSrcBandDataParam& param, const
         MapData_Line_Bit_400(param, src, dst, dstByteCount);
         break;
     default:
-        if (!CMapEngine::Line_Map(SMapPlan(*this), param, src, dst, dstByteCount))
+        if (!CMapEngine::Line_Map<Line_BlockColumns>(*this, param, src, dst, dstByteCount))
         {
             MapData_Line_Normal(param, src, dst, dstByteCount);
         }

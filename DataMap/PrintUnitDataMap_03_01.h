@@ -67,6 +67,6 @@ private:
     static constexpr int bitMode400 = 4; // one 400-bit block
     std::int32_t m_bitMode = bitMode8;   // nothing in the class changes it
 
-    friend struct SMapPlan;
+    friend struct SMapReader;
     friend struct SMapTestAccess;
 };

@@ -69,7 +69,7 @@ const unsigned char* CPrintUnitDataMap_8::ByteMapData_Buffer(int unitIndex, int 
 bool CPrintUnitDataMap_8::MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                                        int dstByteCount) const
 {
-    if (CMapEngine::Line_Map(SMapPlan(*this), param, src, dst, dstByteCount))
+    if (CMapEngine::Line_Map<Line_Planes>(*this, param, src, dst, dstByteCount))
     {
         return true;
     }

@@ -116,6 +116,6 @@ private:
     void MapData_Line_Table(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                             int dstByteCount) const;
 
-    friend struct SMapPlan;
+    friend struct SMapReader;
     friend struct SMapTestAccess;
 };

@@ -82,7 +82,7 @@ bool CUnit2Board_Line::ProcessState_Run()
 bool CUnit2Board_Line::CustomParam_Make()
 {
     m_pCustomParam = m_pDataMap->CustomParam_Create();
-    m_plan = SMapPlan(*m_pDataMap);
+    m_plan = MapPlan_Get(*m_pDataMap);
     m_processState = State_TakeLine;
     return true;
 }

@@ -1,7 +1,7 @@
 // How the pixels of one unit spread over board frames, byte by byte: what a kernel needs to know to place them.
 //
-// The patterns are constant tables, made by the compiler. Whoever maps a line adds what belongs to the unit, which
-// makes it a field; the kernels read both from any thread.
+// The patterns are constant tables, made by the compiler. Whoever maps a line picks one and adds the unit's place in
+// the frame; the kernels read them from any thread.
 #pragma once
 
 // For each board byte from the first frame's field byte on: where its pixel comes from.
@@ -27,15 +27,6 @@ struct SFieldPattern
     int m_groupSizeIndex;
     int m_frameByteCount;
     bool m_bSwapPairs; // pixel k is in frame k ^ 1
-};
-
-// The field of one unit.
-struct SField
-{
-    const SFieldPattern& m_pattern;
-    int m_byteOffset;     // the frame's byte that has the field, or the first of them
-    unsigned m_lowestBit; // of the field in that byte
-    unsigned m_mask;      // all bits of the field in that byte
 };
 
 // By the bytes of a frame, 0 to frameByteCountMax; null for frames without a pattern. There are patterns for frames of

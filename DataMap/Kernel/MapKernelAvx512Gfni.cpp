@@ -131,27 +131,24 @@ struct SShiftSpread
     static constexpr int vectorCount = vectorCountOf;
     static constexpr bool bDouble = kind == Field_Double;
 
-    explicit SShiftSpread(const SField& field)
+    SShiftSpread(const SFieldPattern& pattern, unsigned place)
     {
-        const unsigned char* pattern = Pattern_Begin<Vector>(field);
-        const unsigned lowestBit = field.m_lowestBit;
-        const Type position = Vector::Set(static_cast<unsigned char>(lowestBit));
-        const Type target = Vector::Load(pattern + SFieldPattern::Row_Target * SFieldPattern::size);
+        const SFieldPlace<Vector, kind> field(pattern, place);
+        const Type position = Vector::Set(static_cast<unsigned char>(field.m_lowestBit));
+        const Type target = field.Row_Load(SFieldPattern::Row_Target, 0);
         if constexpr (bDouble)
         {
             // Row 7 - i of a matrix says which bits of the byte make bit i of the product.
             m_target = _mm512_movepi8_mask(target);
-            m_field = Vector::Set_Word(std::uint64_t{0x0101} << (8 * (6 - lowestBit) + lowestBit));
+            m_field = Vector::Set_Word(std::uint64_t{0x0101} << (8 * (6 - field.m_lowestBit) + field.m_lowestBit));
         }
         else
         {
-            m_field = Vector::And(target, Vector::Set(static_cast<unsigned char>(field.m_mask)));
+            m_field = Vector::And(target, field.Mask_Set(0xFF));
         }
         for (int i = 0; i < vectorCount; ++i)
         {
-            const Type bit =
-                Vector::Load(pattern + SFieldPattern::Row_PixelBit * SFieldPattern::size + i * Vector::size);
-            m_shift[i] = _mm512_sub_epi8(bit, position);
+            m_shift[i] = _mm512_sub_epi8(field.Row_Load(SFieldPattern::Row_PixelBit, i * Vector::size), position);
         }
     }
 

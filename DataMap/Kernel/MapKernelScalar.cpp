@@ -141,42 +141,43 @@ void Nibbles_Expand(const unsigned char* table, const unsigned char* src, int by
     }
 }
 
-// What the pixel at `shift` of a source byte sets in the field.
-template<EFieldKind kind>
-unsigned Pixel_Field(const SField& field, unsigned sourceByte, int shift)
+// The pixels of a source byte, one per byte, the first lowest; those of each pair exchanged.
+template<int bitCount>
+constexpr Word Pixels_Spread(unsigned sourceByte, bool bSwapPairs)
 {
-    return kind == Field_TwoBit ? (sourceByte >> shift & 3U) << field.m_lowestBit
-                                : (sourceByte >> shift & 1U) * field.m_mask;
+    Word copies = 0; // each brings its pixel to the place of its byte
+    Word pixelMask = 0;
+    for (int pixel = 0; pixel < 8 / bitCount; ++pixel)
+    {
+        copies |= Word{1} << (8 + bitCount) * pixel;
+        pixelMask |= Word{(1 << bitCount) - 1} << 8 * pixel;
+    }
+    const Word pixels = (copies * sourceByte) >> (8 - bitCount) & pixelMask;
+    constexpr Word evenBytes = 0x00FF00FF00FF00FFU;
+    return bSwapPairs ? (pixels & evenBytes) << 8 | (pixels >> 8 & evenBytes) : pixels;
 }
 
 template<EFieldKind kind>
-void Field_Or(const SField& field, const unsigned char* src, int /*srcByteCount*/, unsigned char* dst, int dstByteCount)
+void Field_Or(const SFieldPattern& pattern, unsigned place, const unsigned char* src, int /*srcByteCount*/,
+              unsigned char* dst, int dstByteCount)
 {
     constexpr int columnCount = kind == Field_Block ? 4 : 1;
     constexpr int bitCount = kind == Field_TwoBit ? 2 : 1;
-    constexpr int pixelCount = 8 / bitCount; // of a source byte
-    const int frameByteCount = field.m_pattern.m_frameByteCount;
-    const int flip = field.m_pattern.m_bSwapPairs ? 1 : 0;
+    constexpr unsigned pixelField = kind == Field_Double ? 0b11 : 0b01; // what a pixel of 1 sets
+    constexpr int pixelCount = 8 / bitCount;                            // of a source byte
+    const int frameByteCount = pattern.m_frameByteCount;
     for (int column = 0; column < columnCount; ++column)
     {
-        const unsigned char* source = src + column;
-        int position = field.m_byteOffset + column;
-        for (; position + (pixelCount - 1) * frameByteCount < dstByteCount; source += columnCount)
+        int position = static_cast<int>(place / 8) + column;
+        for (const unsigned char* source = src + column; position < dstByteCount; source += columnCount)
         {
-            unsigned char* out = dst + position;
-            for (int pixel = 0; pixel < pixelCount; ++pixel)
+            Word fields = Pixels_Spread<bitCount>(*source, pattern.m_bSwapPairs) * (pixelField << place % 8);
+            for (int pixel = 0; pixel < pixelCount && position < dstByteCount; ++pixel)
             {
-                const unsigned value = Pixel_Field<kind>(field, *source, 8 - bitCount * ((pixel ^ flip) + 1));
-                *out = static_cast<unsigned char>(*out | value);
-                out += frameByteCount;
+                dst[position] = static_cast<unsigned char>(dst[position] | fields);
+                position += frameByteCount;
+                fields >>= 8;
             }
-            position += pixelCount * frameByteCount;
-        }
-        for (int pixel = 0; position < dstByteCount; ++pixel)
-        {
-            const unsigned value = Pixel_Field<kind>(field, *source, 8 - bitCount * ((pixel ^ flip) + 1));
-            dst[position] = static_cast<unsigned char>(dst[position] | value);
-            position += frameByteCount;
         }
     }
 }

@@ -6,31 +6,49 @@
 
 #include <cstdint>
 
-// The pattern's first row for frames whose field stands where this one does; the other rows are `size` bytes apart.
-template<class V>
-const unsigned char* Pattern_Begin(const SField& field)
+// A field's place, taken apart.
+template<class V, EFieldKind kind>
+struct SFieldPlace
 {
-    return field.m_pattern.m_rows[0] + SFieldPattern::lead - field.m_byteOffset;
-}
+    SFieldPlace(const SFieldPattern& pattern, unsigned place)
+        : m_pPattern(pattern.m_rows[0] + SFieldPattern::lead - place / 8), m_lowestBit(place % 8)
+    {
+    }
+
+    // A row of the pattern, from the first frame's first byte on.
+    typename V::Type Row_Load(SFieldPattern::ERow row, int offset) const
+    {
+        return V::Load(m_pPattern + row * SFieldPattern::size + offset);
+    }
+    // All bits of the field in its byte, as far as they are among `bits`.
+    typename V::Type Mask_Set(unsigned bits) const
+    {
+        constexpr unsigned field = kind == Field_OneBit || kind == Field_Block ? 0b01 : 0b11;
+        return V::Set(static_cast<unsigned char>((field << m_lowestBit) & bits));
+    }
+
+    const unsigned char* m_pPattern;
+    unsigned m_lowestBit;
+};
 
 // Spreads a field by choosing a source byte for each board byte and testing its pixel there: `vectorCount` vectors from
 // the same source bytes. Two-bit pixels are tested bit by bit.
-template<class V, int vectorCountOf, bool bTwoBit>
+template<class V, int vectorCountOf, EFieldKind kind>
 struct SSelectSpread
 {
     using Type = typename V::Type;
     static constexpr int vectorCount = vectorCountOf;
+    static constexpr bool bTwoBit = kind == Field_TwoBit;
 
-    explicit SSelectSpread(const SField& field)
+    SSelectSpread(const SFieldPattern& pattern, unsigned place)
     {
-        const unsigned char* pattern = Pattern_Begin<V>(field);
-        const unsigned mask = field.m_mask;
-        m_source = V::Load(pattern + SFieldPattern::Row_Source * SFieldPattern::size);
-        m_value = V::Set(static_cast<unsigned char>(bTwoBit ? mask & 0xAA : mask));
-        m_lowValue = V::Set(static_cast<unsigned char>(mask & 0x55));
+        const SFieldPlace<V, kind> field(pattern, place);
+        m_source = field.Row_Load(SFieldPattern::Row_Source, 0);
+        m_value = field.Mask_Set(bTwoBit ? 0xAA : 0xFF);
+        m_lowValue = field.Mask_Set(0x55);
         for (int i = 0; i < vectorCount; ++i)
         {
-            const Type bits = V::Load(pattern + SFieldPattern::Row_PixelMask * SFieldPattern::size + i * V::size);
+            const Type bits = field.Row_Load(SFieldPattern::Row_PixelMask, i * V::size);
             m_bits[i] = bTwoBit ? V::And(bits, V::Set(0xAA)) : bits;
             m_lowBits[i] = V::And(bits, V::Set(0x55));
         }
@@ -70,10 +88,10 @@ struct SFieldLoop
         }
     }
 
-    static void Or(const SField& field, const unsigned char* src, int srcByteCount, unsigned char* dst,
-                   int dstByteCount)
+    static void Or(const SFieldPattern& pattern, unsigned place, const unsigned char* src, int srcByteCount,
+                   unsigned char* dst, int dstByteCount)
     {
-        const TSpread spread(field);
+        const TSpread spread(pattern, place);
         int stepCount = dstByteCount > 0 ? static_cast<int>(static_cast<unsigned>(dstByteCount) / stepByteCount) : 0;
         const int rest = dstByteCount - stepCount * stepByteCount;
         int spare = srcByteCount - 8; // source bytes behind the 8 that a step loads; below 0 it may not load them
@@ -168,6 +186,6 @@ template<class V>
 struct SSelectField
 {
     template<int vectorCount, EFieldKind kind>
-    using Spread = SSelectSpread<V, vectorCount, kind == Field_TwoBit>;
+    using Spread = SSelectSpread<V, vectorCount, kind>;
     using Kernel = SFieldKernel<V, Spread>;
 };

@@ -4,10 +4,12 @@
 
 #include "Compiler/KelCompiler.h"
 #include "DataMap/Kernel/MapKernelInUse.h"
-#include "DataMap/PrintUnitDataMap_Base.h"
+#include "DataMap/Plan/MapStyles.h"
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
+#include <utility>
 
 namespace
 {
@@ -43,10 +45,10 @@ int BoardBytes_Clipped(int lineBitCount, int entrySize, int dstByteCount)
                                                         : whole + std::clamp(dstByteCount - whole, 0, entrySize);
 }
 
-void Lines_OneByOne(const SMapPlan& plan, const SSrcBandLine* lines, int lineCount, unsigned char* dst,
+void Lines_OneByOne(const SMapPlan& plan, const SSrcBandLine* first, const SSrcBandLine* end, unsigned char* dst,
                     int dstByteCount)
 {
-    for (const SSrcBandLine* line = lines; line != lines + lineCount; ++line)
+    for (const SSrcBandLine* line = first; line != end; ++line)
     {
         plan.m_pMap->MapData_Line(line->m_param, line->m_pLine, dst, dstByteCount);
     }
@@ -58,72 +60,85 @@ template<EMapCut cut, EMapTarget target>
 class CLineRun
 {
 public:
-    explicit CLineRun(const SMapPlan& plan) : m_plan(plan), m_style(*plan.m_pStyle), m_kernel(MapKernel_Get()) {}
+    explicit CLineRun(const SMapPlan& plan) : m_plan(plan), m_style(*plan.m_pStyle), m_kernel(MapKernel_Get())
+    {
+        for (int nibble = 0; nibble < 16 && cut == Cut_Nibbles; ++nibble)
+        {
+            m_nibbles[nibble] = plan.m_pMap->AllMapData_Get()[2 * nibble + 1];
+        }
+    }
 
     // Maps all lines, as many at once as go together. A line that shares its place with an earlier one, or differs in
     // length, begins the next run, so that the bytes are those of one line after the other.
     void Lines_Map(const SSrcBandLine* lines, int lineCount, unsigned char* dst, int dstByteCount)
     {
-        int next = 0;
-        while (next < lineCount)
+        const SSrcBandLine* const end = lines + lineCount;
+        while (lines != end)
         {
-            const SSrcBandLine* first = lines + next;
-            Begin(*first);
-            while (next < lineCount && Line_Add(lines[next]))
+            const SSrcBandLine* first = lines;
+            lines = Run_Collect(first, end);
+            if (lines - first >= m_style.m_lineRunMin)
             {
-                if (m_lineBitCount <= srcLineBitMax)
-                {
-                    KEL_PREFETCH(lines[next].m_pLine + srcAhead);
-                }
-                ++next;
-            }
-            if (m_lineCount >= m_style.m_lineRunMin)
-            {
+                m_lineCount = static_cast<int>(lines - first);
                 Run_Map(first, dst, dstByteCount);
                 continue;
             }
-            next = std::max(next, static_cast<int>(first - lines) + 1);
-            Lines_OneByOne(m_plan, first, static_cast<int>(lines + next - first), dst, dstByteCount);
+            lines = std::max(lines, first + 1);
+            Lines_OneByOne(m_plan, first, lines, dst, dstByteCount);
         }
     }
 
 private:
     static constexpr int planeCount = cut == Cut_Quads ? 2 : 1;
     static constexpr int columnsPerGroup = cut == Cut_Blocks ? blockCount : 1;
-    static constexpr int pieceSize = 2 * transposeByteCountMax; // of one line, all its strips
+    // What is cut out of a line: the strips, and the bytes of all of them.
+    static constexpr int cutCount = cut == Cut_Planes || cut == Cut_Quads           ? 2
+                                    : cut == Cut_Blocks && target == Target_Columns ? blockCount
+                                                                                    : 1;
+    static constexpr int pieceSize = (cut == Cut_Blocks ? 1 : 2) * transposeByteCountMax;
 
-    // A new run whose first line this will be; nothing has been added yet.
-    void Begin(const SSrcBandLine& line)
+    // Sets the strips of the lines from `first` on, up to one that cannot join those before it. Returns that one.
+    const SSrcBandLine* Run_Collect(const SSrcBandLine* first, const SSrcBandLine* end)
     {
         std::fill_n(m_strips, (target == Target_Rows ? 8 : 1) * m_plan.m_frameByteCount, nullptr);
-        m_lineBitCount = line.m_param.m_lineBitCount;
-        m_lineCount = 0;
+        m_lineBitCount = first->m_param.m_lineBitCount;
+        const SSrcBandLine* line = first;
+        while (line != end && Strips_Set(*line, m_pieces[cut == Cut_Line ? 0 : line - first]))
+        {
+            if (m_lineBitCount <= srcLineBitMax)
+            {
+                KEL_PREFETCH(line->m_pLine + srcAhead);
+            }
+            ++line;
+        }
+        return line;
     }
 
-    // False if the line cannot join those added so far, or no run at all.
-    bool Line_Add(const SSrcBandLine& line)
+    // `piece`: where the line's strips will be cut out to. False if the line cannot join the run, or no run at all.
+    bool Strips_Set(const SSrcBandLine& line, const unsigned char* piece)
     {
-        const SSrcBandDataParam& param = line.m_param;
-        if (!m_plan.HasUnit(param.m_unitIndex) || (cut != Cut_Blocks && param.m_lineBitCount != m_lineBitCount))
+        const int unit = line.m_param.m_unitIndex;
+        if (!m_plan.HasUnit(unit) || (cut != Cut_Blocks && line.m_param.m_lineBitCount != m_lineBitCount))
         {
             return false;
         }
-        const unsigned char** strips = m_strips + m_plan.Strip(param.m_unitIndex);
+        const unsigned char** strips = m_strips + (target == Target_Columns ? cutCount * unit : m_plan.Strip(unit));
         if (strips[0] != nullptr)
         {
             return false;
         }
-        const unsigned char* strip = cut == Cut_Line ? line.m_pLine : m_pieces[m_lineCount];
-        constexpr int distance = cut == Cut_Line ? 0 : cut == Cut_Blocks ? blockRoom : transposeByteCountMax;
-        for (int i = 0; i < m_style.m_stripCount; ++i)
+        for (int i = 0; i < cutCount; ++i)
         {
-            strips[i] = strip + i * distance;
+            strips[i] = cut == Cut_Line ? line.m_pLine : piece + i * (pieceSize / cutCount);
         }
-        ++m_lineCount;
+        if (cut == Cut_Line && target == Target_Rows)
+        {
+            strips[m_style.m_stripCount - 1] = line.m_pLine; // a unit may have two
+        }
         return true;
     }
 
-    // The lines that were added, from `lines` on.
+    // The run's lines, from `lines` on.
     void Run_Map(const SSrcBandLine* lines, unsigned char* dst, int dstByteCount)
     {
         if constexpr (target == Target_Rows)
@@ -139,7 +154,7 @@ private:
     void Rows_Map(const SSrcBandLine* lines, unsigned char* dst, int dstByteCount)
     {
         constexpr int step = (cut == Cut_Planes || cut == Cut_Quads ? 2 : 1) * transposeByteCountMax; // source bytes
-        const int entrySize = m_style.m_frameCount * m_plan.m_frameByteCount;
+        const int entrySize = m_plan.EntrySize();
         int srcByteCount = (m_lineBitCount + 7) / 8;
         int byteCount = 0; // of the board line, or of each plane
         if constexpr (cut == Cut_Blocks)
@@ -167,7 +182,7 @@ private:
         {
             for (int i = 0; i < m_lineCount && m_lineBitCount % 8 > 0; ++i)
             {
-                m_plan.Tail_Or(lines[i].m_param, lines[i].m_pLine, dst, dstByteCount);
+                SMapReader::Tail_Or(m_plan, lines[i].m_param, lines[i].m_pLine, dst, dstByteCount);
             }
         }
     }
@@ -220,7 +235,7 @@ private:
                 m_kernel.m_pBlocks_Cut(src, IsAscending(lines[i].m_param), piece);
                 break;
             default:
-                m_kernel.m_pNibbles_Expand(m_plan.m_nibbles, src, byteCount, piece);
+                m_kernel.m_pNibbles_Expand(m_nibbles, src, byteCount, piece);
                 break;
             }
         }
@@ -288,6 +303,7 @@ private:
     const SMapKernel& m_kernel;
     int m_lineBitCount = 0;
     int m_lineCount = 0;
+    unsigned char m_nibbles[16]; // what every four pixels become
     const unsigned char* m_strips[SMapPlan::stripCountMax];
     alignas(64) unsigned char m_pieces[cut == Cut_Line ? 1 : SMapPlan::stripCountMax][pieceSize]; // by line
 };
@@ -299,23 +315,23 @@ void Lines_MapSo(const SMapPlan& plan, const SSrcBandLine* lines, int lineCount,
 }
 
 // One line whose blocks are columns: four neighbouring bytes of every frame.
-void Blocks_Store(const SMapKernel& kernel, const SMapPlan& plan, const SSrcBandDataParam& param,
-                  const unsigned char* src, unsigned char* dst)
+void Blocks_Store(const SMapKernel& kernel, bool bAscending, const unsigned char* src, unsigned char* dst,
+                  int frameByteCount)
 {
     unsigned char columns[blockCount * blockRoom];
-    kernel.m_pBlocks_Interleave(src, IsAscending(param), columns);
-    unsigned char* out = dst + plan.Strip(param.m_unitIndex);
+    kernel.m_pBlocks_Interleave(src, bAscending, columns);
     for (int i = 0; i < blockByteCount; ++i)
     {
-        std::memcpy(out + i * plan.m_frameByteCount, columns + blockCount * i, blockCount);
+        std::memcpy(dst + i * frameByteCount, columns + blockCount * i, blockCount);
     }
 }
 
 // Both planes of one line's whole source bytes: in each a frame is a field of two neighbouring pixels, as of a map with
 // 2-bit pixels.
-void Planes_Or(const SMapKernel& kernel, FieldFunction Or, const SField& field, const unsigned char* src, int byteCount,
-               int entrySize, unsigned char* dst, int planeDistance)
+void Planes_Or(const SMapKernel& kernel, const SFieldPattern& pattern, unsigned place, const unsigned char* src,
+               int byteCount, int entrySize, unsigned char* dst, int planeDistance)
 {
+    const FieldFunction Or = kernel.m_pField_Or[Field_TwoBit][pattern.m_groupSizeIndex];
     constexpr int pieceSize = 4 * splitRoom; // source bytes
     unsigned char high[pieceSize / 2];
     unsigned char low[pieceSize / 2];
@@ -324,9 +340,84 @@ void Planes_Or(const SMapKernel& kernel, FieldFunction Or, const SField& field, 
         const int count = std::min(pieceSize, byteCount - done);
         unsigned char* out = dst + done * entrySize;
         kernel.m_pPlanes_Split(src + done, count, high, low);
-        Or(field, high, (count + 1) / 2, out, count * entrySize);
-        Or(field, low, (count + 1) / 2, out + planeDistance, count * entrySize);
+        Or(pattern, place, high, (count + 1) / 2, out, count * entrySize);
+        Or(pattern, place, low, (count + 1) / 2, out + planeDistance, count * entrySize);
     }
+}
+
+// A style that the compiler knows.
+template<std::size_t index>
+struct SKnownStyle
+{
+    constexpr const SMapStyle* operator->() const { return &mapStyles[index]; }
+    constexpr const SMapStyle& operator*() const { return mapStyles[index]; }
+};
+
+template<class TStyle>
+bool Line_MapAs(TStyle style, const CPrintUnitDataMap_Base& map, const SSrcBandDataParam& param,
+                const unsigned char* src, unsigned char* dst, int dstByteCount)
+{
+    constexpr EMapCut cut = TStyle
+    {
+        } -> m_cut;
+    const SMapPlan plan = style->m_pIsOf(map) ? SMapReader::Plan_Get(map, style) : SMapPlan{};
+    if (!plan.IsThere() || !plan.HasUnit(param.m_unitIndex))
+    {
+        return false;
+    }
+    const SMapKernel& kernel = MapKernel_Get();
+    const auto strip = static_cast<unsigned>(style->m_firstStrip + style->m_stripStep * param.m_unitIndex);
+    if constexpr (TStyle {} -> m_target == Target_Columns)
+    {
+        Blocks_Store(kernel, IsAscending(param), src, dst + strip, plan.m_frameByteCount);
+        return true;
+    }
+    const int frameByteCount = plan.m_frameByteCount;
+    const SFieldPattern* pattern =
+        frameByteCount <= SFieldPatterns::frameByteCountMax ? style->m_pPatterns[frameByteCount] : nullptr;
+    if (pattern == nullptr)
+    {
+        return false;
+    }
+    const unsigned lowestBit = 8 - strip % 8 - static_cast<unsigned>(style->m_stripCount);
+    const unsigned place = strip / 8 * 8 * static_cast<unsigned>(style->ColumnsPerGroup()) + lowestBit;
+    const FieldFunction Or = kernel.m_pField_Or[style->m_fieldKind][pattern->m_groupSizeIndex];
+    const int entrySize = style->m_frameCount * frameByteCount;
+    if constexpr (cut == Cut_Blocks)
+    {
+        unsigned char columns[blockCount * blockRoom];
+        kernel.m_pBlocks_Interleave(src, IsAscending(param), columns);
+        Or(*pattern, place, columns, sizeof(columns), dst, blockPixelCount * frameByteCount);
+    }
+    else if constexpr (cut == Cut_Quads)
+    {
+        Planes_Or(kernel, *pattern, place, src, param.m_lineBitCount / 8, entrySize, dst, dstByteCount / 2);
+        SMapReader::Tail_Or(plan, param, src, dst, dstByteCount);
+    }
+    else
+    {
+        Or(*pattern, place, src, (param.m_lineBitCount + 7) >> 3, dst,
+           BoardBytes_Clipped(param.m_lineBitCount, entrySize, dstByteCount));
+    }
+    return true;
+}
+
+template<EMapLine line, std::size_t index>
+bool Line_MapIf(const CPrintUnitDataMap_Base& map, const SSrcBandDataParam& param, const unsigned char* src,
+                unsigned char* dst, int dstByteCount)
+{
+    if constexpr (mapStyles[index].Line() == line)
+    {
+        return Line_MapAs(SKnownStyle<index>{}, map, param, src, dst, dstByteCount);
+    }
+    return false;
+}
+
+template<EMapLine line, std::size_t... indices>
+bool Line_MapAny(std::index_sequence<indices...> /*styles*/, const CPrintUnitDataMap_Base& map,
+                 const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst, int dstByteCount)
+{
+    return (Line_MapIf<line, indices>(map, param, src, dst, dstByteCount) || ...);
 }
 } // namespace
 
@@ -341,7 +432,7 @@ void CMapEngine::Lines_Map(const SMapPlan& plan, const SSrcBandLine* lines, int 
     const bool bRows = plan.m_pStyle->m_target == Target_Rows;
     if (plan.m_frameByteCount > (bRows ? SMapPlan::rowBytesMax : SMapPlan::columnCountMax))
     {
-        return Lines_OneByOne(plan, lines, lineCount, dst, dstByteCount);
+        return Lines_OneByOne(plan, lines, lines + lineCount, dst, dstByteCount);
     }
     switch (plan.m_pStyle->m_cut)
     {
@@ -360,51 +451,18 @@ void CMapEngine::Lines_Map(const SMapPlan& plan, const SSrcBandLine* lines, int 
     }
 }
 
-bool CMapEngine::Line_Map(const SMapPlan& plan, const SSrcBandDataParam& param, const unsigned char* src,
+template<EMapLine line>
+bool CMapEngine::Line_Map(const CPrintUnitDataMap_Base& map, const SSrcBandDataParam& param, const unsigned char* src,
                           unsigned char* dst, int dstByteCount)
 {
-    if (!plan.IsThere() || !plan.HasUnit(param.m_unitIndex))
-    {
-        return false;
-    }
-    const SMapStyle& style = *plan.m_pStyle;
-    const SMapKernel& kernel = MapKernel_Get();
-    if (style.m_target == Target_Columns)
-    {
-        if (style.m_cut == Cut_Blocks)
-        {
-            Blocks_Store(kernel, plan, param, src, dst);
-        }
-        return style.m_cut == Cut_Blocks;
-    }
-    const int frameByteCount = plan.m_frameByteCount;
-    const SFieldPattern* pattern =
-        frameByteCount <= SFieldPatterns::frameByteCountMax ? style.m_pPatterns[frameByteCount] : nullptr;
-    if (pattern == nullptr)
-    {
-        return false;
-    }
-    const int strip = plan.Strip(param.m_unitIndex);
-    const int lowestBit = 8 - strip % 8 - style.m_stripCount;
-    const SField field = {*pattern, style.ColumnsPerGroup() * (strip / 8), static_cast<unsigned>(lowestBit),
-                          ((1U << style.m_stripCount) - 1) << lowestBit};
-    const FieldFunction Or = kernel.m_pField_Or[style.m_fieldKind][pattern->m_groupSizeIndex];
-    const int entrySize = style.m_frameCount * frameByteCount;
-    if (style.m_cut == Cut_Blocks)
-    {
-        unsigned char columns[blockCount * blockRoom];
-        kernel.m_pBlocks_Interleave(src, IsAscending(param), columns);
-        Or(field, columns, sizeof(columns), dst, blockPixelCount * frameByteCount);
-    }
-    else if (style.m_cut == Cut_Quads)
-    {
-        Planes_Or(kernel, Or, field, src, param.m_lineBitCount / 8, entrySize, dst, dstByteCount / 2);
-        plan.Tail_Or(param, src, dst, dstByteCount);
-    }
-    else
-    {
-        Or(field, src, (param.m_lineBitCount + 7) >> 3, dst,
-           BoardBytes_Clipped(param.m_lineBitCount, entrySize, dstByteCount));
-    }
-    return true;
+    return Line_MapAny<line>(std::make_index_sequence<std::size(mapStyles)>{}, map, param, src, dst, dstByteCount);
 }
+
+template bool CMapEngine::Line_Map<Line_Table>(const CPrintUnitDataMap_Base&, const SSrcBandDataParam&,
+                                               const unsigned char*, unsigned char*, int);
+template bool CMapEngine::Line_Map<Line_Planes>(const CPrintUnitDataMap_Base&, const SSrcBandDataParam&,
+                                                const unsigned char*, unsigned char*, int);
+template bool CMapEngine::Line_Map<Line_Blocks>(const CPrintUnitDataMap_Base&, const SSrcBandDataParam&,
+                                                const unsigned char*, unsigned char*, int);
+template bool CMapEngine::Line_Map<Line_BlockColumns>(const CPrintUnitDataMap_Base&, const SSrcBandDataParam&,
+                                                      const unsigned char*, unsigned char*, int);

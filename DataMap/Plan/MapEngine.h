@@ -23,7 +23,9 @@ public:
     static void Lines_Map(const SMapPlan& plan, const SSrcBandLine* lines, int lineCount, unsigned char* dst,
                           int dstByteCount);
 
-    // Maps one line. False, with nothing done, if the plan is not there or has no way for this unit's line alone.
-    static bool Line_Map(const SMapPlan& plan, const SSrcBandDataParam& param, const unsigned char* src,
+    // Maps one line, for the MapData_Line that it stands for. False, with nothing done, if the map has no plan there,
+    // or the plan has no way for this unit's line alone.
+    template<EMapLine line>
+    static bool Line_Map(const CPrintUnitDataMap_Base& map, const SSrcBandDataParam& param, const unsigned char* src,
                          unsigned char* dst, int dstByteCount);
 };

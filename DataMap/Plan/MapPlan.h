@@ -3,22 +3,19 @@
 // A plan says the same as the look-ups in a map's table, in a form that can be run many pixels at a time. It is there
 // for maps of exactly the library's own classes, and only while the object's content says so: MapPlan.cpp derives it
 // from what the map is now, not from how it was initialised. A line generator makes one for a band, MapData_Line one
-// for a line, on their stacks; MapEngine.h runs it. A map without a plan is mapped by its own MapData_Line.
+// for a line; MapEngine.h runs it. A map without a plan is mapped by its own MapData_Line.
 #pragma once
 
 #include "DataMap/Kernel/MapKernel.h"
 
-#include <typeinfo>
-
 class CPrintUnitDataMap_Base;
-struct SSrcBandDataParam;
 
 // How a line is cut into strips. A strip is what goes to one place in every board frame.
 enum EMapCut
 {
-    Cut_Line,    // not at all: the line itself is the strip, or all strips of its unit
+    Cut_Line,    // not at all: the line itself is the strip, or every strip of its unit
     Cut_Planes,  // 2-bit pixels: their high bits, their low bits
-    Cut_Quads,   // pairs of 2-bit pixels: the first pixels, the second ones; of each first the high bits, then the low
+    Cut_Quads,   // pairs of 2-bit pixels: the first pixels, the second ones; of each the high bits, then the low bits
     Cut_Blocks,  // 400 pixels: four blocks of 100, in ascending or descending order
     Cut_Nibbles, // every four 1-bit pixels become a byte, by the map's table
 };
@@ -29,11 +26,21 @@ enum EMapTarget
     Target_Columns, // a strip is one byte of every frame, stored
 };
 
+// The MapData_Line that a style has.
+enum EMapLine
+{
+    Line_Table,        // the base's
+    Line_Planes,       // of style 8
+    Line_Blocks,       // of style 03
+    Line_BlockColumns, // of style 03_01
+    Line_Plain,        // one that is as fast as it can be
+};
+
 // What tells one style from another. Rows are counted from the most significant bit of the frame's first byte, columns
 // from its first byte.
 struct SMapStyle
 {
-    const std::type_info& m_class;
+    bool (*m_pIsOf)(const CPrintUnitDataMap_Base& map); // whether the map is of exactly the style's class
     EMapCut m_cut;
     EMapTarget m_target;
     int m_firstStrip; // the first of unit 0
@@ -46,12 +53,20 @@ struct SMapStyle
     const SFieldPattern* const* m_pPatterns = nullptr; // for one line alone: by the bytes of a frame
     bool m_bSwapPairs = false;                         // pixel k goes to frame k ^ 1
 
-    // Of two board planes, each half of the line, a strip has the first half of its bits for one, the second for other.
-    int PlaneCount() const { return m_cut == Cut_Quads ? 2 : 1; }
+    // Board planes, each half of the line: where there are two, the first half of a strip's bits is for the first.
+    constexpr int PlaneCount() const { return m_cut == Cut_Quads ? 2 : 1; }
+    constexpr EMapLine Line() const
+    {
+        return m_target == Target_Columns ? (m_cut == Cut_Blocks ? Line_BlockColumns : Line_Plain)
+               : m_cut == Cut_Blocks      ? Line_Blocks
+               : m_cut == Cut_Quads       ? Line_Planes
+                                          : Line_Table;
+    }
     // Columns of a frame into which eight rows go side by side.
-    int ColumnsPerGroup() const { return m_cut == Cut_Blocks ? 4 : 1; }
+    constexpr int ColumnsPerGroup() const { return m_cut == Cut_Blocks && m_target == Target_Rows ? 4 : 1; }
 };
 
+// What one map does with any line: its style, and the sizes that the map has.
 struct SMapPlan
 {
     // The most of a frame for which all lines can be mapped at once.
@@ -59,31 +74,22 @@ struct SMapPlan
     static constexpr int columnCountMax = 256;
     static constexpr int stripCountMax = 256;
 
-    // Not there.
-    SMapPlan() = default;
-    // Of `map` as it is now. The plan is good for as long as the map lives and is not initialised again.
-    explicit SMapPlan(const CPrintUnitDataMap_Base& map);
-    // The same for maps of one style, which need not be one of the library's.
-    SMapPlan(const CPrintUnitDataMap_Base& map, const SMapStyle& style);
-
     bool IsThere() const { return m_pStyle != nullptr; }
     bool HasUnit(int unitIndex) const { return static_cast<unsigned>(unitIndex) < static_cast<unsigned>(m_unitCount); }
     int Strip(int unitIndex) const { return m_pStyle->m_firstStrip + m_pStyle->m_stripStep * unitIndex; }
-
-    // With two planes: what the line has behind its whole source bytes, by look-up, in both.
-    void Tail_Or(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst, int dstByteCount) const;
+    // Bytes of board data, in each plane, that one source byte becomes.
+    int EntrySize() const { return m_pStyle->m_frameCount * m_frameByteCount; }
 
     const SMapStyle* m_pStyle = nullptr; // null: the map has no plan
     const CPrintUnitDataMap_Base* m_pMap = nullptr;
     int m_frameByteCount = 0; // bytes of a frame; with two planes, of a frame in each
     int m_unitCount = 0;
-    unsigned char m_nibbles[16] = {}; // what Cut_Nibbles makes of every four pixels
-
-private:
-    bool Style_Fits(const SMapStyle& style);
-    bool Rows_Fit(const SMapStyle& style);
-    bool Columns_Fit(const SMapStyle& style);
 };
+
+// The plan of `map` as it is now: good for as long as the map lives and is not initialised again.
+SMapPlan MapPlan_Get(const CPrintUnitDataMap_Base& map);
+// The same for a style that need not be one of the library's; not there if the map is not of its class.
+SMapPlan MapPlan_Get(const CPrintUnitDataMap_Base& map, const SMapStyle& style);
 
 // True for a map of exactly one of the library's own styles: all its lines cost the same, and none of them fails. A
 // client's class, one derived from a style too, may do anything in a line.

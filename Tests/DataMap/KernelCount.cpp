@@ -69,6 +69,7 @@ int main(int argumentCount, char** arguments)
         return 2;
     }
     const CPrintUnitDataMap_Base& map = *board.map;
+    const SMapPlan plan = MapPlan_Get(map); // as a line generator does, once
     const bool bAll = std::string_view(arguments[3]) == "all";
     const int lineBitCount = pixelCount * board.bitsPerPixel;
     // Lines of two planes are described by their bits.
@@ -90,7 +91,7 @@ int main(int argumentCount, char** arguments)
     {
         if (bAll)
         {
-            CMapEngine::Lines_Map(SMapPlan(map), lines.data(), board.unitCount, dst.data(), byteCount);
+            CMapEngine::Lines_Map(plan, lines.data(), board.unitCount, dst.data(), byteCount);
             continue;
         }
         for (const SSrcBandLine& line : lines)
