@@ -2,15 +2,13 @@
 #include "DataMap/PrintUnitDataMap_03.h"
 
 #include "DataMap/OrKernel.h"
-#include "DataMap/Plan/MapEngine.h"
+#include "DataMap/Plan/MapLine.h"
 #include "KelCommon/KelLog.h"
 #include "Platform/Helper/BitOperator.h"
 
 namespace
 {
 // The head geometry of this style.
-constexpr int blockCount = 4;
-constexpr int blockPixelCount = 100;
 
 // The frame position of one block: the byte of the group and block, and in it the bit of the unit.
 int Block_Row(const SSrcBandDataParam& param, int block)
@@ -33,7 +31,7 @@ CPrintUnitDataMap_03::~CPrintUnitDataMap_03() = default;
 bool CPrintUnitDataMap_03::MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                                         int dstByteCount) const
 {
-    if (CMapEngine::Line_Map<Line_Blocks>(*this, param, src, dst, dstByteCount))
+    if (CMapLine::Map<Line_Blocks>(*this, param, src, dst, dstByteCount))
     {
         return true;
     }

@@ -1,7 +1,7 @@
 // Deals a 400-bit line to four board units of a byte-interleaved board line, and the three bit modes beside that.
 #include "DataMap/PrintUnitDataMap_03_01.h"
 
-#include "DataMap/Plan/MapEngine.h"
+#include "DataMap/Plan/MapLine.h"
 #include "KelCommon/KelLog.h"
 #include "Platform/Helper/BitOperator.h"
 
@@ -42,7 +42,7 @@ bool CPrintUnitDataMap_03_01::MapData_Line(const SSrcBandDataParam& param, const
         MapData_Line_Bit_400(param, src, dst, dstByteCount);
         break;
     default:
-        if (!CMapEngine::Line_Map<Line_BlockColumns>(*this, param, src, dst, dstByteCount))
+        if (!CMapLine::Map<Line_BlockColumns>(*this, param, src, dst, dstByteCount))
         {
             MapData_Line_Normal(param, src, dst, dstByteCount);
         }

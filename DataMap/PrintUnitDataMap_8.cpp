@@ -3,7 +3,7 @@
 
 #include "DataMap/BitPosition.h"
 #include "DataMap/OrKernel.h"
-#include "DataMap/Plan/MapEngine.h"
+#include "DataMap/Plan/MapLine.h"
 #include "KelCommon/KelLog.h"
 
 namespace
@@ -69,7 +69,7 @@ const unsigned char* CPrintUnitDataMap_8::ByteMapData_Buffer(int unitIndex, int 
 bool CPrintUnitDataMap_8::MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                                        int dstByteCount) const
 {
-    if (CMapEngine::Line_Map<Line_Planes>(*this, param, src, dst, dstByteCount))
+    if (CMapLine::Map<Line_Planes>(*this, param, src, dst, dstByteCount))
     {
         return true;
     }

@@ -2,7 +2,7 @@
 #include "DataMap/PrintUnitDataMap_Base.h"
 
 #include "DataMap/OrKernel.h"
-#include "DataMap/Plan/MapEngine.h"
+#include "DataMap/Plan/MapLine.h"
 #include "KelCommon/KelLog.h"
 
 #include <algorithm>
@@ -48,7 +48,7 @@ const unsigned char* CPrintUnitDataMap_Base::ByteMapData_Buffer(int unitIndex, i
 bool CPrintUnitDataMap_Base::MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                                           int dstByteCount) const
 {
-    if (!CMapEngine::Line_Map<Line_Table>(*this, param, src, dst, dstByteCount))
+    if (!CMapLine::Map<Line_Table>(*this, param, src, dst, dstByteCount))
     {
         MapData_Line_Table(param, src, dst, dstByteCount);
     }

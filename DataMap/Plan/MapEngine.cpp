@@ -1,23 +1,15 @@
-// Lines are cut into strips, strips become columns of bytes, columns go into the board line; and the shorter way of a
-// line that is alone.
+// Lines are cut into strips, strips become columns of bytes, columns go into the board line.
 #include "DataMap/Plan/MapEngine.h"
 
 #include "Compiler/KelCompiler.h"
 #include "DataMap/Kernel/MapKernelInUse.h"
-#include "DataMap/Plan/MapStyles.h"
+#include "DataMap/Plan/MapLine.h"
 
 #include <algorithm>
 #include <cstring>
-#include <iterator>
-#include <utility>
 
 namespace
 {
-// The block styles' geometry.
-constexpr int blockCount = 4;
-constexpr int blockPixelCount = 100;
-constexpr int blockByteCount = 13;
-
 // How far ahead a run asks for what will be wanted soon. Bands lie line after line, but one line takes too little of
 // too many of them for a processor to notice by itself.
 constexpr int srcAhead = 512;          // bytes
@@ -26,24 +18,6 @@ constexpr int dstLineByteMax = 4096;   // likewise
 
 // A column without a bit set, as long as any.
 constexpr unsigned char zeroColumn[transposeRoom] = {};
-
-bool IsAscending(const SSrcBandDataParam& param)
-{
-    return param.m_unitDirection == unitDirection_Ascending;
-}
-
-// The board bytes that a source line of `lineBitCount` bits becomes: whole source bytes whatever the line's length, the
-// entry of a partial last one clipped to `dstByteCount`.
-int BoardBytes_Clipped(int lineBitCount, int entrySize, int dstByteCount)
-{
-    if (lineBitCount <= 0)
-    {
-        return 0;
-    }
-    const int whole = static_cast<int>(static_cast<unsigned>(lineBitCount) / 8) * entrySize;
-    return static_cast<unsigned>(lineBitCount) % 8 == 0 ? whole
-                                                        : whole + std::clamp(dstByteCount - whole, 0, entrySize);
-}
 
 void Lines_OneByOne(const SMapPlan& plan, const SSrcBandLine* first, const SSrcBandLine* end, unsigned char* dst,
                     int dstByteCount)
@@ -169,7 +143,7 @@ private:
         }
         else
         {
-            byteCount = BoardBytes_Clipped(m_lineBitCount, entrySize, dstByteCount);
+            byteCount = CMapLine::BoardBytes_Clipped(m_lineBitCount, entrySize, dstByteCount);
         }
         for (int offset = 0; offset < srcByteCount && offset * entrySize < byteCount; offset += step)
         {
@@ -232,7 +206,7 @@ private:
                 m_kernel.m_pQuads_Split(src, byteCount, piece, piece + transposeByteCountMax);
                 break;
             case Cut_Blocks:
-                m_kernel.m_pBlocks_Cut(src, IsAscending(lines[i].m_param), piece);
+                m_kernel.m_pBlocks_Cut(src, CMapLine::IsAscending(lines[i].m_param), piece);
                 break;
             default:
                 m_kernel.m_pNibbles_Expand(m_nibbles, src, byteCount, piece);
@@ -299,7 +273,7 @@ private:
     }
 
     const SMapPlan& m_plan;
-    const SMapStyle& m_style;
+    const SStylePlan& m_style;
     const SMapKernel& m_kernel;
     int m_lineBitCount = 0;
     int m_lineCount = 0;
@@ -312,112 +286,6 @@ template<EMapCut cut, EMapTarget target>
 void Lines_MapSo(const SMapPlan& plan, const SSrcBandLine* lines, int lineCount, unsigned char* dst, int dstByteCount)
 {
     CLineRun<cut, target>(plan).Lines_Map(lines, lineCount, dst, dstByteCount);
-}
-
-// One line whose blocks are columns: four neighbouring bytes of every frame.
-void Blocks_Store(const SMapKernel& kernel, bool bAscending, const unsigned char* src, unsigned char* dst,
-                  int frameByteCount)
-{
-    unsigned char columns[blockCount * blockRoom];
-    kernel.m_pBlocks_Interleave(src, bAscending, columns);
-    for (int i = 0; i < blockByteCount; ++i)
-    {
-        std::memcpy(dst + i * frameByteCount, columns + blockCount * i, blockCount);
-    }
-}
-
-// Both planes of one line's whole source bytes: in each a frame is a field of two neighbouring pixels, as of a map with
-// 2-bit pixels.
-void Planes_Or(const SMapKernel& kernel, const SFieldPattern& pattern, unsigned place, const unsigned char* src,
-               int byteCount, int entrySize, unsigned char* dst, int planeDistance)
-{
-    const FieldFunction Or = kernel.m_pField_Or[Field_TwoBit][pattern.m_groupSizeIndex];
-    constexpr int pieceSize = 4 * splitRoom; // source bytes
-    unsigned char high[pieceSize / 2];
-    unsigned char low[pieceSize / 2];
-    for (int done = 0; done < byteCount; done += pieceSize)
-    {
-        const int count = std::min(pieceSize, byteCount - done);
-        unsigned char* out = dst + done * entrySize;
-        kernel.m_pPlanes_Split(src + done, count, high, low);
-        Or(pattern, place, high, (count + 1) / 2, out, count * entrySize);
-        Or(pattern, place, low, (count + 1) / 2, out + planeDistance, count * entrySize);
-    }
-}
-
-// A style that the compiler knows.
-template<std::size_t index>
-struct SKnownStyle
-{
-    constexpr const SMapStyle* operator->() const { return &mapStyles[index]; }
-    constexpr const SMapStyle& operator*() const { return mapStyles[index]; }
-};
-
-template<class TStyle>
-bool Line_MapAs(TStyle style, const CPrintUnitDataMap_Base& map, const SSrcBandDataParam& param,
-                const unsigned char* src, unsigned char* dst, int dstByteCount)
-{
-    constexpr EMapCut cut = TStyle
-    {
-        } -> m_cut;
-    const SMapPlan plan = style->m_pIsOf(map) ? SMapReader::Plan_Get(map, style) : SMapPlan{};
-    if (!plan.IsThere() || !plan.HasUnit(param.m_unitIndex))
-    {
-        return false;
-    }
-    const SMapKernel& kernel = MapKernel_Get();
-    const auto strip = static_cast<unsigned>(style->m_firstStrip + style->m_stripStep * param.m_unitIndex);
-    if constexpr (TStyle {} -> m_target == Target_Columns)
-    {
-        Blocks_Store(kernel, IsAscending(param), src, dst + strip, plan.m_frameByteCount);
-        return true;
-    }
-    const int frameByteCount = plan.m_frameByteCount;
-    const SFieldPattern* pattern =
-        frameByteCount <= SFieldPatterns::frameByteCountMax ? style->m_pPatterns[frameByteCount] : nullptr;
-    if (pattern == nullptr)
-    {
-        return false;
-    }
-    const unsigned lowestBit = 8 - strip % 8 - static_cast<unsigned>(style->m_stripCount);
-    const unsigned place = strip / 8 * 8 * static_cast<unsigned>(style->ColumnsPerGroup()) + lowestBit;
-    const FieldFunction Or = kernel.m_pField_Or[style->m_fieldKind][pattern->m_groupSizeIndex];
-    const int entrySize = style->m_frameCount * frameByteCount;
-    if constexpr (cut == Cut_Blocks)
-    {
-        unsigned char columns[blockCount * blockRoom];
-        kernel.m_pBlocks_Interleave(src, IsAscending(param), columns);
-        Or(*pattern, place, columns, sizeof(columns), dst, blockPixelCount * frameByteCount);
-    }
-    else if constexpr (cut == Cut_Quads)
-    {
-        Planes_Or(kernel, *pattern, place, src, param.m_lineBitCount / 8, entrySize, dst, dstByteCount / 2);
-        SMapReader::Tail_Or(plan, param, src, dst, dstByteCount);
-    }
-    else
-    {
-        Or(*pattern, place, src, (param.m_lineBitCount + 7) >> 3, dst,
-           BoardBytes_Clipped(param.m_lineBitCount, entrySize, dstByteCount));
-    }
-    return true;
-}
-
-template<EMapLine line, std::size_t index>
-bool Line_MapIf(const CPrintUnitDataMap_Base& map, const SSrcBandDataParam& param, const unsigned char* src,
-                unsigned char* dst, int dstByteCount)
-{
-    if constexpr (mapStyles[index].Line() == line)
-    {
-        return Line_MapAs(SKnownStyle<index>{}, map, param, src, dst, dstByteCount);
-    }
-    return false;
-}
-
-template<EMapLine line, std::size_t... indices>
-bool Line_MapAny(std::index_sequence<indices...> /*styles*/, const CPrintUnitDataMap_Base& map,
-                 const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst, int dstByteCount)
-{
-    return (Line_MapIf<line, indices>(map, param, src, dst, dstByteCount) || ...);
 }
 } // namespace
 
@@ -450,19 +318,3 @@ void CMapEngine::Lines_Map(const SMapPlan& plan, const SSrcBandLine* lines, int 
         return Lines_MapSo<Cut_Nibbles, Target_Columns>(plan, lines, lineCount, dst, dstByteCount);
     }
 }
-
-template<EMapLine line>
-bool CMapEngine::Line_Map(const CPrintUnitDataMap_Base& map, const SSrcBandDataParam& param, const unsigned char* src,
-                          unsigned char* dst, int dstByteCount)
-{
-    return Line_MapAny<line>(std::make_index_sequence<std::size(mapStyles)>{}, map, param, src, dst, dstByteCount);
-}
-
-template bool CMapEngine::Line_Map<Line_Table>(const CPrintUnitDataMap_Base&, const SSrcBandDataParam&,
-                                               const unsigned char*, unsigned char*, int);
-template bool CMapEngine::Line_Map<Line_Planes>(const CPrintUnitDataMap_Base&, const SSrcBandDataParam&,
-                                                const unsigned char*, unsigned char*, int);
-template bool CMapEngine::Line_Map<Line_Blocks>(const CPrintUnitDataMap_Base&, const SSrcBandDataParam&,
-                                                const unsigned char*, unsigned char*, int);
-template bool CMapEngine::Line_Map<Line_BlockColumns>(const CPrintUnitDataMap_Base&, const SSrcBandDataParam&,
-                                                      const unsigned char*, unsigned char*, int);

@@ -1,7 +1,7 @@
-// Runs plans: the one way from the lines of print units into a board line without look-ups.
+// Runs plans: the way of all lines of a board line at once.
 //
-// The line generators map all source bands of a line here, MapData_Line a line alone, on any thread. Nobody else calls
-// the kernels. Everything lives on the stack; nothing is allocated, locked or logged.
+// The line generators map all source bands of a line here, on any thread. Beside the engine only MapLine.h, the way of
+// a line that is alone, calls the kernels. Everything lives on the stack; nothing is allocated, locked or logged.
 #pragma once
 
 #include "DataMap/Plan/MapPlan.h"
@@ -22,10 +22,4 @@ public:
     // `dst`.
     static void Lines_Map(const SMapPlan& plan, const SSrcBandLine* lines, int lineCount, unsigned char* dst,
                           int dstByteCount);
-
-    // Maps one line, for the MapData_Line that it stands for. False, with nothing done, if the map has no plan there,
-    // or the plan has no way for this unit's line alone.
-    template<EMapLine line>
-    static bool Line_Map(const CPrintUnitDataMap_Base& map, const SSrcBandDataParam& param, const unsigned char* src,
-                         unsigned char* dst, int dstByteCount);
 };

@@ -1,14 +1,14 @@
 // Which plan a map has.
 #include "DataMap/Plan/MapPlan.h"
 
-#include "DataMap/Plan/MapStyles.h"
+#include "DataMap/Plan/StylePlans.h"
 
 #include <algorithm>
 #include <iterator>
 
 SMapPlan MapPlan_Get(const CPrintUnitDataMap_Base& map)
 {
-    for (const SMapStyle& style : mapStyles)
+    for (const SStylePlan& style : stylePlans)
     {
         const SMapPlan plan = MapPlan_Get(map, style);
         if (plan.IsThere())
@@ -19,13 +19,13 @@ SMapPlan MapPlan_Get(const CPrintUnitDataMap_Base& map)
     return {};
 }
 
-SMapPlan MapPlan_Get(const CPrintUnitDataMap_Base& map, const SMapStyle& style)
+SMapPlan MapPlan_Get(const CPrintUnitDataMap_Base& map, const SStylePlan& style)
 {
     return style.m_pIsOf(map) ? SMapReader::Plan_Get(map, &style) : SMapPlan{};
 }
 
 bool MapStyle_IsOwn(const CPrintUnitDataMap_Base& map)
 {
-    return std::any_of(std::begin(mapStyles), std::end(mapStyles),
-                       [&](const SMapStyle& style) { return style.m_pIsOf(map); });
+    return std::any_of(std::begin(stylePlans), std::end(stylePlans),
+                       [&](const SStylePlan& style) { return style.m_pIsOf(map); });
 }

@@ -38,7 +38,7 @@ enum EMapLine
 
 // What tells one style from another. Rows are counted from the most significant bit of the frame's first byte, columns
 // from its first byte.
-struct SMapStyle
+struct SStylePlan
 {
     bool (*m_pIsOf)(const CPrintUnitDataMap_Base& map); // whether the map is of exactly the style's class
     EMapCut m_cut;
@@ -80,7 +80,7 @@ struct SMapPlan
     // Bytes of board data, in each plane, that one source byte becomes.
     int EntrySize() const { return m_pStyle->m_frameCount * m_frameByteCount; }
 
-    const SMapStyle* m_pStyle = nullptr; // null: the map has no plan
+    const SStylePlan* m_pStyle = nullptr; // null: the map has no plan
     const CPrintUnitDataMap_Base* m_pMap = nullptr;
     int m_frameByteCount = 0; // bytes of a frame; with two planes, of a frame in each
     int m_unitCount = 0;
@@ -89,7 +89,7 @@ struct SMapPlan
 // The plan of `map` as it is now: good for as long as the map lives and is not initialised again.
 SMapPlan MapPlan_Get(const CPrintUnitDataMap_Base& map);
 // The same for a style that need not be one of the library's; not there if the map is not of its class.
-SMapPlan MapPlan_Get(const CPrintUnitDataMap_Base& map, const SMapStyle& style);
+SMapPlan MapPlan_Get(const CPrintUnitDataMap_Base& map, const SStylePlan& style);
 
 // True for a map of exactly one of the library's own styles: all its lines cost the same, and none of them fails. A
 // client's class, one derived from a style too, may do anything in a line.

@@ -3,6 +3,7 @@
 
 #include "DataMap/DataMapKernel.h"
 #include "DataMap/Kernel/MapKernel.h"
+#include "DataMap/Plan/MapEngine.h"
 #include "Tests/DataMap/MapTestSupport.h"
 
 #include <cstring>
@@ -39,6 +40,22 @@ public:
 private:
     const char* m_before;
 };
+
+// All lines at once where the map has a plan, else one after the other: as a line generator has a map map them.
+inline void Lines_Map(const CPrintUnitDataMap_Base& map, const std::vector<SSrcBandLine>& lines, unsigned char* dst,
+                      int dstByteCount)
+{
+    const SMapPlan plan = MapPlan_Get(map);
+    if (plan.IsThere())
+    {
+        CMapEngine::Lines_Map(plan, lines.data(), static_cast<int>(lines.size()), dst, dstByteCount);
+        return;
+    }
+    for (const SSrcBandLine& line : lines)
+    {
+        map.MapData_Line(line.m_param, line.m_pLine, dst, dstByteCount);
+    }
+}
 
 // The record of a kernel by its name; null if it is not compiled in.
 inline const SMapKernel* Kernel_Named(const std::string& name)

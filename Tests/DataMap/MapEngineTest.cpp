@@ -222,12 +222,12 @@ Bytes Set_OneByOne(const CPrintUnitDataMap_Base& map, const SLineSet& set)
     return dst.Content();
 }
 
-Bytes Set_AllInput(const CPrintUnitDataMap_Base& map, const SLineSet& set)
+Bytes Set_AtOnce(const CPrintUnitDataMap_Base& map, const SLineSet& set)
 {
     const CMapScratch scratch(map);
     const CFencedBytes dst(set.before, set.misalignment);
     const auto lines = Lines_Make(set, scratch.Get());
-    EXPECT_TRUE(map.MapData_Line_AllInput(lines.data(), static_cast<int>(lines.size()), dst.Get(), set.dstByteCount));
+    Lines_Map(map, lines, dst.Get(), set.dstByteCount);
     EXPECT_TRUE(dst.FenceHolds());
     return dst.Content();
 }
@@ -236,14 +236,14 @@ const std::vector<ETwinStyle> everyStyle = {ETwinStyle::Style_1,  ETwinStyle::St
                                             ETwinStyle::Style_6,  ETwinStyle::Style_7,    ETwinStyle::Style_8,
                                             ETwinStyle::Style_03, ETwinStyle::Style_03_01};
 
-class CAllInputTest : public testing::TestWithParam<ETwinStyle>
+class CMapEngineTest : public testing::TestWithParam<ETwinStyle>
 {
 };
 } // namespace
 
-INSTANTIATE_TEST_SUITE_P(EveryStyle, CAllInputTest, testing::ValuesIn(everyStyle));
+INSTANTIATE_TEST_SUITE_P(EveryStyle, CMapEngineTest, testing::ValuesIn(everyStyle));
 
-TEST_P(CAllInputTest, EveryKernelMapsAnySetOfLinesAtOnceLikeTheLookUpsOneByOne)
+TEST_P(CMapEngineTest, EveryKernelMapsAnySetOfLinesAtOnceLikeTheLookUpsOneByOne)
 {
     EXPECT_TRUE(rc::check(
         [style = GetParam()]
@@ -256,15 +256,15 @@ TEST_P(CAllInputTest, EveryKernelMapsAnySetOfLinesAtOnceLikeTheLookUpsOneByOne)
             for (const std::string& name : KernelNames_Available())
             {
                 const CKernelGuard guard(name);
-                RC_ASSERT(Set_AllInput(*map, set) == expected);
+                RC_ASSERT(Set_AtOnce(*map, set) == expected);
                 RC_ASSERT(Set_OneByOne(*map, set) == expected);
             }
-            RC_ASSERT(Set_AllInput(*lookUps, set) == expected);
+            RC_ASSERT(Set_AtOnce(*lookUps, set) == expected);
         }));
 }
 
 // Every length up to a few vectors, with the clipped tail, for the widths that kernels have a way for.
-TEST_P(CAllInputTest, EveryKernelMapsLinesOfEveryLengthAndClip)
+TEST_P(CMapEngineTest, EveryKernelMapsLinesOfEveryLengthAndClip)
 {
     const ETwinStyle style = GetParam();
     std::mt19937 random(11);
@@ -298,7 +298,7 @@ TEST_P(CAllInputTest, EveryKernelMapsLinesOfEveryLengthAndClip)
             {
                 const CKernelGuard guard(name);
                 ASSERT_EQ(Set_OneByOne(*map, set), expected) << name << ", " << width << " wide, " << bits << " bits";
-                ASSERT_EQ(Set_AllInput(*map, set), expected) << name << ", " << width << " wide, " << bits << " bits";
+                ASSERT_EQ(Set_AtOnce(*map, set), expected) << name << ", " << width << " wide, " << bits << " bits";
             }
         }
         if (style == ETwinStyle::Style_1)
@@ -352,7 +352,7 @@ void LookUp_ExpectUsed(TArguments... arguments)
         lines.push_back({Param_Make(unit, 400), sources[static_cast<std::size_t>(unit)].data()});
     }
     Bytes all(6400);
-    EXPECT_TRUE(turned->MapData_Line_AllInput(lines.data(), 6, all.data(), 6400));
+    Lines_Map(*turned, lines, all.data(), 6400);
     EXPECT_EQ(one, expected);
     EXPECT_EQ(all, expected);
 }
@@ -400,7 +400,7 @@ TEST(OverriddenLookUp, IsAskedInStyle8Too)
         Line_Map(*shifted, line.m_param, src, one);
     }
     Bytes all(800);
-    EXPECT_TRUE(shifted->MapData_Line_AllInput(lines.data(), 6, all.data(), 800));
+    Lines_Map(*shifted, lines, all.data(), 800);
     EXPECT_EQ(one, expected);
     EXPECT_EQ(all, expected);
 }
@@ -422,66 +422,19 @@ TEST(OverriddenLookUp, IsAskedOfACopyThatTookOverAStylesTable)
     SMapTestAccess::MapData_Set(copy, nullptr); // one owner only
 }
 
-namespace
-{
-// Fails on the third line that it is asked for, and counts them.
-template<class TMap>
-class CFailingMap : public TMap
-{
-public:
-    bool MapData_Line(const SSrcBandDataParam& param, const unsigned char* /*src*/, unsigned char* /*dst*/,
-                      int /*dstByteCount*/) const override
-    {
-        m_units.push_back(param.m_unitIndex);
-        return m_units.size() < 3;
-    }
-    mutable std::vector<int> m_units;
-};
-
-template<class TMap, class... TArguments>
-void Order_Expect(TArguments... arguments)
-{
-    CFailingMap<TMap> map;
-    ASSERT_TRUE(map.Init(arguments...));
-    const Bytes src(50, 0xFF);
-    std::vector<SSrcBandLine> lines;
-    for (const int unit : {3, 0, 2, 1})
-    {
-        lines.push_back({Param_Make(unit, 400), src.data()});
-    }
-    Bytes dst(6400);
-    EXPECT_FALSE(map.MapData_Line_AllInput(lines.data(), 4, dst.data(), 6400));
-    EXPECT_EQ(map.m_units, (std::vector<int>{3, 0, 2}));
-    EXPECT_EQ(dst, Bytes(6400));
-}
-} // namespace
-
-TEST(OverriddenMapData_Line, IsCalledInOrderUpToTheFirstFalse)
-{
-    Order_Expect<CPrintUnitDataMap_1>(16);
-    Order_Expect<CPrintUnitDataMap_2>(SDotSize::Big, 16);
-    Order_Expect<CPrintUnitDataMap_5>(1, 16);
-    Order_Expect<CPrintUnitDataMap_6>(1, 16);
-    Order_Expect<CPrintUnitDataMap_7>(SDotSize::Big, 16);
-    Order_Expect<CPrintUnitDataMap_8>(16);
-    Order_Expect<CPrintUnitDataMap_03>(1, 64);
-    Order_Expect<CPrintUnitDataMap_03_01>(1, 16);
-    Order_Expect<CPrintUnitDataMap_Base>(1, 1, 16);
-}
-
-TEST(AllInput, NoLineAtAllIsTrueAndTouchesNothing)
+TEST(MapEngine, NoLineAtAllIsTrueAndTouchesNothing)
 {
     for (const ETwinStyle style : everyStyle)
     {
         const auto map = Map_Make({style, 1, style == ETwinStyle::Style_03 ? 32 : 16, 1});
         Bytes dst(64, 0x11);
-        EXPECT_TRUE(map->MapData_Line_AllInput(nullptr, 0, dst.data(), 64));
+        Lines_Map(*map, {}, dst.data(), 64);
         EXPECT_EQ(dst, Bytes(64, 0x11));
     }
 }
 
 // Calling the base's Init on a map that is ready changes its geometry, not its table; the table is what counts.
-TEST(AllInput, AMapWhoseGeometryNoLongerFitsItsTableIsMappedByTheTable)
+TEST(MapEngine, AMapWhoseGeometryNoLongerFitsItsTableIsMappedByTheTable)
 {
     CPrintUnitDataMap_5 map;
     ASSERT_TRUE(map.Init(1, 32));

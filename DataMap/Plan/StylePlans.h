@@ -18,6 +18,11 @@
 #include <cstdlib>
 #include <typeinfo>
 
+// The block styles' geometry.
+inline constexpr int blockCount = 4;
+inline constexpr int blockPixelCount = 100;
+inline constexpr int blockByteCount = 13;
+
 // Compared by address: a class that had another record of itself elsewhere would lose the plan, not a byte.
 template<class TMap>
 bool Map_IsOf(const CPrintUnitDataMap_Base& map)
@@ -27,7 +32,7 @@ bool Map_IsOf(const CPrintUnitDataMap_Base& map)
 
 // A style that may be one of several has a row for each; the object's table tells which it is.
 //  class, cut, target, first strip, step, strips, frames, entries, lines at once, field, its patterns, swapped
-inline constexpr SMapStyle mapStyles[] = {
+inline constexpr SStylePlan stylePlans[] = {
     {&Map_IsOf<CPrintUnitDataMap_5>, Cut_Line, Target_Rows, 0, 1, 1, 8, 256, 5, Field_OneBit, fieldPatterns.m_oneBit},
     {&Map_IsOf<CPrintUnitDataMap_5>, Cut_Planes, Target_Rows, 0, 2, 2, 4, 256, 5, Field_TwoBit, fieldPatterns.m_twoBit},
     {&Map_IsOf<CPrintUnitDataMap_2>, Cut_Line, Target_Rows, 0, 2, 2, 8, 256, 5, Field_Double, fieldPatterns.m_oneBit},
@@ -43,7 +48,7 @@ inline constexpr SMapStyle mapStyles[] = {
 };
 
 // The byte that a frame has where the first strips of unit 0 are all set.
-constexpr unsigned char FirstStrips_Set(const SMapStyle& style)
+constexpr unsigned char FirstStrips_Set(const SStylePlan& style)
 {
     const int behind = 8 - style.m_firstStrip % 8 - style.m_stripCount;
     return static_cast<unsigned char>(((1 << style.m_stripCount) - 1) << behind);
