@@ -4,6 +4,7 @@
 #include "DataMap/Kernel/MapKernel.h"
 
 #include <cstdint>
+#include <utility>
 
 namespace
 {
@@ -157,6 +158,15 @@ constexpr Word Pixels_Spread(unsigned sourceByte, bool bSwapPairs)
     return bSwapPairs ? (pixels & evenBytes) << 8 | (pixels >> 8 & evenBytes) : pixels;
 }
 
+// ORs the bytes of `fields` into the same byte of as many frames.
+template<int... pixels>
+void Fields_Or(std::integer_sequence<int, pixels...> /*frames*/, Word fields, unsigned char* dst, int frameByteCount)
+{
+    ((dst[pixels * frameByteCount] =
+          static_cast<unsigned char>(dst[pixels * frameByteCount] | (fields >> (8 * pixels)))),
+     ...);
+}
+
 template<EFieldKind kind>
 void Field_Or(const SFieldPattern& pattern, unsigned place, const unsigned char* src, int /*srcByteCount*/,
               unsigned char* dst, int dstByteCount)
@@ -166,18 +176,23 @@ void Field_Or(const SFieldPattern& pattern, unsigned place, const unsigned char*
     constexpr unsigned pixelField = kind == Field_Double ? 0b11 : 0b01; // what a pixel of 1 sets
     constexpr int pixelCount = 8 / bitCount;                            // of a source byte
     const int frameByteCount = pattern.m_frameByteCount;
+    const bool bSwapPairs = pattern.m_bSwapPairs;
+    const unsigned field = pixelField << place % 8;
     for (int column = 0; column < columnCount; ++column)
     {
+        const unsigned char* source = src + column;
         int position = static_cast<int>(place / 8) + column;
-        for (const unsigned char* source = src + column; position < dstByteCount; source += columnCount)
+        for (; position + (pixelCount - 1) * frameByteCount < dstByteCount; source += columnCount)
         {
-            Word fields = Pixels_Spread<bitCount>(*source, pattern.m_bSwapPairs) * (pixelField << place % 8);
-            for (int pixel = 0; pixel < pixelCount && position < dstByteCount; ++pixel)
-            {
-                dst[position] = static_cast<unsigned char>(dst[position] | fields);
-                position += frameByteCount;
-                fields >>= 8;
-            }
+            Fields_Or(std::make_integer_sequence<int, pixelCount>{},
+                      Pixels_Spread<bitCount>(*source, bSwapPairs) * field, dst + position, frameByteCount);
+            position += pixelCount * frameByteCount;
+        }
+        for (int pixel = 0; position < dstByteCount; position += frameByteCount)
+        {
+            const Word fields = Pixels_Spread<bitCount>(*source, bSwapPairs) * field;
+            dst[position] = static_cast<unsigned char>(dst[position] | (fields >> (8 * pixel)));
+            ++pixel;
         }
     }
 }

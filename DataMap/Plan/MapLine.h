@@ -53,7 +53,9 @@ private:
     static bool Any_Map(std::index_sequence<indices...> /*styles*/, const CPrintUnitDataMap_Base& map,
                         const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst, int dstByteCount)
     {
-        return (Style_Map<line, indices>(map, param, src, dst, dstByteCount) || ...);
+        return ((stylePlans[indices].Line() == line && stylePlans[indices].m_pIsOf(map) &&
+                 Style_Map<line, indices>(map, param, src, dst, dstByteCount)) ||
+                ...);
     }
 
     template<EMapLine line, std::size_t index>
@@ -67,10 +69,6 @@ private:
         }
         else
         {
-            if (!style.m_pIsOf(map))
-            {
-                return false;
-            }
             const SMapPlan plan = SMapReader::Plan_Get(map, SKnownStyle<index>{});
             if (!plan.IsThere() || !plan.HasUnit(param.m_unitIndex))
             {
