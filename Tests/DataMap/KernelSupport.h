@@ -41,6 +41,12 @@ private:
     const char* m_before;
 };
 
+// A style as it is, but for a class name of its own: by contract it is mapped through MapData_Line and the look-ups.
+template<class TMap>
+class CLookUpMap : public TMap
+{
+};
+
 // All lines at once where the map has a plan, else one after the other: as a line generator has a map map them.
 inline void Lines_Map(const CPrintUnitDataMap_Base& map, const std::vector<SSrcBandLine>& lines, unsigned char* dst,
                       int dstByteCount)

@@ -225,6 +225,101 @@ TEST_P(CMapKernelTest, ExpandsNibblesOfEveryLengthLikeTheDefinition)
     }
 }
 
+namespace
+{
+// A kind of field, the patterns that it has, and the bytes of a frame in front of which it may stand.
+struct SFieldCase
+{
+    EFieldKind kind;
+    const SFieldPattern* const* patterns;
+    unsigned fieldBitCount;
+    int columnCount;
+    int framesPerByte;
+};
+const SFieldCase fieldCases[] = {{Field_OneBit, fieldPatterns.m_oneBit, 1, 1, 8},
+                                 {Field_OneBit, fieldPatterns.m_swapped, 1, 1, 8},
+                                 {Field_Double, fieldPatterns.m_oneBit, 2, 1, 8},
+                                 {Field_TwoBit, fieldPatterns.m_twoBit, 2, 1, 4},
+                                 {Field_Block, fieldPatterns.m_block, 1, 4, 2}};
+
+Bytes Field_Ored(const SMapKernel& kernel, const SFieldCase& field, const SFieldPattern& pattern, unsigned place,
+                 const CExactBytes& src, int srcByteCount, const Bytes& before, std::size_t misalignment)
+{
+    const CFencedBytes dst(before, misalignment);
+    kernel.m_pField_Or[field.kind][pattern.m_groupSizeIndex](pattern, place, src.Get(), srcByteCount, dst.Get(),
+                                                             static_cast<int>(before.size()));
+    EXPECT_TRUE(dst.FenceHolds());
+    return dst.Content();
+}
+} // namespace
+
+TEST_P(CMapKernelTest, SpreadsFieldsOfEveryKindPlaceAndLengthLikeTheDefinition)
+{
+    for (const SFieldCase& field : fieldCases)
+    {
+        for (int frameByteCount = 2; frameByteCount <= SFieldPatterns::frameByteCountMax; frameByteCount *= 2)
+        {
+            const SFieldPattern* pattern = field.patterns[frameByteCount];
+            for (int count = 0; pattern != nullptr && count <= 200 * frameByteCount; count += 1 + count / 16)
+            {
+                const int entrySize = field.framesPerByte * frameByteCount;
+                const int srcByteCount = (count + entrySize - 1) / entrySize + (field.columnCount - 1) * 4;
+                const auto placeCount = static_cast<unsigned>(frameByteCount / field.columnCount);
+                const auto byteOffset =
+                    static_cast<unsigned>(m_random() % placeCount) * static_cast<unsigned>(field.columnCount);
+                const unsigned place = 8 * byteOffset + static_cast<unsigned>(m_random() % (9 - field.fieldBitCount));
+                const CExactBytes src(Bytes_Random(m_random, static_cast<std::size_t>(srcByteCount)), m_random() % 16);
+                const Bytes before = Bytes_Random(m_random, static_cast<std::size_t>(count));
+                const std::size_t misalignment = m_random() % 64;
+                ASSERT_EQ(Field_Ored(*m_pKernel, field, *pattern, place, src, srcByteCount, before, misalignment),
+                          Field_Ored(Scalar(), field, *pattern, place, src, srcByteCount, before, misalignment))
+                    << "kind " << field.kind << ", " << frameByteCount << " bytes a frame, " << count << " bytes";
+            }
+        }
+    }
+}
+
+TEST_P(CMapKernelTest, HasEveryFunction)
+{
+    EXPECT_NE(m_pKernel->m_pRows_Transpose, nullptr);
+    EXPECT_NE(m_pKernel->m_pColumns_Or, nullptr);
+    EXPECT_NE(m_pKernel->m_pColumns_Store, nullptr);
+    EXPECT_NE(m_pKernel->m_pPlanes_Split, nullptr);
+    EXPECT_NE(m_pKernel->m_pQuads_Split, nullptr);
+    EXPECT_NE(m_pKernel->m_pBlocks_Cut, nullptr);
+    EXPECT_NE(m_pKernel->m_pBlocks_Interleave, nullptr);
+    EXPECT_NE(m_pKernel->m_pNibbles_Expand, nullptr);
+    for (const auto& functions : m_pKernel->m_pField_Or)
+    {
+        for (const FieldFunction function : functions)
+        {
+            EXPECT_NE(function, nullptr);
+        }
+    }
+}
+
+TEST(ScalarKernel, SpreadsPixelsByHandWorkedBytes)
+{
+    const auto Spread = [](EFieldKind kind, const SFieldPattern& pattern, unsigned place, const Bytes& src, int count)
+    {
+        Bytes dst(static_cast<std::size_t>(count));
+        mapKernelScalar.m_pField_Or[kind][pattern.m_groupSizeIndex](pattern, place, src.data(),
+                                                                    static_cast<int>(src.size()), dst.data(), count);
+        return dst;
+    };
+    // Pixels 0 and 3, in bit 5 of the second byte of frames 0 and 3; swapped, of frames 1 and 2.
+    EXPECT_EQ(Spread(Field_OneBit, *fieldPatterns.m_oneBit[2], 8 + 5, {0x90}, 16),
+              Bytes_With(16, {{1, 0x20}, {7, 0x20}}));
+    EXPECT_EQ(Spread(Field_OneBit, *fieldPatterns.m_swapped[2], 8 + 5, {0x90}, 16),
+              Bytes_With(16, {{3, 0x20}, {5, 0x20}}));
+    EXPECT_EQ(Spread(Field_Double, *fieldPatterns.m_oneBit[2], 6, {0x01}, 16), Bytes_With(16, {{14, 0xC0}}));
+    // Pixels 2, 1, 0 and 3, each in bits 2 and 3; the last frame is cut off.
+    EXPECT_EQ(Spread(Field_TwoBit, *fieldPatterns.m_twoBit[4], 2, {0x93}, 12), Bytes_With(12, {{0, 0x08}, {4, 0x04}}));
+    // Four blocks side by side: the first pixel of the third block, the ninth of the fourth.
+    EXPECT_EQ(Spread(Field_Block, *fieldPatterns.m_block[8], 32 + 7, {0, 0, 0x80, 0, 0, 0, 0, 0x80}, 72),
+              Bytes_With(72, {{6, 0x80}, {71, 0x80}}));
+}
+
 TEST(ScalarKernel, TransposesOnePixelToItsFrameAndRow)
 {
     const Bytes row = {0x00, 0x20}; // pixel 10

@@ -160,3 +160,14 @@ TEST(PrintUnitDataMap_7, ACopyHasTheDropSizeToo)
     EXPECT_EQ(copy.AllMapData_Get(), map.AllMapData_Get());
     A::MapData_Set(copy, nullptr); // one owner only
 }
+
+TEST(PrintUnitDataMap_7, ALineOfNegativeLengthTouchesNothing)
+{
+    const auto map = Map_Make({ETwinStyle::Style_7, 1, 16, 3});
+    for (int lineBitCount = -40; lineBitCount <= 0; ++lineBitCount)
+    {
+        Bytes dst(64, 0x11);
+        Line_Map(*map, Param_Make(2, lineBitCount), Bytes(1, 0xFF), dst);
+        EXPECT_EQ(dst, Bytes(64, 0x11)) << lineBitCount;
+    }
+}

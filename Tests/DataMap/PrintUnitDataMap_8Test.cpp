@@ -291,3 +291,40 @@ TEST(PrintUnitDataMap_8, AFrameOfNoBitsHasAnEmptyTable)
     EXPECT_EQ(map.MapDataSizeOfByte(), 0);
     EXPECT_EQ(A::MapDataSize(map), 0);
 }
+
+// What has no entry of the style's may have one of a derived class.
+TEST(PrintUnitDataMap_8, ALookUpOfItsOwnIsAskedForTheTailOfUnit0)
+{
+    class CTailMap : public CPrintUnitDataMap_8
+    {
+    public:
+        const unsigned char* ByteMapData_Buffer(int unitIndex, int byteValue) const override
+        {
+            return byteValue == 0xC0 ? m_entry.data() : CPrintUnitDataMap_8::ByteMapData_Buffer(unitIndex, byteValue);
+        }
+        Bytes m_entry = Bytes(8, 0x77);
+    };
+    CTailMap map;
+    ASSERT_TRUE(map.Init(16));
+    Bytes dst(32);
+    Line_Map(map, Param_Make(0, 2), {0xC0}, dst); // a pixel of both planes, and no whole byte
+    EXPECT_EQ(dst, Bytes_With(32, {{0, 0x77},
+                                   {1, 0x77},
+                                   {2, 0x77},
+                                   {3, 0x77},
+                                   {4, 0x77},
+                                   {5, 0x77},
+                                   {6, 0x77},
+                                   {7, 0x77},
+                                   {16, 0x77},
+                                   {17, 0x77},
+                                   {18, 0x77},
+                                   {19, 0x77},
+                                   {20, 0x77},
+                                   {21, 0x77},
+                                   {22, 0x77},
+                                   {23, 0x77}}));
+    dst.assign(32, 0);
+    Line_Map(map, Param_Make(0, 2), {0x30}, dst); // before the table: nothing
+    EXPECT_EQ(dst, Bytes(32));
+}
