@@ -21,8 +21,8 @@ constexpr int quadSrcByteCountMax = 128;
 constexpr int quadRoom = quadSrcByteCountMax / 4;
 
 // ORs the field of one unit into board frames: dst[0 .. dstByteCount - 1] only, frame 0 at dst. `place`: 8 x the byte
-// of a frame that has the field, or the first of them, + the field's lowest bit in that byte. The `srcByteCount` bytes
-// of `src` must be enough for the frames.
+// of a frame that has the field, or the first of them, + the field's lowest bit in that byte, an even one if it has
+// two. The `srcByteCount` bytes of `src` must be enough for the frames.
 using FieldFunction = void (*)(const SFieldPattern& pattern, unsigned place, const unsigned char* src, int srcByteCount,
                                unsigned char* dst, int dstByteCount);
 

@@ -267,7 +267,8 @@ TEST_P(CMapKernelTest, SpreadsFieldsOfEveryKindPlaceAndLengthLikeTheDefinition)
                 const auto placeCount = static_cast<unsigned>(frameByteCount / field.columnCount);
                 const auto byteOffset =
                     static_cast<unsigned>(m_random() % placeCount) * static_cast<unsigned>(field.columnCount);
-                const unsigned place = 8 * byteOffset + static_cast<unsigned>(m_random() % (9 - field.fieldBitCount));
+                const unsigned fieldIndex = static_cast<unsigned>(m_random() % (8 / field.fieldBitCount));
+                const unsigned place = 8 * byteOffset + field.fieldBitCount * fieldIndex;
                 const CExactBytes src(Bytes_Random(m_random, static_cast<std::size_t>(srcByteCount)), m_random() % 16);
                 const Bytes before = Bytes_Random(m_random, static_cast<std::size_t>(count));
                 const std::size_t misalignment = m_random() % 64;
