@@ -1,14 +1,16 @@
 // The table of commands, and what they have in common.
 #include "Host/Command/Command.h"
 
+#include "Host/Command/CheckCommand.h"
 #include "Host/Command/ConvertCommand.h"
+#include "Host/Command/InitCommand.h"
 #include "Host/Command/KernelsCommand.h"
 
 #include <array>
 
 std::span<const SCommand* const> Commands()
 {
-    static const std::array commands = {&Command_Convert(), &Command_Kernels()};
+    static const std::array commands = {&Command_Convert(), &Command_Check(), &Command_Init(), &Command_Kernels()};
     return commands;
 }
 

@@ -45,6 +45,11 @@ SConvertOptions Options_Complete(SConvertOptions options)
     {
         throw CInputError("--output -: a TIFF cannot be written to standard output; use --format raw or name a file");
     }
+    if (IsStandardOutput(options.m_output) && !options.m_bForce && CProcessHelper::IsOutputTerminal())
+    {
+        throw CInputError("--output -: standard output is a terminal, and board data is no text; redirect it, name a "
+                          "file, or give --force");
+    }
     if (options.m_format == EBoardFormat::Raw && options.m_compression != EBoardCompression::None)
     {
         throw CInputError("--compress: only TIFF pages are compressed; leave it out with --format raw");

@@ -15,7 +15,8 @@ struct SConvertOptions
     EBoardFormat m_format = EBoardFormat::Tiff;
     EBoardCompression m_compression = EBoardCompression::None;
     EProgress m_progress = EProgress::Auto;
-    bool m_bJson = false; // the summary as JSON
+    bool m_bJson = false;  // the summary as JSON
+    bool m_bForce = false; // board data on a terminal, too
 };
 
 // Runs the whole command on the calling thread, the library's and the producers' threads beside it. True when the board

@@ -22,6 +22,7 @@ int Convert_RunArguments(const CArguments& arguments)
     options.m_compression = arguments.Choice_Get("compress", EBoardCompression::None);
     options.m_progress = arguments.Choice_Get("progress", EProgress::Auto);
     options.m_bJson = arguments.Flag_Get("json");
+    options.m_bForce = arguments.Flag_Get("force");
     if (arguments.Flag_Get("verbose"))
     {
         CCustomBoostLog::Console_Open(ESeverityLevel::Debug);
@@ -59,6 +60,7 @@ const SCommand& Command_Convert()
               .m_value = "none|packbits|lzw|deflate",
               .m_help = "How TIFF pages are compressed. Default: none",
               .m_choices = {"none", "packbits", "lzw", "deflate"}},
+             {.m_names = "--force", .m_help = "Write raw board data to standard output even if that is a terminal"},
              Option_Progress(),
              {.m_names = "--json", .m_help = "Print the summary as JSON"},
              {.m_kind = EOptionKind::Text,

@@ -17,6 +17,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace
 {
@@ -65,6 +66,10 @@ private:
     {
         Add(Job_Place(m_job, pKey), pRule, std::move(what), std::move(fix));
     }
+    void Warn(const std::string& key, const char* pRule, std::string what, std::string fix)
+    {
+        m_mistakes.Add({true, m_job.m_file, Job_Place(m_job, key), pRule, std::move(what), std::move(fix)});
+    }
     const SMapClass& Row() const { return MapClass_Get(m_job.m_map.m_class); }
     bool HasMap() const { return m_job.m_map.m_class != EMapClass::None; }
     std::string Style_Text() const { return std::string("style ") + Row().m_pName; }
@@ -89,6 +94,7 @@ private:
     void Separation_Check(const SJobUnit& unit, const SSeparationInfo& separation, const SJobUnit& firstUnit,
                           const SSeparationInfo& first);
     void Page_Check(const SSeparationInfo& page);
+    void Beside_Check(const SSeparationInfo& page, const SJobGeometry& geometry);
     bool Band_Check(const std::string& what, std::int64_t bytesPerLine, std::int64_t lineCount,
                     const std::string& advice);
     void Stripes_Check(int pageWidth);
@@ -208,6 +214,12 @@ void CJobChecker::Nozzles_Check()
     {
         Add(nozzlesKey, "nozzles", found,
             Style_Text() + " needs a multiple of " + Number(row.m_nozzlesMultiple) + ": lines of whole bytes");
+    }
+    if (m_job.m_nozzles % row.m_nozzlesPerGroup != 0)
+    {
+        Warn(nozzlesKey, "nozzles-lost", found,
+             Style_Text() + " takes nozzles by groups of " + Number(row.m_nozzlesPerGroup) +
+                 " and has no place for the rest: the last one never prints");
     }
 }
 
@@ -489,6 +501,41 @@ bool CJobChecker::Band_Check(const std::string& what, std::int64_t bytesPerLine,
     return true;
 }
 
+// Zones and offsets that dwarf the page are hardly meant; every one of their positions is a line of every band.
+void CJobChecker::Beside_Check(const SSeparationInfo& page, const SJobGeometry& geometry)
+{
+    constexpr std::int64_t muchPositions = 1 << 16; // nearly three metres at 600 per inch
+    constexpr std::int64_t muchPages = 4;
+    struct SWidth
+    {
+        std::string m_key;
+        int m_positions;
+    };
+    std::vector<SWidth> widths = {{"InkStripe.LeftStripeWidth", m_job.m_inkStripe.m_leftStripeWidth},
+                                  {"InkStripe.RightStripeWidth", m_job.m_inkStripe.m_rightStripeWidth}};
+    for (std::size_t i = 0; i < m_job.m_units.size(); ++i)
+    {
+        const std::string unit = "CartInfo.Unit[" + std::to_string(i) + "].";
+        if (m_job.m_bBidirectional)
+        {
+            widths.push_back({unit + "Horizon_1", m_job.m_units[i].m_horizon_1});
+        }
+        widths.push_back({unit + "Horizon_2", m_job.m_units[i].m_horizon_2});
+    }
+    const std::int64_t bytes = geometry.m_swathCount * geometry.m_lineCount * geometry.m_boardBytesPerLine;
+    for (const SWidth& width : widths)
+    {
+        if (width.m_positions > muchPositions && width.m_positions > muchPages * page.width)
+        {
+            Warn(width.m_key, "beside-page",
+                 width.m_key.substr(width.m_key.rfind('.') + 1) + " is " + Number(width.m_positions) +
+                     " on a page of " + Number(page.width) + (page.width == 1 ? " column" : " columns"),
+                 "the job makes bands of " + Number(geometry.m_lineCount) + " lines, " + Number(bytes) +
+                     " bytes of board data");
+        }
+    }
+}
+
 void CJobChecker::Page_Check(const SSeparationInfo& page)
 {
     const std::int64_t jobWidth = std::int64_t{page.width} * m_job.m_maskCount_1;
@@ -503,6 +550,10 @@ void CJobChecker::Page_Check(const SSeparationInfo& page)
                                   "lower Nozzles or AlignByteCountPerLine, or print a narrower page") &&
                        Band_Check("a board band", geometry.m_boardBytesPerLine, geometry.m_lineCount,
                                   "lower Nozzles or print a narrower page");
+    if (bFits)
+    {
+        Beside_Check(page, geometry);
+    }
     if (bFits && jobWidth <= bandLimit)
     {
         Stripes_Check(page.width);

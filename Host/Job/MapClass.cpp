@@ -14,7 +14,8 @@ constexpr std::int64_t bitsPerByte = 8;
 // By the numbers of EMapClass.
 constexpr std::array mapClasses = {
     SMapClass{},
-    SMapClass{.m_class = EMapClass::Map_1, .m_pName = "1", .m_bTableMap = true, .m_widthOnly = 16},
+    SMapClass{
+        .m_class = EMapClass::Map_1, .m_pName = "1", .m_bTableMap = true, .m_widthOnly = 16, .m_nozzlesPerGroup = 2},
     SMapClass{
         .m_class = EMapClass::Map_2, .m_pName = "2", .m_bTableMap = true, .m_widthMultiple = 8, .m_bDotSize = true},
     SMapClass{.m_class = EMapClass::Map_03,

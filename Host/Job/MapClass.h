@@ -66,6 +66,9 @@ struct SMapClass
     int m_nozzlesOnly = 0; // 0: any
     int m_nozzlesMultiple = 1;
 
+    // Nozzles are taken by whole groups of so many; a line has no place for those of a last group that is not whole.
+    int m_nozzlesPerGroup = 1;
+
     // Units in a frame: so many for each so much of the width. 0: as much as a unit's bits.
     int m_widthPerGroup = 0;
     int m_unitsPerGroup = 1;

@@ -34,6 +34,11 @@ bool CProcessHelper::IsErrorTerminal()
     return isatty(2) == 1;
 }
 
+bool CProcessHelper::IsOutputTerminal()
+{
+    return isatty(1) == 1;
+}
+
 int CProcessHelper::TerminalWidth()
 {
     winsize size = {};

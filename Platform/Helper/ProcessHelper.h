@@ -17,6 +17,9 @@ public:
     // True if standard error is a terminal that a person watches.
     static bool IsErrorTerminal();
 
+    // The same of standard output.
+    static bool IsOutputTerminal();
+
     // Columns of that terminal; 80 if it does not say.
     static int TerminalWidth();
 

@@ -26,6 +26,12 @@ std::string Utf8_Make(const wchar_t* text)
     return utf8;
 }
 
+bool IsConsole(DWORD standardHandle)
+{
+    DWORD mode = 0; // a handle without one is no console
+    return GetConsoleMode(GetStdHandle(standardHandle), &mode) != 0;
+}
+
 // Runs on a thread that the system makes for it.
 BOOL WINAPI Close_Handle(DWORD event)
 {
@@ -68,8 +74,12 @@ std::vector<std::string> CProcessHelper::Arguments_Get(int argumentCount, char**
 
 bool CProcessHelper::IsErrorTerminal()
 {
-    DWORD mode = 0; // a handle without one is no console
-    return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
+    return IsConsole(STD_ERROR_HANDLE);
+}
+
+bool CProcessHelper::IsOutputTerminal()
+{
+    return IsConsole(STD_OUTPUT_HANDLE);
 }
 
 int CProcessHelper::TerminalWidth()

@@ -68,6 +68,14 @@ TEST(ProcessHelper, ACapturedStandardErrorIsNoTerminalAndEightyColumnsWide)
     EXPECT_EQ(width, 80);
 }
 
+TEST(ProcessHelper, ACapturedStandardOutputIsNoTerminal)
+{
+    testing::internal::CaptureStdout();
+    const bool bTerminal = CProcessHelper::IsOutputTerminal();
+    testing::internal::GetCapturedStdout();
+    EXPECT_FALSE(bTerminal);
+}
+
 #if defined(__linux__)
 
 TEST(ProcessHelperDeathTest, ABrokenPipeEndsTheProcessUnlessItIsIgnored)

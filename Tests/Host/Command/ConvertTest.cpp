@@ -266,7 +266,7 @@ TEST_F(Convert, AMistypedCommandNamesItsNearest)
     const auto near = Boardmap_Run("convrt job.toml");
     EXPECT_EQ(near.status, 2);
     EXPECT_EQ(near.error, "convrt: there is no such command; did you mean convert? boardmap --help lists them\n");
-    EXPECT_EQ(Boardmap_Run("xyz").error, "xyz: there is no such command; the commands are convert and kernels\n");
+    EXPECT_EQ(Boardmap_Run("xyz").error, "xyz: there is no such command; the commands are convert, check, init and kernels\n");
 }
 
 TEST_F(Convert, TheVersionIsPrintedForEveryCommand)
@@ -274,7 +274,7 @@ TEST_F(Convert, TheVersionIsPrintedForEveryCommand)
     const auto version = Boardmap_Run("--version");
     EXPECT_EQ(version.status, 0);
     EXPECT_THAT(version.out, StartsWith("boardmap "));
-    for (const std::string line : {"-V", "convert --version", "convert -V", "kernels -V"})
+    for (const std::string line : {"-V", "convert --version", "convert -V", "check -V", "init -V", "kernels -V"})
     {
         EXPECT_EQ(Boardmap_Run(line).out, version.out) << line;
         EXPECT_EQ(Boardmap_Run(line).status, 0) << line;

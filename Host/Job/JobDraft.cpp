@@ -1,0 +1,307 @@
+// Names taken apart, maps looked up, and the text put together.
+#include "Host/Job/JobDraft.h"
+
+#include "Host/HostError.h"
+#include "Host/Job/JobNames.h"
+
+#include <algorithm>
+#include <array>
+#include <iomanip>
+#include <sstream>
+#include <string_view>
+
+namespace
+{
+
+constexpr int widestFrame = 512;
+constexpr std::string_view separators = "._- ";
+
+std::string Stem_Of(const std::string& name)
+{
+    const std::size_t dot = name.rfind('.');
+    return dot == std::string::npos || dot == 0 ? name : name.substr(0, dot);
+}
+
+// What stands in the last brackets, if the name ends with them.
+std::optional<std::string> Bracketed_Of(const std::string& stem)
+{
+    const std::size_t open = stem.rfind('(');
+    if (!stem.ends_with(')') || open == std::string::npos || open + 2 == stem.size())
+    {
+        return std::nullopt;
+    }
+    return stem.substr(open + 1, stem.size() - open - 2);
+}
+
+// How much all begin with, back to behind a separator, so that no ink loses its first letters.
+std::size_t Common_Length(const std::vector<std::string>& stems)
+{
+    std::size_t length = stems.front().size();
+    for (const std::string& stem : stems)
+    {
+        const auto [end, other] = std::ranges::mismatch(stems.front(), stem);
+        length = std::min(length, static_cast<std::size_t>(end - stems.front().begin()));
+    }
+    const std::size_t separator = length == 0 ? std::string::npos : stems.front().find_last_of(separators, length - 1);
+    return separator == std::string::npos ? 0 : separator + 1;
+}
+
+std::string Lower_Of(std::string text)
+{
+    std::ranges::transform(text, text.begin(),
+                           [](char letter)
+                           { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter; });
+    return text;
+}
+
+// A text of a TOML file, in its quotes.
+std::string Toml_Text(const std::string& text)
+{
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string quoted = "\"";
+    for (const char letter : text)
+    {
+        const auto code = static_cast<unsigned char>(letter);
+        if (letter == '"' || letter == '\\')
+        {
+            quoted += '\\';
+            quoted += letter;
+        }
+        else if (code < 0x20U || code == 0x7FU)
+        {
+            quoted += "\\u00";
+            quoted += digits[code / 16U];
+            quoted += digits[code % 16U];
+        }
+        else
+        {
+            quoted += letter;
+        }
+    }
+    return quoted + '"';
+}
+
+bool IsSupportBitsUsed(const SDPOption& option)
+{
+    return option.m_dataPushStyle == EDataPushStyle::ByPixel &&
+           (option.m_dataMapStyle == EDataMapStyle::FramePerPixel ||
+            option.m_dataMapStyle == EDataMapStyle::ByteInterleaved);
+}
+
+// Whether the map gets pixels of the depth that it is made for.
+bool IsDepthRight(const SDPOption& option, const SJobMap& map, int bitsPerPixel)
+{
+    const bool bByPixel = option.m_dataPushStyle == EDataPushStyle::ByPixel;
+    if (MapClass_Get(map.m_class).m_bPlanePair)
+    {
+        return bByPixel && bitsPerPixel == 2;
+    }
+    return (bByPixel ? bitsPerPixel : 1) == map.m_srcBitCount;
+}
+
+std::string Style_Text(EMapClass mapClass)
+{
+    return std::string("style ") + MapClass_Name(mapClass);
+}
+
+[[noreturn]] void Style_Refuse(EMapClass mapClass, const std::string& what)
+{
+    throw CInputError("--style: " + Style_Text(mapClass) + ' ' + what);
+}
+
+// A line of the job: the key in its column, the value in its own, a comment behind it.
+void Value_Add(std::ostringstream& text, const std::string& key, const std::string& value, const std::string& comment)
+{
+    constexpr int keyColumns = 18;
+    constexpr int valueColumns = 17;
+    text << std::left << std::setw(keyColumns) << key << " = ";
+    if (comment.empty())
+    {
+        text << value << '\n';
+        return;
+    }
+    text << std::setw(valueColumns) << value << " # " << comment << '\n';
+}
+
+void Enum_Add(std::ostringstream& text, const std::string& key, std::span<const SEnumName> names, int value,
+              const std::string& comment)
+{
+    Value_Add(text, key, Toml_Text(EnumName_Get(names, value)), comment);
+}
+
+std::string Bits_Text(int bits)
+{
+    return std::to_string(bits) + (bits == 1 ? " bit" : " bits");
+}
+
+void Head_Add(std::ostringstream& text, const std::vector<SDraftFile>& files)
+{
+    const SSeparationInfo& info = files.front().m_info;
+    text << "# A page of " << info.width << " x " << info.height << " pixels of " << Bits_Text(info.bitsPerPixel);
+    if (info.HasResolution())
+    {
+        text << ", " << info.xResolution << " x " << info.yResolution << " per inch";
+    }
+    text << ", in " << files.size() << (files.size() == 1 ? " separation.\n" : " separations.\n")
+         << "# boardmap check says whether the job can run, and what a run will be.\nVersion = 1\n";
+}
+
+void Option_Add(std::ostringstream& text, const SDPOption& option, const SJobMap& map)
+{
+    const SMapClass& row = MapClass_Get(map.m_class);
+    text << "\n# What the head-driver boards take: " << Style_Text(map.m_class) << " of their layouts.\n[DPOption]\n";
+    Enum_Add(text, "DataMapStyle", EnumNames_DataMapStyle(), static_cast<int>(option.m_dataMapStyle), "");
+    Enum_Add(text, "DataPushStyle", EnumNames_DataPushStyle(), static_cast<int>(option.m_dataPushStyle),
+             option.m_dataPushStyle == EDataPushStyle::ByPixel ? "a line of whole pixels"
+                                                               : "the bits of a pixel in lines of their own");
+    if (IsSupportBitsUsed(option))
+    {
+        Enum_Add(text, "PrinterSupportBits", EnumNames_PrinterSupportBits(),
+                 static_cast<int>(option.m_printerSupportBits), "bits of a pixel that the boards take");
+    }
+    const int units = MapClass_UnitCount(map, option.m_printerDataWidth);
+    Value_Add(text, "PrinterDataWidth", std::to_string(option.m_printerDataWidth),
+              std::string(row.m_frameUnit == EFrameUnit::Bits ? "bits" : "bytes") +
+                  " in a frame: " + std::to_string(units) + (units == 1 ? " unit" : " units") +
+                  (row.m_widthOnly > 0 ? "; the only width of these boards" : " at most; the boards' own, if larger"));
+}
+
+void Page_Add(std::ostringstream& text, const SDraftOptions& options, const SJobMap& map, int bitsPerPixel)
+{
+    text << "\n[PrintParam]\n";
+    Value_Add(text, "BitsPerPixel", std::to_string(bitsPerPixel), "of every separation");
+    if (MapClass_Get(map.m_class).m_bDotSize)
+    {
+        Value_Add(text, "DotSizeMode", "\"Middle\"", "the drop of every dot: Small, Middle or Big");
+    }
+    Value_Add(text, "Bidirectional", options.m_bBidirectional ? "true" : "false",
+              options.m_bBidirectional ? "every other swath is printed from right to left"
+                                       : "every swath is printed from left to right");
+    const SMapClass& row = MapClass_Get(map.m_class);
+    text << "\n[CartInfo]\n";
+    Value_Add(text, "Nozzles", std::to_string(options.m_nozzles),
+              "of a head: rows of a swath" + (row.m_nozzlesOnly > 0 ? std::string("; the only number of these boards")
+                                              : row.m_nozzlesMultiple > 1
+                                                  ? "; a multiple of " + std::to_string(row.m_nozzlesMultiple)
+                                                  : std::string()));
+}
+
+void Units_Add(std::ostringstream& text, const SDraftOptions& options, const std::vector<SDraftFile>& files)
+{
+    text << "\n# The print units, by their places in a frame. Horizon_1 and Horizon_2 are a unit's offsets from right "
+            "to "
+            "left and\n# from left to right, in scan positions; they are 0 where they are left out.\n";
+    int unit = 0;
+    for (const SDraftFile& file : files)
+    {
+        text << (unit == 0 ? "" : "\n") << "[[CartInfo.Unit]]\n";
+        Value_Add(text, "UnitId", std::to_string(unit++), "");
+        if (!file.m_ink.empty())
+        {
+            Value_Add(text, "Name", Toml_Text(file.m_ink), "");
+        }
+        Value_Add(text, "Separation", Toml_Text(file.m_file), "");
+        if (MapClass_Get(options.m_map).m_bDirected)
+        {
+            Value_Add(text, "Direction", "\"Descending\"", "or \"Ascending\": the order of the unit's blocks");
+        }
+    }
+}
+
+} // namespace
+
+std::vector<std::string> Inks_FromNames(const std::vector<std::string>& names)
+{
+    std::vector<std::string> stems;
+    std::ranges::transform(names, std::back_inserter(stems), &Stem_Of);
+    // Some of a page's names may have brackets; the others are compared with each other.
+    std::vector<std::string> plain;
+    std::ranges::copy_if(stems, std::back_inserter(plain),
+                         [](const std::string& stem) { return !Bracketed_Of(stem).has_value(); });
+    std::size_t common = plain.empty() ? 0 : Common_Length(plain);
+    if (plain.size() == 1)
+    {
+        const std::size_t dot = plain.front().rfind('.');
+        common = dot == std::string::npos ? plain.front().size() : dot + 1;
+    }
+    std::vector<std::string> inks;
+    for (const std::string& stem : stems)
+    {
+        inks.push_back(Bracketed_Of(stem).value_or(stem.substr(std::min(common, stem.size()))));
+    }
+    return inks;
+}
+
+int Ink_Order(const std::string& ink)
+{
+    constexpr std::array<std::array<std::string_view, 2>, 4> process = {
+        {{"cyan", "c"}, {"magenta", "m"}, {"yellow", "y"}, {"black", "k"}}};
+    const std::string lower = Lower_Of(ink);
+    const auto found =
+        std::ranges::find_if(process, [&](const auto& names) { return names[0] == lower || names[1] == lower; });
+    return static_cast<int>(found - process.begin());
+}
+
+std::optional<SDPOption> Map_Options(EMapClass mapClass, int bitsPerPixel)
+{
+    for (const EDataPushStyle push : {EDataPushStyle::ByPixel, EDataPushStyle::ByUnit})
+    {
+        for (const SEnumName& style : EnumNames_DataMapStyle())
+        {
+            for (const SEnumName& support : EnumNames_PrinterSupportBits())
+            {
+                SDPOption option;
+                option.m_dataMapStyle = static_cast<EDataMapStyle>(style.m_value);
+                option.m_dataPushStyle = push;
+                option.m_printerSupportBits = static_cast<EPrinterSupportBits>(support.m_value);
+                const SJobMap map = Job_MapClass(option, bitsPerPixel);
+                if (map.m_class == mapClass && IsDepthRight(option, map, bitsPerPixel))
+                {
+                    return option;
+                }
+            }
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<int> Map_FrameWidth(const SJobMap& map, int unitCount)
+{
+    const SMapClass& row = MapClass_Get(map.m_class);
+    for (int width = row.m_widthLeast; width <= widestFrame; ++width)
+    {
+        const bool bRight = (row.m_widthOnly == 0 || width == row.m_widthOnly) && width % row.m_widthMultiple == 0;
+        if (bRight && MapClass_UnitCount(map, width) >= unitCount)
+        {
+            return width;
+        }
+    }
+    return std::nullopt;
+}
+
+std::string JobDraft_Make(const SDraftOptions& options, const std::vector<SDraftFile>& files)
+{
+    const int bitsPerPixel = files.front().m_info.bitsPerPixel;
+    std::optional<SDPOption> option = Map_Options(options.m_map, bitsPerPixel);
+    if (!option)
+    {
+        Style_Refuse(options.m_map, "does not take separations of " + Bits_Text(bitsPerPixel) + " per pixel, but of " +
+                                        Bits_Text(3 - bitsPerPixel));
+    }
+    const SJobMap map = Job_MapClass(*option, bitsPerPixel);
+    const std::optional<int> width = Map_FrameWidth(map, static_cast<int>(files.size()));
+    if (!width)
+    {
+        const int only = MapClass_Get(map.m_class).m_widthOnly;
+        Style_Refuse(options.m_map, "has room for " +
+                                        std::to_string(MapClass_UnitCount(map, only > 0 ? only : widestFrame)) +
+                                        " units, and here are " + std::to_string(files.size()) + " separations");
+    }
+    option->m_printerDataWidth = *width;
+    std::ostringstream text;
+    Head_Add(text, files);
+    Option_Add(text, *option, map);
+    Page_Add(text, options, map, bitsPerPixel);
+    Units_Add(text, options, files);
+    return text.str();
+}
