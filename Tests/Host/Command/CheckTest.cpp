@@ -1,5 +1,5 @@
-// boardmap check from outside: all mistakes at once, the plan in words and as JSON, and exit statuses; and that raw board
-// data does not end up on a terminal.
+// boardmap check from outside: all mistakes at once, the plan in words and as JSON, and exit statuses; and that raw
+// board data does not end up on a terminal.
 #include "Tests/Host/Command/CommandSupport.h"
 
 #include <gmock/gmock.h>
@@ -140,9 +140,10 @@ TEST_F(Check, AZoneThatDwarfsThePageIsAWarningWithItsSize)
     Job_Write("job.toml", {"a.tif"}, 8, "[InkStripe]\nRightStripeWidth = 16000000\n");
     const auto result = Boardmap_Run("check job.toml");
     EXPECT_EQ(result.status, 0);
-    EXPECT_THAT(result.out,
-                StartsWith("job.toml:3:20: warning: RightStripeWidth is 16000000 on a page of 30 columns; the job makes "
-                           "bands of 16000030 lines, 128000240 bytes of board data\njob.toml: 1 warning\n"));
+    EXPECT_THAT(
+        result.out,
+        StartsWith("job.toml:3:20: warning: RightStripeWidth is 16000000 on a page of 30 columns; the job makes "
+                   "bands of 16000030 lines, 128000240 bytes of board data\njob.toml: 1 warning\n"));
     EXPECT_THAT(Rules_Of(CJson::parse(Boardmap_Run("check job.toml --json").out)), ElementsAre("beside-page"));
     // An offset does it as well; a zone that is merely wide does not.
     Job_Write("job.toml", {"a.tif"}, 8, "[InkStripe]\nRightStripeWidth = 60000\n");
@@ -199,10 +200,11 @@ TEST_F(Check, RawBoardDataIsNotPouredIntoATerminal)
     const std::string convert = "script -qec \"'$boardmap' convert job.toml --format raw -o - ";
     const auto refused = Shell_Run(convert + "\" typescript");
     EXPECT_EQ(refused.status, 2);
-    EXPECT_THAT(File_Read(In("typescript")),
-                AllOf(HasSubstr("--output -: standard output is a terminal, and board data is no text; redirect it, name "
-                                "a file, or give --force"),
-                      Not(HasSubstr("boardmap-band"))));
+    EXPECT_THAT(
+        File_Read(In("typescript")),
+        AllOf(HasSubstr("--output -: standard output is a terminal, and board data is no text; redirect it, name "
+                        "a file, or give --force"),
+              Not(HasSubstr("boardmap-band"))));
     EXPECT_EQ(Shell_Run(convert + "--force\" typescript").status, 0);
     EXPECT_THAT(File_Read(In("typescript")), HasSubstr("boardmap-band"));
     EXPECT_EQ(Shell_Run(convert + ">redirected.raw\" typescript").status, 0);

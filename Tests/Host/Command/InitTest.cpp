@@ -43,42 +43,43 @@ TEST_F(Init, WritesACommentedJobWithTheProcessInksFirst)
     EXPECT_EQ(result.status, 0) << result.error;
     EXPECT_THAT(result.out, IsEmpty());
     EXPECT_THAT(result.error, IsEmpty());
-    EXPECT_EQ(File_Read(In("job.toml")),
-              "# A page of 40 x 30 pixels of 1 bit, in 3 separations.\n"
-              "# boardmap check says whether the job can run, and what a run will be.\n"
-              "Version = 1\n"
-              "\n"
-              "# What the head-driver boards take: style 5 of their layouts.\n"
-              "[DPOption]\n"
-              "DataMapStyle       = \"FramePerPixel\"\n"
-              "DataPushStyle      = \"ByPixel\"         # a line of whole pixels\n"
-              "PrinterSupportBits = \"OneBit\"          # bits of a pixel that the boards take\n"
-              "PrinterDataWidth   = 8                 # bits in a frame: 8 units at most; the boards' own, if larger\n"
-              "\n"
-              "[PrintParam]\n"
-              "BitsPerPixel       = 1                 # of every separation\n"
-              "Bidirectional      = true              # every other swath is printed from right to left\n"
-              "\n"
-              "[CartInfo]\n"
-              "Nozzles            = 400               # of a head: rows of a swath\n"
-              "\n"
-              "# The print units, by their places in a frame. Horizon_1 and Horizon_2 are a unit's offsets from right to "
-              "left and\n"
-              "# from left to right, in scan positions; they are 0 where they are left out.\n"
-              "[[CartInfo.Unit]]\n"
-              "UnitId             = 0\n"
-              "Name               = \"Cyan\"\n"
-              "Separation         = \"page1(Cyan).tif\"\n"
-              "\n"
-              "[[CartInfo.Unit]]\n"
-              "UnitId             = 1\n"
-              "Name               = \"Black\"\n"
-              "Separation         = \"page1(Black).tif\"\n"
-              "\n"
-              "[[CartInfo.Unit]]\n"
-              "UnitId             = 2\n"
-              "Name               = \"PANTONE 300 C\"\n"
-              "Separation         = \"page1(PANTONE 300 C).tif\"\n");
+    EXPECT_EQ(
+        File_Read(In("job.toml")),
+        "# A page of 40 x 30 pixels of 1 bit, in 3 separations.\n"
+        "# boardmap check says whether the job can run, and what a run will be.\n"
+        "Version = 1\n"
+        "\n"
+        "# What the head-driver boards take: style 5 of their layouts.\n"
+        "[DPOption]\n"
+        "DataMapStyle       = \"FramePerPixel\"\n"
+        "DataPushStyle      = \"ByPixel\"         # a line of whole pixels\n"
+        "PrinterSupportBits = \"OneBit\"          # bits of a pixel that the boards take\n"
+        "PrinterDataWidth   = 8                 # bits in a frame: 8 units at most; the boards' own, if larger\n"
+        "\n"
+        "[PrintParam]\n"
+        "BitsPerPixel       = 1                 # of every separation\n"
+        "Bidirectional      = true              # every other swath is printed from right to left\n"
+        "\n"
+        "[CartInfo]\n"
+        "Nozzles            = 400               # of a head: rows of a swath\n"
+        "\n"
+        "# The print units, by their places in a frame. Horizon_1 and Horizon_2 are a unit's offsets from right to "
+        "left and\n"
+        "# from left to right, in scan positions; they are 0 where they are left out.\n"
+        "[[CartInfo.Unit]]\n"
+        "UnitId             = 0\n"
+        "Name               = \"Cyan\"\n"
+        "Separation         = \"page1(Cyan).tif\"\n"
+        "\n"
+        "[[CartInfo.Unit]]\n"
+        "UnitId             = 1\n"
+        "Name               = \"Black\"\n"
+        "Separation         = \"page1(Black).tif\"\n"
+        "\n"
+        "[[CartInfo.Unit]]\n"
+        "UnitId             = 2\n"
+        "Name               = \"PANTONE 300 C\"\n"
+        "Separation         = \"page1(PANTONE 300 C).tif\"\n");
     EXPECT_THAT(Boardmap_Run("check job.toml").out, StartsWith("job.toml: no mistakes\n"));
 }
 
@@ -103,8 +104,7 @@ TEST_F(Init, TheJobPassesTheCheckForEveryStyleThatTakesTheFiles)
             if (std::ranges::find(depth.m_styles, style) == depth.m_styles.end())
             {
                 EXPECT_EQ(result.status, 2);
-                EXPECT_THAT(result.error,
-                            StartsWith("--style: style " + style + " does not take separations of "));
+                EXPECT_THAT(result.error, StartsWith("--style: style " + style + " does not take separations of "));
                 continue;
             }
             EXPECT_EQ(result.status, 0) << result.error;
@@ -126,8 +126,9 @@ TEST_F(Init, RefusesFilesThatAreNoPageTogetherAllAtOnce)
     const auto before = Files();
     const auto result = Boardmap_Run("init a.tif narrow.tif grey.tif gone.tif text.tif");
     EXPECT_EQ(result.status, 2);
-    EXPECT_THAT(result.error, HasSubstr("narrow.tif: 39 x 30 pixels, but a.tif has 40 x 30 pixels; all separations of a "
-                                        "page have one size\n"));
+    EXPECT_THAT(result.error,
+                HasSubstr("narrow.tif: 39 x 30 pixels, but a.tif has 40 x 30 pixels; all separations of a "
+                          "page have one size\n"));
     EXPECT_THAT(result.error,
                 HasSubstr("grey.tif: 2 bits per pixel, but a.tif has 1; all separations of a job have one depth\n"));
     EXPECT_THAT(result.error, HasSubstr("gone.tif: there is no such file\n"));
@@ -150,8 +151,7 @@ TEST_F(Init, RefusesWhatAStyleCannotTake)
     EXPECT_EQ(room.error, "--style: style 1 has room for 16 units, and here are 17 separations\n");
     const auto nozzles = Boardmap_Run("init a.tif --style 03 --nozzles 200");
     EXPECT_EQ(nozzles.status, 2);
-    EXPECT_EQ(nozzles.error,
-              "job.toml: Nozzles is 200; style 03 maps heads of 400 nozzles, in four blocks of 100\n");
+    EXPECT_EQ(nozzles.error, "job.toml: Nozzles is 200; style 03 maps heads of 400 nozzles, in four blocks of 100\n");
     EXPECT_THAT(Boardmap_Run("init a.tif --style 9").error, HasSubstr("\"9\" is none of 1, 2, 03, 03_01, 5, 6, 7, 8"));
     EXPECT_EQ(Boardmap_Run("init").status, 2);
     EXPECT_EQ(Files(), before);

@@ -1,7 +1,7 @@
 // The page model against the real program: random jobs of every map, push style, pass, zone, offset and stripe are
 // converted, and every bit, header word and pass of the output is what the model says, from the pixels to the bits and
 // from the bits to the pixels.
-#include "Tests/Host/Command/CommandSupport.h"
+#include "Tests/Host/Command/RandomJob.h"
 
 #include "Host/Board/BandHeaderWords.h"
 #include "Host/Board/BoardReader.h"
@@ -9,7 +9,6 @@
 #include "Host/Model/PageInk.h"
 #include "Host/Model/PageModel.h"
 #include "Host/Model/StripeModel.h"
-#include "Tests/Host/Job/StripeTiff.h"
 
 #include <gtest/gtest.h>
 
@@ -22,115 +21,16 @@
 namespace
 {
 
-class PageModel : public CCommandTest
+class PageModel : public CRandomJobTest
 {
 protected:
-    int Number(int least, int most) { return std::uniform_int_distribution<int>(least, most)(m_random); }
-
-    void Page_Write(const std::string& name, int width, int height, int bits, bool bBlank)
-    {
-        std::vector<std::string> rows(static_cast<std::size_t>(height),
-                                      std::string(static_cast<std::size_t>((width * bits + 7) / 8), '\0'));
-        for (std::string& row : rows)
-        {
-            for (int bit = 0; bit < width * bits && !bBlank; ++bit)
-            {
-                row[static_cast<std::size_t>(bit / 8)] |= static_cast<char>(Number(0, 1) << (7 - bit % 8));
-            }
-        }
-        StripeTiff_Write((m_folder / name).string(), width, bits, rows);
-    }
-
-    // A job for one of the map classes; its text is in job.toml, its separations beside it.
-    void Job_WriteRandom(int board);
-
     // Every question about the output, answered both ways.
     void Output_Check(const std::string& output);
 
-    std::mt19937 m_random{20};
     std::set<std::string> m_maps;
     int m_stripeJobs = 0;
     int m_bandsLeftOut = 0;
 };
-
-struct SBoard
-{
-    const char* m_pOptions;
-    int m_bits;
-    int m_width; // 0: any that is a multiple of 8; -1: any
-    int m_nozzles;
-    int m_nozzleStep;
-};
-
-constexpr std::array boards = {
-    SBoard{"DataMapStyle = 1\n", 1, 16, 0, 1},
-    SBoard{"DataMapStyle = 1\nDataPushStyle = 1\n", 2, 16, 0, 1},
-    SBoard{"DataMapStyle = 3\n", 1, 64, 400, 1},
-    SBoard{"DataMapStyle = 3\nDataPushStyle = 1\n", 2, 64, 400, 1},
-    SBoard{"DataMapStyle = 4\n", 1, 19, 400, 1},
-    SBoard{"DataMapStyle = 4\nDataPushStyle = 1\n", 2, 16, 400, 1},
-    SBoard{"DataMapStyle = 6\nPrinterSupportBits = 1\n", 1, 0, 0, 1},
-    SBoard{"DataMapStyle = 6\nDataPushStyle = 1\n", 2, 0, 0, 1},
-    SBoard{"DataMapStyle = 6\nPrinterSupportBits = 2\n", 2, 0, 0, 1},
-    SBoard{"DataMapStyle = 6\nPrinterSupportBits = 2\n", 1, 0, 0, 1},
-    SBoard{"DataMapStyle = 6\nPrinterSupportBits = 5\n", 2, 0, 0, 1},
-    SBoard{"DataMapStyle = 7\nPrinterSupportBits = 1\n", 1, -1, 0, 1},
-    SBoard{"DataMapStyle = 7\nPrinterSupportBits = 2\n", 2, -1, 0, 1},
-    SBoard{"DataMapStyle = 7\nPrinterSupportBits = 2\n", 1, -1, 0, 1},
-    SBoard{"DataMapStyle = 7\nDataPushStyle = 1\n", 2, -1, 0, 1},
-    SBoard{"DataMapStyle = 9\n", 2, 0, 0, 4},
-};
-
-void PageModel::Job_WriteRandom(int board)
-{
-    const SBoard& options = boards.at(static_cast<std::size_t>(board));
-    const int width = options.m_width > 0 ? options.m_width : options.m_width == 0 ? 8 * Number(1, 4) : Number(2, 9);
-    const int nozzles =
-        options.m_nozzles > 0 ? options.m_nozzles : options.m_nozzleStep * Number(1, options.m_nozzleStep > 1 ? 9 : 37);
-    const int columns = Number(1, 40);
-    const int rows = std::max(1, nozzles * Number(0, 3) + Number(0, nozzles));
-    const int unitCount = std::min(Number(1, 4), options.m_width == 64 ? 4 : 2);
-    const int pitch = Number(1, 6);
-    const int count = unitCount + Number(0, 2);
-    const int zone = pitch * count;
-    const bool bSkip = Number(0, 2) == 0;
-    std::string text = "Version = 1\n[Stage]\nKind = \"" + std::string(Number(0, 3) == 0 ? "one-fifo" : "ink-stripe") +
-                       "\"\nSkipBlank = " + (bSkip ? "true" : "false") + "\n[DPOption]\n" + options.m_pOptions +
-                       "PrinterDataWidth = " + std::to_string(width) +
-                       "\n[PrintParam]\nDotSizeMode = " + std::to_string(Number(1, 3)) +
-                       "\nBitsPerPixel = " + std::to_string(options.m_bits) +
-                       "\nAlignByteCountPerLine = " + std::to_string(1 << Number(0, 4)) +
-                       "\nBidirectional = " + (Number(0, 3) == 0 ? "false" : "true") + "\n";
-    if (Number(0, 4) > 0)
-    {
-        text += "[InkStripe]\nLeftStripeWidth = " + std::to_string(Number(0, 2) == 0 ? 0 : zone + Number(0, 5)) +
-                "\nRightStripeWidth = " + std::to_string(Number(0, 2) == 0 ? 0 : zone + Number(0, 5)) +
-                "\nUnitPitch = " + std::to_string(pitch) + "\nUnitPositionCount = " + std::to_string(count) + "\n";
-    }
-    text += "[CartInfo]\nNozzles = " + std::to_string(nozzles) + "\n";
-    for (int i = 0; i < unitCount; ++i)
-    {
-        text += "[[CartInfo.Unit]]\nUnitId = " + std::to_string(unitCount - 1 - i) +
-                "\nDirection = " + std::to_string(Number(1, 2)) + "\nHorizon_1 = " + std::to_string(Number(0, 5)) +
-                "\nHorizon_2 = " + std::to_string(Number(0, 5)) + "\n";
-        if (i == 0 || Number(0, 1) == 0)
-        {
-            const std::string name = "page." + std::to_string(i) + ".tif";
-            Page_Write(name, columns, rows, options.m_bits, bSkip && Number(0, 2) == 0);
-            text += "Separation = \"" + name + "\"\n";
-        }
-        else if (Number(0, 1) == 0)
-        {
-            Page_Write("stripe.tif", nozzles, 1, options.m_bits, false);
-            text += "StripeColor = \"stripe.tif\"\n";
-        }
-        else
-        {
-            text += "StripeColor = \"Full\"\n";
-        }
-    }
-    File_Write(In("job.toml"), text);
-}
 
 bool Bit_Get(const CBandData& band, const SModelBit& bit)
 {
@@ -212,7 +112,7 @@ TEST_F(PageModel, SaysEveryBitHeaderAndPassOfRandomJobsOfEveryBoard)
     int converted = 0;
     for (int i = 0; i < 96; ++i)
     {
-        Job_WriteRandom(i % static_cast<int>(boards.size()));
+        Job_WriteRandom(i % static_cast<int>(randomBoards.size()));
         const std::string format = i % 2 == 0 ? "raw" : "tiff";
         const auto result = Boardmap_Run("convert job.toml -o out --format " + format);
         if (result.status == 1 && result.error.find("there is no board band") != std::string::npos)

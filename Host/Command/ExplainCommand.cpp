@@ -1,0 +1,165 @@
+// The command explain: why a nozzle fires, or does not.
+#include "Host/Command/ExplainCommand.h"
+
+#include "Host/Board/BoardRecord.h"
+#include "Host/Command/Explanation.h"
+#include "Host/HostError.h"
+#include "Host/Output/ByteSink.h"
+#include "Host/PathText.h"
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <limits>
+#include <string_view>
+
+namespace
+{
+
+// Whether the file begins as one of the two board formats does. What cannot be opened is taken for a job, which says
+// what is wrong with it; so is what is no plain file, since a look at it would take from it.
+bool IsOutput(const std::filesystem::path& file)
+{
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(file, error))
+    {
+        return false;
+    }
+    std::array<char, 8> begin = {};
+    std::ifstream stream(file, std::ios::binary);
+    stream.read(begin.data(), begin.size());
+    const std::string_view text(begin.data(), static_cast<std::size_t>(stream.gcount()));
+    constexpr std::array<std::string_view, 4> tiffs = {std::string_view("II*\0", 4), std::string_view("MM\0*", 4),
+                                                       std::string_view("II+\0", 4), std::string_view("MM\0+", 4)};
+    const bool bTiff = std::ranges::any_of(tiffs, [&](std::string_view tiff) { return text.starts_with(tiff); });
+    return bTiff || text == g_streamMagic;
+}
+
+// The job and the output among the files, in either order; one of them may be missing.
+struct SExplainFiles
+{
+    std::filesystem::path m_job;
+    std::filesystem::path m_output;
+};
+
+SExplainFiles Files_Get(const CArguments& arguments)
+{
+    SExplainFiles files;
+    for (const std::string& name : arguments.Texts_Get("FILE"))
+    {
+        const std::filesystem::path path = Path_FromText(name);
+        std::filesystem::path& place = IsOutput(path) ? files.m_output : files.m_job;
+        if (!place.empty())
+        {
+            throw CInputError(name + " is one " + (&place == &files.m_job ? "job" : "output") +
+                              " too many; explain takes a job, an output, or one of each");
+        }
+        place = path;
+    }
+    return files;
+}
+
+constexpr std::array<std::string_view, 4> nozzleWords = {"unit", "nozzle", "position", "band"};
+constexpr std::array<std::string_view, 4> bitWords = {"band", "line", "byte", "bit"};
+constexpr std::array<std::string_view, 3> inkWords = {"row", "column", "ink"};
+constexpr std::array<std::string_view, 3> unitWords = {"row", "column", "unit"};
+
+// Whether exactly these of the question's options were given.
+template<class TWords>
+bool IsQuestion(const CArguments& arguments, const TWords& words)
+{
+    for (const std::string_view word :
+         {"unit", "nozzle", "position", "band", "line", "byte", "bit", "row", "column", "ink"})
+    {
+        if (arguments.Has(std::string(word)) != (std::ranges::find(words, word) != words.end()))
+        {
+            return false;
+        }
+    }
+    return true;
+}
+
+SExplanation Answer_Make(CExplainer& explainer, const CArguments& arguments)
+{
+    const auto Number = [&](const char* pName) { return static_cast<int>(arguments.Number_Get(pName).value()); };
+    if (IsQuestion(arguments, nozzleWords))
+    {
+        return explainer.Nozzle_Explain(Number("unit"), Number("nozzle"), Number("position"), Number("band"));
+    }
+    if (IsQuestion(arguments, bitWords))
+    {
+        return explainer.Bit_Explain(Number("band"), Number("line"), Number("byte"), Number("bit"));
+    }
+    const int unit = arguments.Has("unit") ? Number("unit") : explainer.Unit_OfInk(arguments.Text_Get("ink"));
+    return explainer.Pixel_Explain(unit, Number("row"), Number("column"));
+}
+
+int Explain_Run(const CArguments& arguments)
+{
+    if (!IsQuestion(arguments, nozzleWords) && !IsQuestion(arguments, bitWords) && !IsQuestion(arguments, inkWords) &&
+        !IsQuestion(arguments, unitWords))
+    {
+        throw CInputError("explain needs one of --unit --nozzle --position --band, --row --column --ink (or --unit), "
+                          "and --band --line --byte --bit, all of its options and no others");
+    }
+    const SExplainFiles files = Files_Get(arguments);
+    CExplainer explainer(files.m_job, files.m_output);
+    const SExplanation answer = Answer_Make(explainer, arguments);
+    const SBoardInfo& info = explainer.Model().Info();
+    const std::string text =
+        arguments.Flag_Get("json") ? Explanation_Json(answer, info) : Explanation_Text(answer, info);
+    CStandardOutput output;
+    output.Write(text.data(), text.size());
+    output.Finish();
+    return answer.IsDifferent() ? Exit_Failed : Exit_Done;
+}
+
+SCommandOption Option_Number(const std::string& name, const std::string& help)
+{
+    return {.m_kind = EOptionKind::Number,
+            .m_names = "--" + name,
+            .m_value = "N",
+            .m_help = help,
+            .m_most = std::numeric_limits<int>::max()};
+}
+
+} // namespace
+
+const SCommand& Command_Explain()
+{
+    static const SCommand command = {
+        .m_name = "explain",
+        .m_summary = "Say why a nozzle fires, or does not: from the page to the bit and back",
+        .m_text = "A job says what the output must be, an output what it is; both together are held against each\n"
+                  "other. Asked for a nozzle at a scan position, for a pixel of the page, or for a bit of the output.\n"
+                  "All numbers count from 0. Docs/explain.md has the words of the answer.",
+        .m_options = {{.m_kind = EOptionKind::File,
+                       .m_names = "FILE",
+                       .m_help = "A job, an output of it, or both, in any order",
+                       .m_bRequired = true,
+                       .m_bMany = true},
+                      Option_Number("band", "The band: its running number in the output"),
+                      Option_Number("unit", "The unit's id"),
+                      Option_Number("nozzle", "The nozzle of the unit"),
+                      Option_Number("position", "The scan position of the band"),
+                      Option_Number("row", "The page's row"),
+                      Option_Number("column", "The page's column"),
+                      {.m_kind = EOptionKind::Text,
+                       .m_names = "--ink",
+                       .m_value = "NAME",
+                       .m_help = "The unit by its name or its separation's"},
+                      Option_Number("line", "The line of the band"),
+                      Option_Number("byte", "The byte of the line"),
+                      Option_Number("bit", "The bit of the byte; 0 is the most significant"),
+                      Option_Json()},
+        .m_examples = {{"boardmap explain page.toml --unit 3 --nozzle 37 --position 1200 --band 5",
+                        "what the nozzle prints there, and the bit that says so"},
+                       {"boardmap explain page.boards.tif --row 2037 --column 1136 --ink Cyan",
+                        "who prints the pixel, when, and whether the output has it"},
+                       {"boardmap explain page.toml page.boards.tif --band 5 --line 1200 --byte 75 --bit 1",
+                        "what the bit is for, and whether it is right"}},
+        .m_exitText = "failed while running, or the output is not what the job makes",
+        .m_pRun = &Explain_Run,
+    };
+    return command;
+}

@@ -1,0 +1,6 @@
+// boardmap explain: its words and options; Explanation.h has the answers.
+#pragma once
+
+#include "Host/Command/Command.h"
+
+const SCommand& Command_Explain();

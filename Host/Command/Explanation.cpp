@@ -1,0 +1,783 @@
+// Questions about an output, answered from the page model.
+#include "Host/Command/Explanation.h"
+
+#include "Host/Command/Command.h"
+#include "Host/HostError.h"
+#include "Host/Job/JobNames.h"
+#include "Host/PathText.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cctype>
+#include <iterator>
+#include <utility>
+
+namespace
+{
+
+using CJson = nlohmann::ordered_json;
+
+const char* Direction_Text(bool bLeftToRight)
+{
+    return bLeftToRight ? "left to right" : "right to left";
+}
+
+std::string Lower_Of(std::string text)
+{
+    std::ranges::transform(text, text.begin(),
+                           [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    return text;
+}
+
+void Range_Check(const std::string& name, std::int64_t value, std::int64_t count)
+{
+    if (value < 0 || value >= count)
+    {
+        throw CInputError(name + " is " + std::to_string(value) + "; here it is 0 to " + std::to_string(count - 1));
+    }
+}
+
+// The first name whose value the two infos do not share; empty if they are the same but for the program.
+std::string Info_Difference(SBoardInfo a, const SBoardInfo& b)
+{
+    a.m_generator = b.m_generator;
+    const CJson left = CJson::parse(BoardInfo_Json(a));
+    const CJson right = CJson::parse(BoardInfo_Json(b));
+    for (const auto& [key, value] : left.items())
+    {
+        if (value != right.at(key))
+        {
+            return key;
+        }
+    }
+    return "";
+}
+
+// What both versions say.
+std::string Info_Difference_1(const SBoardInfo& a, const SBoardInfo& b)
+{
+    if (a.m_map != b.m_map || a.m_printerDataWidth != b.m_printerDataWidth)
+    {
+        return a.m_map != b.m_map ? "Map" : "PrinterDataWidth";
+    }
+    return a.m_nozzles != b.m_nozzles             ? "Nozzles"
+           : a.m_bitsPerPixel != b.m_bitsPerPixel ? "BitsPerPixel"
+           : a.m_units.size() != b.m_units.size() ? "Units"
+                                                  : "";
+}
+
+bool IsStripe(EModelArea area)
+{
+    return area == EModelArea::LeftStripe || area == EModelArea::RightStripe;
+}
+
+std::string Role_Of(const SModelSource& source)
+{
+    if (source.m_layout.unitIndex < 0)
+    {
+        return "padding";
+    }
+    if (source.m_pUnit == nullptr)
+    {
+        return "no unit";
+    }
+    if (source.m_nozzle < 0)
+    {
+        return "no nozzle";
+    }
+    const std::string repeat = source.m_layout.place.bRepeat ? ", repeated" : "";
+    if (source.m_layout.place.bDotCode)
+    {
+        return "drop size" + repeat;
+    }
+    if (source.m_pixelBitCount == 1)
+    {
+        return "ink" + repeat;
+    }
+    return (source.m_pixelBit == 0 ? "high bit" : "low bit") + repeat;
+}
+
+std::string Area_Name(EModelArea area)
+{
+    switch (area)
+    {
+    case EModelArea::Page:
+        return "page";
+    case EModelArea::Below:
+        return "below-page";
+    case EModelArea::FirstZone:
+        return "first-zone";
+    case EModelArea::LastZone:
+        return "last-zone";
+    case EModelArea::Margin:
+        return "margin";
+    case EModelArea::LeftStripe:
+        return "left-stripe";
+    case EModelArea::RightStripe:
+        return "right-stripe";
+    case EModelArea::Nothing:
+        break;
+    }
+    return "nothing";
+}
+
+std::string Number_Of(std::int64_t number)
+{
+    return std::to_string(number);
+}
+
+// What the carriage's road did to the position.
+void Road_Explain(const CPageModel& model, SExplanation& explanation)
+{
+    const SBoardInfo& info = model.Info();
+    const bool bLeftToRight = explanation.m_bLeftToRight;
+    const SBoardPass pass = model.Pass_Get(explanation.m_swath);
+    auto& rules = explanation.m_rules;
+    if (!bLeftToRight)
+    {
+        rules.push_back({"direction", "swath " + Number_Of(explanation.m_swath) +
+                                          " goes from right to left, so that the page's last column comes first"});
+    }
+    if (pass.m_firstZone > 0)
+    {
+        rules.push_back({"zone", std::string("the ") + (bLeftToRight ? "left" : "right") + " zone of " +
+                                     Number_Of(pass.m_firstZone) + " positions comes before the page"});
+    }
+    const int offset = CPageModel::Offset_Of(*explanation.m_source.m_pUnit, bLeftToRight);
+    if (offset != 0)
+    {
+        rules.push_back({"offset", std::string("the unit comes ") + Number_Of(offset) + " positions later (" +
+                                       (bLeftToRight ? "Horizon_2" : "Horizon_1") + ")"});
+    }
+    if (info.m_linesPerPosition > 1)
+    {
+        rules.push_back({"push", "the bits of a pixel are pushed one after the other: line 2p has the high bits of "
+                                 "position p, line 2p + 1 the low bits"});
+    }
+}
+
+// What the layout did to the nozzle.
+void Layout_Explain(const SBoardInfo& info, SExplanation& explanation)
+{
+    const SModelSource& source = explanation.m_source;
+    const std::string& map = info.m_map;
+    const std::string unit = Number_Of(source.m_pUnit->m_unitId);
+    auto& rules = explanation.m_rules;
+    const bool bBlocks = map == "03" || map == "03_01";
+    if (map == "1")
+    {
+        rules.push_back({"pair", "layout 1 swaps the nozzles of a pair, and the two bytes of a frame: the even nozzle "
+                                 "comes second"});
+    }
+    if (map == "8")
+    {
+        rules.push_back({"pair", "layout 8 puts the nozzles of a pair side by side"});
+        rules.push_back({"plane", "the first half of the line has the high bits, the second the low bits"});
+    }
+    if (bBlocks)
+    {
+        constexpr int blockNozzles = 100;
+        const int block = source.m_nozzle / blockNozzles;
+        const bool bDescending = source.m_pUnit->m_direction == 1;
+        rules.push_back({map == "03" ? "block" : "chunk",
+                         "nozzle " + Number_Of(source.m_nozzle) + " is number " +
+                             Number_Of(source.m_nozzle % blockNozzles) + " of quarter " + Number_Of(block) +
+                             ", which stands in place " + Number_Of(bDescending ? 3 - block : block) +
+                             " since the unit's Direction is " + Number_Of(source.m_pUnit->m_direction)});
+        const bool bRepeat = std::ranges::any_of(explanation.m_bits, [](const SExplanationBit& bit)
+                                                 { return bit.m_role.ends_with("repeated"); });
+        if (bRepeat)
+        {
+            rules.push_back({"repeat", "the bit stands once more in the padding of the chunk before"});
+        }
+    }
+    if (map == "6" || map == "7" || map == "03_01")
+    {
+        rules.push_back({"column", "the unit has byte columns of its own: byte " +
+                                       (map == "03_01" ? Number_Of(std::int64_t{4} * source.m_pUnit->m_unitId) +
+                                                             " on, four of them,"
+                                                       : unit) +
+                                       " of each " + Number_Of(info.m_printerDataWidth)});
+    }
+    if (map == "2" || map == "7")
+    {
+        rules.push_back({"drop-size", "any ink becomes the code of the drop size " + info.m_dotSizeMode});
+    }
+}
+
+// "row 2037, column 3812 of the page, from page.Cyan.tif"; why there is none.
+std::string Point_Text(const SExplanation& explanation, const SBoardInfo& info)
+{
+    const SModelPoint& point = explanation.m_source.m_point;
+    const SBoardUnitInfo& unit = *explanation.m_source.m_pUnit;
+    const std::string first = explanation.m_bLeftToRight ? "left" : "right";
+    const std::string last = explanation.m_bLeftToRight ? "right" : "left";
+    switch (point.m_area)
+    {
+    case EModelArea::Page:
+        return "prints row " + Number_Of(point.m_row) + ", column " + Number_Of(point.m_column) +
+               " of the page, from " + unit.m_separation;
+    case EModelArea::Below:
+        return "is below the page: its row would be " + Number_Of(point.m_row) + ", the page's last one is " +
+               Number_Of(info.m_pageHeight - 1);
+    case EModelArea::FirstZone:
+        return "is in the " + first + " zone, before the page, where the unit has no stripe";
+    case EModelArea::LastZone:
+        return "is in the " + last + " zone, behind the page, where the unit has no stripe";
+    case EModelArea::Margin:
+        return "is in the room that the units' offsets need, where this unit prints nothing";
+    case EModelArea::LeftStripe:
+    case EModelArea::RightStripe:
+        return std::string("prints position ") + Number_Of(point.m_stripePosition) + " of the unit's " +
+               (point.m_area == EModelArea::LeftStripe ? "left" : "right") + " ink stripe (" + unit.m_stripeColor + ")";
+    case EModelArea::Nothing:
+        break;
+    }
+    return unit.m_stripeColor.empty() ? "prints nothing: the unit has neither a separation nor ink stripes"
+                                      : "prints nothing: the unit has no separation, and no ink stripe here";
+}
+
+// Who has no nozzle there.
+std::string Gap_Text(const SModelSource& source)
+{
+    if (source.m_layout.unitIndex < 0)
+    {
+        return "is padding of the layout: no unit has it, and it is never set";
+    }
+    if (source.m_pUnit == nullptr)
+    {
+        return "is the place of unit " + Number_Of(source.m_layout.unitIndex) +
+               ", which the job does not have: it is never set";
+    }
+    return "is behind the last nozzle of " + BoardUnit_Text(*source.m_pUnit) + ": it is never set";
+}
+
+std::string Bit_Text(const SExplanationBit& bit, const SBoardInfo& info)
+{
+    const std::int64_t at = bit.m_bit.m_bit;
+    return "line " + Number_Of(bit.m_bit.m_line) + ", byte " + Number_Of(at / 8) + ", bit " + Number_Of(at % 8) +
+           " (frame " + Number_Of(at / info.m_frameBits) + "; " + bit.m_role + ")";
+}
+
+// What is printed, and what the bits are.
+std::string Value_Text(const SExplanation& explanation)
+{
+    const SModelSource& source = explanation.m_source;
+    std::string text;
+    const bool bSource = source.m_point.m_area == EModelArea::Page || IsStripe(source.m_point.m_area);
+    if (bSource && explanation.m_pixel)
+    {
+        const int most = (1 << source.m_pixelBitCount) - 1;
+        text += std::string("; the ") + (IsStripe(source.m_point.m_area) ? "stripe" : "separation") + " has " +
+                Number_Of(*explanation.m_pixel) + " of " + Number_Of(most) + " there, so the nozzle " +
+                (*explanation.m_pixel != 0 ? "fires" : "does not fire");
+    }
+    else if (explanation.m_outputPixel)
+    {
+        text +=
+            std::string("; by the output the nozzle ") + (*explanation.m_outputPixel != 0 ? "fires" : "does not fire");
+    }
+    return text;
+}
+
+std::string Bits_Text(const SExplanation& explanation, const SBoardInfo& info)
+{
+    if (explanation.m_band < 0)
+    {
+        return "The swath is blank and SkipBlank is set: the output has no band for it.";
+    }
+    if (explanation.m_bits.empty())
+    {
+        return "The layout has no place for this nozzle: it never fires.";
+    }
+    std::string text = explanation.m_bBitAsked         ? "The bit in question is"
+                       : explanation.m_bits.size() > 1 ? "Its bits are"
+                                                       : "Its bit is";
+    for (const SExplanationBit& bit : explanation.m_bits)
+    {
+        text += (&bit == &explanation.m_bits.front() ? " " : "; ") + Bit_Text(bit, info);
+        if (bit.m_found)
+        {
+            text += std::string(": ") + (*bit.m_found ? "1" : "0") + " in the output";
+            if (bit.m_expected && *bit.m_expected != *bit.m_found)
+            {
+                text += std::string(", BUT ") + (*bit.m_expected ? "1" : "0") + " BY THE JOB";
+            }
+        }
+        else if (bit.m_expected)
+        {
+            text += std::string(": ") + (*bit.m_expected ? "1" : "0") + " by the job";
+        }
+    }
+    return text + ".";
+}
+
+std::string Paragraph_Make(const SExplanation& explanation, const SBoardInfo& info)
+{
+    const SModelSource& source = explanation.m_source;
+    const std::string where =
+        (explanation.m_band < 0 ? "swath " : "band " + Number_Of(explanation.m_band) + " (swath ") +
+        Number_Of(explanation.m_swath) + (explanation.m_band < 0 ? " (" : ", ") +
+        Direction_Text(explanation.m_bLeftToRight) + ")";
+    if (source.m_nozzle < 0)
+    {
+        const SExplanationBit& bit = explanation.m_bits.front();
+        const std::int64_t at = bit.m_bit.m_bit;
+        std::string text = "Line " + Number_Of(bit.m_bit.m_line) + ", byte " + Number_Of(at / 8) + ", bit " +
+                           Number_Of(at % 8) + " of " + where + " (frame " + Number_Of(at / info.m_frameBits) + ") " +
+                           Gap_Text(source) + ".";
+        if (bit.m_found)
+        {
+            text += std::string(" In the output it is ") + (*bit.m_found ? "1, WHICH IS WRONG." : "0.");
+        }
+        return text;
+    }
+    std::string name = BoardUnit_Text(*source.m_pUnit);
+    name.front() = 'U';
+    std::string text = name + ", nozzle " + Number_Of(source.m_nozzle) + ", at position " +
+                       Number_Of(source.m_position) + " of " + where + " " + Point_Text(explanation, info) +
+                       Value_Text(explanation) + ". " + Bits_Text(explanation, info);
+    if (!explanation.m_rules.empty())
+    {
+        text += " How it came there:";
+        for (const SExplanationRule& rule : explanation.m_rules)
+        {
+            text += (&rule == &explanation.m_rules.front() ? " " : "; ") + rule.m_text;
+        }
+        text += ".";
+    }
+    return text;
+}
+
+template<class T>
+CJson Json_Of(const std::optional<T>& value)
+{
+    return value ? CJson(*value) : CJson(nullptr);
+}
+
+CJson Json_OrNull(std::int64_t number)
+{
+    return number < 0 ? CJson(nullptr) : CJson(number);
+}
+
+} // namespace
+
+bool SExplanation::IsDifferent() const
+{
+    return std::ranges::any_of(m_bits, [](const SExplanationBit& bit)
+                               { return bit.m_expected && bit.m_found && *bit.m_expected != *bit.m_found; });
+}
+
+std::string BoardUnit_Text(const SBoardUnitInfo& unit)
+{
+    return "unit " + std::to_string(unit.m_unitId) + (unit.m_name.empty() ? "" : " (" + unit.m_name + ")");
+}
+
+std::string Source_Text(const SModelSource& source)
+{
+    if (source.m_nozzle < 0)
+    {
+        return source.m_layout.unitIndex < 0 ? "padding"
+               : source.m_pUnit == nullptr
+                   ? "the place of unit " + Number_Of(source.m_layout.unitIndex) + ", which the job does not have"
+                   : "behind the last nozzle of " + BoardUnit_Text(*source.m_pUnit);
+    }
+    const SModelPoint& point = source.m_point;
+    std::string text = BoardUnit_Text(*source.m_pUnit) + ", nozzle " + Number_Of(source.m_nozzle) + ", position " +
+                       Number_Of(source.m_position);
+    switch (point.m_area)
+    {
+    case EModelArea::Page:
+        return text + ", page row " + Number_Of(point.m_row) + ", column " + Number_Of(point.m_column) + ", " +
+               source.m_pUnit->m_separation;
+    case EModelArea::Below:
+        return text + ", below the page";
+    case EModelArea::FirstZone:
+        return text + ", in the first zone";
+    case EModelArea::LastZone:
+        return text + ", in the last zone";
+    case EModelArea::Margin:
+        return text + ", in the room for offsets";
+    case EModelArea::LeftStripe:
+        return text + ", position " + Number_Of(point.m_stripePosition) + " of the left ink stripe";
+    case EModelArea::RightStripe:
+        return text + ", position " + Number_Of(point.m_stripePosition) + " of the right ink stripe";
+    case EModelArea::Nothing:
+        break;
+    }
+    return text + ", where the unit prints nothing";
+}
+
+std::string Explanation_Text(const SExplanation& explanation, const SBoardInfo& info)
+{
+    return Paragraph_Make(explanation, info) + '\n';
+}
+
+std::string Explanation_Json(const SExplanation& explanation, const SBoardInfo& info)
+{
+    const SModelSource& source = explanation.m_source;
+    const SModelPoint& point = source.m_point;
+    const bool bNozzle = source.m_nozzle >= 0;
+    CJson bits = CJson::array();
+    for (const SExplanationBit& bit : explanation.m_bits)
+    {
+        const std::int64_t at = bit.m_bit.m_bit;
+        bits.push_back({{"Line", bit.m_bit.m_line},
+                        {"Frame", at / info.m_frameBits},
+                        {"Byte", at / 8},
+                        {"Bit", at % 8},
+                        {"Role", bit.m_role},
+                        {"Expected", Json_Of(bit.m_expected)},
+                        {"Output", Json_Of(bit.m_found)}});
+    }
+    CJson rules = CJson::array();
+    for (const SExplanationRule& rule : explanation.m_rules)
+    {
+        rules.push_back({{"Rule", rule.m_name}, {"Text", rule.m_text}});
+    }
+    const bool bPage = bNozzle && point.m_area == EModelArea::Page;
+    const CJson json = {{"Band", Json_OrNull(explanation.m_band)},
+                        {"Swath", explanation.m_swath},
+                        {"Direction", explanation.m_bLeftToRight ? "left-to-right" : "right-to-left"},
+                        {"Position", source.m_position},
+                        {"UnitId", Json_OrNull(source.m_layout.unitIndex)},
+                        {"Name", source.m_pUnit == nullptr ? CJson(nullptr) : CJson(source.m_pUnit->m_name)},
+                        {"Nozzle", Json_OrNull(source.m_nozzle)},
+                        {"Area", bNozzle ? Area_Name(point.m_area) : "gap"},
+                        {"Row", bNozzle ? Json_OrNull(point.m_row) : CJson(nullptr)},
+                        {"Column", bNozzle ? Json_OrNull(point.m_column) : CJson(nullptr)},
+                        {"StripePosition", bNozzle ? Json_OrNull(point.m_stripePosition) : CJson(nullptr)},
+                        {"Separation", bPage ? CJson(source.m_pUnit->m_separation) : CJson(nullptr)},
+                        {"Value", Json_Of(explanation.m_pixel)},
+                        {"OutputValue", Json_Of(explanation.m_outputPixel)},
+                        {"Bits", std::move(bits)},
+                        {"Rules", std::move(rules)},
+                        {"Different", explanation.IsDifferent()},
+                        {"Text", Paragraph_Make(explanation, info)}};
+    return json.dump(-1, ' ', true, CJson::error_handler_t::replace) + '\n';
+}
+
+CExplainer::CExplainer(const std::filesystem::path& job, const std::filesystem::path& output) : m_output(output)
+{
+    if (!job.empty())
+    {
+        m_page = std::make_unique<CJobPage>(job);
+        m_ink = std::make_unique<CPageInk>(*m_page);
+        m_model = std::make_unique<CPageModel>(Page_BoardInfo(*m_page, ProgramName_Get()));
+    }
+    if (output.empty())
+    {
+        return;
+    }
+    Output_Begin();
+    const SBoardInfo& info = m_reader->BoardInfo();
+    if (m_page == nullptr)
+    {
+        if (info.m_version < g_boardVersion)
+        {
+            throw CInputError(m_reader->Name() + ": is of version 1, which does not say where its bits are on the "
+                                                 "page; give the job, too");
+        }
+        try
+        {
+            m_model = std::make_unique<CPageModel>(info);
+        }
+        catch (const CInputError& error)
+        {
+            throw CInputError(m_reader->Name() + ": " + error.what());
+        }
+        return;
+    }
+    const std::string difference = info.m_version < g_boardVersion ? Info_Difference_1(m_model->Info(), info)
+                                                                   : Info_Difference(m_model->Info(), info);
+    if (!difference.empty())
+    {
+        throw CInputError(m_reader->Name() + ": was not made from " + Path_Text(job) + " as it is now: " + difference +
+                          " differs; convert the job again, or give one of the two only");
+    }
+}
+
+CExplainer::~CExplainer() = default;
+
+void CExplainer::Output_Begin()
+{
+    m_reader = CBoardReader::Open(m_output);
+    m_bandNo = -1;
+}
+
+// The band's sizes are what the model says, or none of its answers would hold.
+bool CExplainer::Band_Next()
+{
+    if (!m_reader->Band_Read(m_band, m_pass))
+    {
+        return false;
+    }
+    ++m_bandNo;
+    const std::string place = m_reader->Name() + ": " + m_reader->Place() + ": ";
+    if (m_band.m_swathIndex < 0 || m_band.m_swathIndex >= m_model->SwathCount())
+    {
+        throw CInputError(place + "m_swathIndex is " + std::to_string(m_band.m_swathIndex) + "; the page has " +
+                          std::to_string(m_model->SwathCount()) + " swaths");
+    }
+    const bool bLeftToRight = m_model->IsLeftToRight(m_band.m_swathIndex);
+    if ((m_band.m_bandAttr == 1) != bLeftToRight)
+    {
+        throw CInputError(place + "m_bandAttr says " + Direction_Text(!bLeftToRight) + ", but swath " +
+                          std::to_string(m_band.m_swathIndex) + " goes " + Direction_Text(bLeftToRight));
+    }
+    if (m_band.m_width != m_model->LineBits() || m_band.m_height != m_model->LineCount(bLeftToRight))
+    {
+        throw CInputError(place + "the band has " + std::to_string(m_band.m_height) + " lines of " +
+                          std::to_string(m_band.m_width) + " bits; it should have " +
+                          std::to_string(m_model->LineCount(bLeftToRight)) + " of " +
+                          std::to_string(m_model->LineBits()));
+    }
+    return true;
+}
+
+int CExplainer::Swath_OfBand(std::int64_t band)
+{
+    if (m_reader != nullptr)
+    {
+        if (band < m_bandNo)
+        {
+            Output_Begin();
+        }
+        while (m_bandNo < band)
+        {
+            if (!Band_Next())
+            {
+                const std::int64_t count = m_bandNo + 1;
+                Output_Begin();
+                Range_Check("--band", band, count);
+            }
+        }
+        if (m_ink != nullptr)
+        {
+            m_ink->Swath_Read(m_band.m_swathIndex);
+        }
+        return m_band.m_swathIndex;
+    }
+    if (!m_model->Info().m_bSkipBlank)
+    {
+        Range_Check("--band", band, m_model->SwathCount());
+        m_ink->Swath_Read(static_cast<int>(band));
+        return static_cast<int>(band);
+    }
+    std::int64_t count = 0;
+    for (int swath = 0; swath < m_model->SwathCount(); ++swath)
+    {
+        m_ink->Swath_Read(swath);
+        count += m_model->IsSkipped(swath, *m_ink) ? 0 : 1;
+        if (count == band + 1)
+        {
+            return swath;
+        }
+    }
+    Range_Check("--band", band, count);
+    return -1; // not reached: the band is not below the count
+}
+
+std::int64_t CExplainer::Band_OfSwath(int swath)
+{
+    if (m_reader != nullptr)
+    {
+        if (m_bandNo >= 0 && m_band.m_swathIndex > swath)
+        {
+            Output_Begin();
+        }
+        while (m_bandNo < 0 || m_band.m_swathIndex < swath)
+        {
+            if (!Band_Next())
+            {
+                Output_Begin();
+                break;
+            }
+        }
+        if (m_ink != nullptr)
+        {
+            m_ink->Swath_Read(swath);
+        }
+        return m_bandNo >= 0 && m_band.m_swathIndex == swath ? m_bandNo : -1;
+    }
+    if (!m_model->Info().m_bSkipBlank)
+    {
+        m_ink->Swath_Read(swath);
+        return swath;
+    }
+    std::int64_t band = -1;
+    for (int i = 0; i <= swath; ++i)
+    {
+        m_ink->Swath_Read(i);
+        band += m_model->IsSkipped(i, *m_ink) ? 0 : 1;
+    }
+    return m_model->IsSkipped(swath, *m_ink) ? -1 : band;
+}
+
+const SBoardUnitInfo& CExplainer::Unit_Get(int unitId) const
+{
+    if (const SBoardUnitInfo* pUnit = m_model->Unit_Find(unitId))
+    {
+        return *pUnit;
+    }
+    std::vector<std::string> known;
+    for (const SBoardUnitInfo& unit : m_model->Info().m_units)
+    {
+        known.push_back(std::to_string(unit.m_unitId));
+    }
+    throw CInputError("--unit is " + std::to_string(unitId) + "; the job has " + Names_List(known, "and"));
+}
+
+int CExplainer::Unit_OfInk(const std::string& ink) const
+{
+    const std::string wanted = Lower_Of(ink);
+    std::vector<std::string> found;
+    std::vector<std::string> known;
+    int id = -1;
+    for (const SBoardUnitInfo& unit : m_model->Info().m_units)
+    {
+        if (unit.m_separation.empty())
+        {
+            continue;
+        }
+        known.push_back(unit.m_name.empty() ? unit.m_separation : unit.m_name);
+        if (Lower_Of(unit.m_name) == wanted || Lower_Of(unit.m_separation) == wanted)
+        {
+            found.push_back(std::to_string(unit.m_unitId));
+            id = unit.m_unitId;
+        }
+    }
+    if (found.empty())
+    {
+        throw CInputError("--ink is " + Text_Printable(ink) + ", which no unit prints; the page has " +
+                          Names_List(known, "and"));
+    }
+    if (found.size() > 1)
+    {
+        throw CInputError("--ink " + Text_Printable(ink) + " is printed by the units " + Names_List(found, "and") +
+                          "; say which one with --unit");
+    }
+    return id;
+}
+
+bool CExplainer::Bit_Found(const SModelBit& bit) const
+{
+    const unsigned char* pLine = m_band.m_pData + std::int64_t{bit.m_line} * m_band.m_bytesPerLine;
+    return (pLine[bit.m_bit / 8] >> (7 - bit.m_bit % 8) & 1) == 1;
+}
+
+void CExplainer::Values_Take(SExplanation& explanation, const std::vector<SModelBit>& pixelBits)
+{
+    if (m_ink != nullptr)
+    {
+        explanation.m_pixel = CPageModel::Pixel_Of(explanation.m_source, *m_ink);
+    }
+    if (explanation.m_band < 0)
+    {
+        return;
+    }
+    for (SExplanationBit& bit : explanation.m_bits)
+    {
+        const SModelSource source = m_model->Source_Of(explanation.m_swath, bit.m_bit);
+        bit.m_role = Role_Of(source);
+        const bool bNone = source.m_nozzle < 0;
+        if (explanation.m_pixel || bNone)
+        {
+            bit.m_expected = !bNone && CPageModel::Bit_IsSet(source, *explanation.m_pixel);
+        }
+        if (m_reader != nullptr)
+        {
+            bit.m_found = Bit_Found(bit.m_bit);
+        }
+    }
+    if (m_reader != nullptr && explanation.m_source.m_nozzle >= 0)
+    {
+        int pixel = 0;
+        for (const SModelBit& bit : pixelBits)
+        {
+            const SModelSource source = m_model->Source_Of(explanation.m_swath, bit);
+            const int shift = source.m_layout.place.bDotCode ? 0 : source.m_pixelBitCount - 1 - source.m_pixelBit;
+            pixel |= (Bit_Found(bit) ? 1 : 0) << shift;
+        }
+        explanation.m_outputPixel = pixel;
+    }
+}
+
+SExplanation CExplainer::Nozzle_Make(const SBoardUnitInfo& unit, int nozzle, int position, int swath, std::int64_t band)
+{
+    SExplanation explanation;
+    explanation.m_band = band;
+    explanation.m_swath = swath;
+    explanation.m_bLeftToRight = m_model->IsLeftToRight(swath);
+    SModelSource& source = explanation.m_source;
+    source.m_layout.unitIndex = unit.m_unitId;
+    source.m_layout.nozzle = nozzle;
+    source.m_pUnit = &unit;
+    source.m_position = position;
+    source.m_nozzle = nozzle;
+    source.m_pixelBitCount = m_model->Info().m_bitsPerPixel;
+    source.m_point = m_model->Point_Get(unit, nozzle, position, swath);
+    const std::vector<SModelBit> bits = m_model->Bits_Of(unit, nozzle, position);
+    if (band >= 0)
+    {
+        std::ranges::transform(bits, std::back_inserter(explanation.m_bits),
+                               [](const SModelBit& bit) {
+                                   return SExplanationBit{bit, "", {}, {}};
+                               });
+    }
+    Values_Take(explanation, bits);
+    Road_Explain(*m_model, explanation);
+    Layout_Explain(m_model->Info(), explanation);
+    return explanation;
+}
+
+SExplanation CExplainer::Nozzle_Explain(int unitId, int nozzle, int position, std::int64_t band)
+{
+    const SBoardUnitInfo& unit = Unit_Get(unitId);
+    Range_Check("--nozzle", nozzle, m_model->Info().m_nozzles);
+    const int swath = Swath_OfBand(band);
+    Range_Check("--position", position, m_model->PositionCount(m_model->IsLeftToRight(swath)));
+    return Nozzle_Make(unit, nozzle, position, swath, band);
+}
+
+SExplanation CExplainer::Pixel_Explain(int unitId, int row, int column)
+{
+    const SBoardUnitInfo& unit = Unit_Get(unitId);
+    if (unit.m_separation.empty())
+    {
+        throw CInputError(BoardUnit_Text(unit) + " does not print the page: it has no separation");
+    }
+    Range_Check("--row", row, m_model->Info().m_pageHeight);
+    Range_Check("--column", column, m_model->Info().m_pageWidth);
+    const int swath = row / m_model->Info().m_nozzles;
+    const std::int64_t band = Band_OfSwath(swath);
+    const int position = m_model->Position_OfColumn(unit, column, m_model->IsLeftToRight(swath));
+    return Nozzle_Make(unit, row % m_model->Info().m_nozzles, position, swath, band);
+}
+
+SExplanation CExplainer::Bit_Explain(std::int64_t band, int line, std::int64_t byte, int bit)
+{
+    const int swath = Swath_OfBand(band);
+    Range_Check("--line", line, m_model->LineCount(m_model->IsLeftToRight(swath)));
+    Range_Check("--byte", byte, m_model->LineBytes());
+    Range_Check("--bit", bit, std::min<std::int64_t>(8, m_model->LineBits() - byte * 8));
+    const SModelBit asked = {line, byte * 8 + bit};
+    SExplanation explanation;
+    explanation.m_band = band;
+    explanation.m_swath = swath;
+    explanation.m_bLeftToRight = m_model->IsLeftToRight(swath);
+    explanation.m_source = m_model->Source_Of(swath, asked);
+    explanation.m_bBitAsked = true;
+    explanation.m_bits.push_back({asked, "", {}, {}});
+    const bool bNozzle = explanation.m_source.m_nozzle >= 0;
+    Values_Take(explanation, bNozzle ? m_model->Bits_Of(*explanation.m_source.m_pUnit, explanation.m_source.m_nozzle,
+                                                        explanation.m_source.m_position)
+                                     : std::vector<SModelBit>());
+    if (bNozzle)
+    {
+        Road_Explain(*m_model, explanation);
+        Layout_Explain(m_model->Info(), explanation);
+    }
+    return explanation;
+}
