@@ -1,16 +1,17 @@
 // The sleeping threads, and how a sleeping thread is found that is like a new one.
 //
-// The system tells a thread's attributes only to who asks, and each question is a system call. Who starts a job asks
-// for its own, which a new thread would inherit, and takes a sleeping thread that began its last job with the same
-// ones. A thread asks again when its job is done, and if the job has changed them it does not sleep but ends: some
-// changes, such as a higher niceness, cannot be taken back without a privilege. The floating-point environment and the
-// locale cost no system call and are set before each job.
+// The system tells a thread's attributes only to the thread that asks, and each question is a system call. Who starts a
+// job asks for its own, which a new thread would inherit, and takes a sleeping thread that began its last job with the
+// same ones. A thread asks again after its job, when it has told the job's end, so that nobody waits for the answer; if
+// the job has changed them the thread ends: some changes, such as a higher niceness, cannot be taken back without a
+// privilege. The floating-point environment and the locale cost no system call and are set before each job.
 //
 // Sleeping threads hold nothing but their stacks. They end when they have slept for too long, when there are too many
 // of them, and when this library is unloaded or the process exits.
 #include "Platform/Thread/SystemThread.h"
 
 #include "Platform/Thread/AddressWait.h"
+#include "Platform/Thread/SpinWait.h"
 
 #include <array>
 #include <atomic>
@@ -37,6 +38,7 @@ namespace
 
 constexpr std::chrono::seconds idleLimit{60};
 constexpr int idleThreadLimit = 64;
+constexpr std::chrono::nanoseconds spinLimit{5000}; // a few system calls
 
 // What a new thread inherits, apart from the floating-point environment. What the system does not write is 0.
 struct SAttributes
@@ -101,6 +103,23 @@ public:
         pthread_join(id, nullptr);
     }
 
+    // Whether a thread that can be taken still has the attributes with which its last job began. It asks the system
+    // when that job's end has been told already, so the answer may have to be waited for.
+    bool IsUnchanged()
+    {
+        if (CSpinWait::IsWorthwhile())
+        {
+            CSpinWait::Spin([this] { return m_check != Check_Asked; }, spinLimit, 8);
+        }
+        std::uint32_t check = Check_Asked;
+        while (m_check.compare_exchange_strong(check, Check_Awaited) || check == Check_Awaited)
+        {
+            CAddressWait::Sleep(m_check, Check_Awaited, CAddressWait::withoutLimit);
+            check = Check_Asked;
+        }
+        return check == Check_Unchanged;
+    }
+
     const std::optional<SAttributes> m_attributes;
     CThread* m_pNext = nullptr; // the one that fell asleep before
 
@@ -110,6 +129,14 @@ private:
         Mail_None = 0,
         Mail_Job = 1,
         Mail_End = 2,
+    };
+
+    enum ECheck : std::uint32_t
+    {
+        Check_Asked = 0,
+        Check_Awaited = 1, // somebody may sleep until it is known
+        Check_Unchanged = 2,
+        Check_Changed = 3,
     };
 
     // On the thread that starts the job, whose floating-point environment it gets.
@@ -127,11 +154,13 @@ private:
 
     static void* Main(void* argument);
     void Run();
+    bool Attributes_Check();
     bool Mail_Take();
 
     CSystemThreadJob* m_pJob = nullptr; // what it does, or will do once m_mail says so
     std::fenv_t m_environment = {};     // for that job
     std::atomic<std::uint32_t> m_mail{Mail_None};
+    std::atomic<std::uint32_t> m_check{Check_Asked};
     bool m_bJoined = false;       // somebody joins this thread
     pthread_t m_id = pthread_t(); // set by the thread itself, which may be through before its maker learns it
 };
@@ -162,6 +191,12 @@ public:
             }
         }
         return nullptr;
+    }
+
+    // Takes out a thread that wants to end. False if somebody has just taken it, whose mail is on its way.
+    bool Remove(const CThread& thread)
+    {
+        return Take([&](const CThread& other) { return &other == &thread; }) != nullptr;
     }
 
     // False if the thread has to end instead. Otherwise it may be given work from here on.
@@ -237,19 +272,33 @@ void* CThread::Main(void* argument)
 
 void CThread::Run()
 {
-    bool bGoesOn = true;
-    while (bGoesOn)
+    do
     {
         CSystemThreadJob& job = *m_pJob;
         std::fesetenv(&m_environment);
         uselocale(LC_GLOBAL_LOCALE);
         job.Run();
+        m_check = Check_Asked;
         // The thread can be taken before the end is known, so that who waits for the end and then starts a job finds
         // it.
-        bGoesOn = m_attributes && m_attributes == SAttributes::Get() && CSleepingThreads::Get().Put(*this);
+        const bool bSleeps = m_attributes && CSleepingThreads::Get().Put(*this);
         job.Ended();
-        bGoesOn = bGoesOn && Mail_Take();
+        if (!bSleeps || !Attributes_Check())
+        {
+            return;
+        }
+    } while (Mail_Take());
+}
+
+// After the end of the job, for which somebody may wait. False: the thread ends, since the job has changed them.
+bool CThread::Attributes_Check()
+{
+    const bool bUnchanged = m_attributes == SAttributes::Get();
+    if (m_check.exchange(bUnchanged ? Check_Unchanged : Check_Changed) == Check_Awaited)
+    {
+        CAddressWait::WakeAll(&m_check);
     }
+    return bUnchanged || !CSleepingThreads::Get().Remove(*this);
 }
 
 // Sleeps until there is something to do. False: the thread ends.
@@ -261,11 +310,11 @@ bool CThread::Mail_Take()
         CAddressWait::Sleep(m_mail, Mail_None, deadline);
         if (m_mail == Mail_None && std::chrono::steady_clock::now() >= deadline)
         {
-            if (CSleepingThreads::Get().Take([this](const CThread& thread) { return &thread == this; }) != nullptr)
+            if (CSleepingThreads::Get().Remove(*this))
             {
                 return false;
             }
-            deadline = CAddressWait::withoutLimit; // somebody has just taken it: the mail is on its way
+            deadline = CAddressWait::withoutLimit;
         }
     }
     return m_mail.exchange(Mail_None) == Mail_Job;
@@ -276,7 +325,7 @@ bool CThread::Mail_Take()
 bool CSystemThread::Start(CSystemThreadJob& job, std::size_t stackSize)
 {
     const auto attributes = stackSize == 0 ? SAttributes::Get() : std::nullopt;
-    const auto isLikeNew = [&](const CThread& thread) { return thread.m_attributes == attributes; };
+    const auto isLikeNew = [&](CThread& thread) { return thread.m_attributes == attributes && thread.IsUnchanged(); };
     if (CThread* sleeping = attributes ? CSleepingThreads::Get().Take(isLikeNew) : nullptr)
     {
         sleeping->Next_Set(job);
