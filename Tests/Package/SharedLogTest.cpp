@@ -4,6 +4,7 @@
 #include "DataMap/PrintUnitDataMap_5.h"
 #include "KelCommon/KelLog.h"
 #include "Platform/DataProcess/BandDataFIFO_S.h"
+#include "Platform/Log/CustomBoostLog.h"
 #include "Tests/Support/LogCapture.h"
 #include "Tests/Support/TestFolder.h"
 
