@@ -68,7 +68,7 @@ void Option_Add(CLI::App& app, const SCommandOption& option)
     auto* added = app.add_option(
         option.m_names, [](const CLI::results_t&) { return true; }, option.m_help);
     added->type_name(option.m_value)->required(option.m_bRequired);
-    added->expected(1, option.m_bMany ? CLI::detail::expected_max_vector_size : 1);
+    added->expected(1, option.m_bMany ? CLI::detail::expected_max_vector_size : 1)->allow_extra_args(option.m_bMany);
     added->transform(CLI::Validator([option](std::string& text) { return Value_Wrong(option, text); }, ""));
 }
 

@@ -73,8 +73,8 @@ void Infos_Check(const std::vector<SSeparationInfo>& infos, CMistakeList& mistak
     }
 }
 
-// The file as a job in `jobFolder` names it, with slashes on every system.
-std::string Name_InJob(const std::string& file, const fs::path& jobFolder)
+// The file as the job in `jobFile` names it, with slashes on every system.
+std::string Name_InJob(const std::string& file, const fs::path& jobFile)
 {
     const fs::path path = Path_FromText(file);
     if (path.is_absolute())
@@ -83,13 +83,13 @@ std::string Name_InJob(const std::string& file, const fs::path& jobFolder)
     }
     std::error_code error;
     const fs::path folder = fs::weakly_canonical(fs::absolute(path).parent_path(), error);
-    const fs::path from = fs::weakly_canonical(fs::absolute(jobFolder), error);
+    const fs::path from = fs::weakly_canonical(fs::absolute(jobFile).parent_path(), error);
     const fs::path relative = (folder / path.filename()).lexically_relative(from);
     const std::u8string text = (relative.empty() ? fs::absolute(path) : relative).generic_u8string();
     return {text.begin(), text.end()};
 }
 
-std::vector<SDraftFile> Files_Make(const std::vector<SSeparationInfo>& infos, const fs::path& jobFolder)
+std::vector<SDraftFile> Files_Make(const std::vector<SSeparationInfo>& infos, const fs::path& jobFile)
 {
     std::vector<std::string> names;
     std::ranges::transform(infos, std::back_inserter(names),
@@ -98,7 +98,7 @@ std::vector<SDraftFile> Files_Make(const std::vector<SSeparationInfo>& infos, co
     std::vector<SDraftFile> files;
     for (std::size_t i = 0; i < infos.size(); ++i)
     {
-        files.push_back({Name_InJob(infos[i].path, jobFolder), inks[i], infos[i]});
+        files.push_back({Name_InJob(infos[i].path, jobFile), inks[i], infos[i]});
     }
     std::ranges::stable_sort(files, {}, [](const SDraftFile& file) { return Ink_Order(file.m_ink); });
     return files;
@@ -172,7 +172,7 @@ int Init_Run(const CArguments& arguments)
     {
         Output_Check(output, names, arguments.Flag_Get("force"));
     }
-    const std::vector<SDraftFile> files = Files_Make(Infos_Get(names), bStandardOutput ? "." : output.parent_path());
+    const std::vector<SDraftFile> files = Files_Make(Infos_Get(names), output);
     SDraftOptions options;
     const std::size_t style = static_cast<std::size_t>(arguments.Number_Get("style").value_or(-1) + 1);
     options.m_map = style == 0 ? EMapClass::Map_5 : MapClasses()[style - 1].m_class;

@@ -14,7 +14,7 @@ namespace
 {
 
 constexpr int widestFrame = 512;
-constexpr std::string_view separators = "._- ";
+constexpr std::string_view separators = "._-";
 
 std::string Stem_Of(const std::string& name)
 {

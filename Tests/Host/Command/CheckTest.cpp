@@ -105,10 +105,10 @@ TEST_F(Check, AllMistakesOfAJobAndItsSeparationsAreSaidAtOnce)
     const auto result = Boardmap_Run("check job.toml");
     EXPECT_EQ(result.status, 2);
     EXPECT_THAT(result.error, IsEmpty());
-    EXPECT_EQ(result.out, "job.toml:16:14: unit 1: Separation gone.tif: there is no such file\n"
-                          "job.toml:19:14: unit 2: Separation small.tif has 8 x 7 pixels, but a.tif has 8 x 8 pixels; "
+    EXPECT_EQ(result.out, "job.toml:17:14: unit 1: Separation gone.tif: there is no such file\n"
+                          "job.toml:20:14: unit 2: Separation small.tif has 8 x 7 pixels, but a.tif has 8 x 8 pixels; "
                           "all separations of a page have one size\n"
-                          "job.toml:20:1: unknown key Nam in [[CartInfo.Unit]]; did you mean Name?\n"
+                          "job.toml:21:1: unknown key Nam in [[CartInfo.Unit]]; did you mean Name?\n"
                           "job.toml: 3 errors; the job cannot run\n");
     const auto json = Boardmap_Run("check --json job.toml");
     EXPECT_EQ(json.status, 2);
@@ -117,7 +117,7 @@ TEST_F(Check, AllMistakesOfAJobAndItsSeparationsAreSaidAtOnce)
     EXPECT_EQ(answer.at("Errors"), 3);
     EXPECT_TRUE(answer.at("Plan").is_null());
     EXPECT_THAT(Rules_Of(answer), ElementsAre("separation", "separation-size", "unknown-key"));
-    EXPECT_EQ(answer.at("Mistakes").at(0).at("Line"), 16);
+    EXPECT_EQ(answer.at("Mistakes").at(0).at("Line"), 17);
     EXPECT_EQ(answer.at("Mistakes").at(0).at("Column"), 14);
 }
 
@@ -169,13 +169,13 @@ TEST_F(Check, AnOddNumberOfNozzlesThatStyle1CannotPrintIsAWarning)
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.out, StartsWith(warning + "job.toml: 1 warning\n"));
     // It is true: the only row with ink is that of the last nozzle.
-    const auto run = Boardmap_Run("convert job.toml --format raw -o odd.raw");
+    const auto run = Boardmap_Run("convert job.toml -o odd.tif");
     EXPECT_EQ(run.error, warning);
-    EXPECT_THAT(File_Read(In("odd.raw")), HasSubstr("\"Blank\":true"));
+    EXPECT_THAT(File_Read(In("odd.tif")), HasSubstr("\"Blank\":true"));
     Write(8);
     EXPECT_THAT(Boardmap_Run("check job.toml").out, Not(HasSubstr("warning")));
-    ASSERT_EQ(Boardmap_Run("convert job.toml --format raw -o even.raw").status, 0);
-    EXPECT_THAT(File_Read(In("even.raw")), HasSubstr("\"Blank\":false"));
+    ASSERT_EQ(Boardmap_Run("convert job.toml -o even.tif").status, 0);
+    EXPECT_THAT(File_Read(In("even.tif")), HasSubstr("\"Blank\":false"));
 }
 
 #if !defined(_WIN32)
@@ -204,11 +204,11 @@ TEST_F(Check, RawBoardDataIsNotPouredIntoATerminal)
         File_Read(In("typescript")),
         AllOf(HasSubstr("--output -: standard output is a terminal, and board data is no text; redirect it, name "
                         "a file, or give --force"),
-              Not(HasSubstr("boardmap-band"))));
+              Not(HasSubstr("ENDB"))));
     EXPECT_EQ(Shell_Run(convert + "--force\" typescript").status, 0);
-    EXPECT_THAT(File_Read(In("typescript")), HasSubstr("boardmap-band"));
+    EXPECT_THAT(File_Read(In("typescript")), HasSubstr("ENDB"));
     EXPECT_EQ(Shell_Run(convert + ">redirected.raw\" typescript").status, 0);
-    EXPECT_THAT(File_Read(In("redirected.raw")), HasSubstr("boardmap-band"));
+    EXPECT_THAT(File_Read(In("redirected.raw")), HasSubstr("ENDB"));
 }
 
 #endif

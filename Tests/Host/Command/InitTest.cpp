@@ -203,13 +203,13 @@ TEST(JobDraft, InksAreTakenFromTheNames)
     const auto Inks = [](const std::vector<std::string>& names) { return Inks_FromNames(names); };
     EXPECT_THAT(Inks({"page1(Cyan).tif", "page1(PANTONE 300 C).tif"}), ElementsAre("Cyan", "PANTONE 300 C"));
     EXPECT_THAT(Inks({"page.Cyan.tif", "page.Black.tif"}), ElementsAre("Cyan", "Black"));
-    EXPECT_THAT(Inks({"my_page_Light cyan.tif", "my_page_Light black.tif"}), ElementsAre("cyan", "black"));
+    EXPECT_THAT(Inks({"my_page_Light cyan.tif", "my_page_Light black.tif"}), ElementsAre("Light cyan", "Light black"));
     EXPECT_THAT(Inks({"cyan.tif", "black.tif"}), ElementsAre("cyan", "black"));
     EXPECT_THAT(Inks({"blue.tif", "black.tif"}), ElementsAre("blue", "black"));
     EXPECT_THAT(Inks({"page.Cyan.tif", "page.Cyan.tif"}), ElementsAre("Cyan", "Cyan"));
     EXPECT_THAT(Inks({"page.Grey.tif"}), ElementsAre("Grey"));
     EXPECT_THAT(Inks({"page.tif"}), ElementsAre(""));
-    EXPECT_THAT(Inks({"().tif", ".tif"}), ElementsAre("().tif", ".tif"));
+    EXPECT_THAT(Inks({"().tif", ".tif"}), ElementsAre("()", ".tif"));
 }
 
 TEST(JobDraft, ProcessInksHaveTheirPlacesOnTheCarriage)
