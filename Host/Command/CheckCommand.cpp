@@ -4,6 +4,7 @@
 #include "Host/Command/Progress.h"
 #include "Host/Command/RunResult.h"
 #include "Host/HostError.h"
+#include "Host/Job/JobDraft.h"
 #include "Host/Job/JobNames.h"
 #include "Host/Job/JobPage.h"
 #include "Host/Job/JobPlan.h"
@@ -37,10 +38,11 @@ const char* Direction_Text(bool bLeftToRight)
     return bLeftToRight ? "left to right" : "right to left";
 }
 
-std::string Map_Text(const SBoardInfo& info)
+std::string Map_Text(const SJob& job, const SBoardInfo& info)
 {
-    return "style " + info.m_map + " (" + info.m_dataMapStyle + ", " + info.m_dataPushStyle + ", " +
-           info.m_printerSupportBits + "): " + Count_Text(info.m_bitsPerPixel, "bit") + " a pixel" +
+    return "style " + info.m_map + " (" + info.m_dataMapStyle + ", " + info.m_dataPushStyle +
+           (SupportBits_IsUsed(job.m_dpOption) ? ", " + info.m_printerSupportBits : "") +
+           "): " + Count_Text(info.m_bitsPerPixel, "bit") + " a pixel" +
            (info.m_linesPerPosition > 1 ? ", pushed as two lines of 1 bit" : "") +
            (info.m_dotSizeMode.empty() ? "" : ", every dot " + info.m_dotSizeMode);
 }
@@ -155,7 +157,7 @@ std::string Plan_Text(const CJobPage& page)
     const SBoardInfo info = Page_BoardInfo(page, ProgramName_Get());
     const SJobPlan plan = Job_Plan(page);
     std::ostringstream text;
-    Row_Add(text, "map", Map_Text(info));
+    Row_Add(text, "map", Map_Text(job, info));
     Row_Add(text, "stage", Stage_Text(job, info));
     Row_Add(text, "page", Page_Text(page));
     Row_Add(text, "frame",

@@ -81,13 +81,6 @@ std::string Toml_Text(const std::string& text)
     return quoted + '"';
 }
 
-bool IsSupportBitsUsed(const SDPOption& option)
-{
-    return option.m_dataPushStyle == EDataPushStyle::ByPixel &&
-           (option.m_dataMapStyle == EDataMapStyle::FramePerPixel ||
-            option.m_dataMapStyle == EDataMapStyle::ByteInterleaved);
-}
-
 // Whether the map gets pixels of the depth that it is made for.
 bool IsDepthRight(const SDPOption& option, const SJobMap& map, int bitsPerPixel)
 {
@@ -154,7 +147,7 @@ void Option_Add(std::ostringstream& text, const SDPOption& option, const SJobMap
     Enum_Add(text, "DataPushStyle", EnumNames_DataPushStyle(), static_cast<int>(option.m_dataPushStyle),
              option.m_dataPushStyle == EDataPushStyle::ByPixel ? "a line of whole pixels"
                                                                : "the bits of a pixel in lines of their own");
-    if (IsSupportBitsUsed(option))
+    if (SupportBits_IsUsed(option))
     {
         Enum_Add(text, "PrinterSupportBits", EnumNames_PrinterSupportBits(),
                  static_cast<int>(option.m_printerSupportBits), "bits of a pixel that the boards take");
@@ -263,6 +256,13 @@ std::optional<SDPOption> Map_Options(EMapClass mapClass, int bitsPerPixel)
         }
     }
     return std::nullopt;
+}
+
+bool SupportBits_IsUsed(const SDPOption& option)
+{
+    return option.m_dataPushStyle == EDataPushStyle::ByPixel &&
+           (option.m_dataMapStyle == EDataMapStyle::FramePerPixel ||
+            option.m_dataMapStyle == EDataMapStyle::ByteInterleaved);
 }
 
 std::optional<int> Map_FrameWidth(const SJobMap& map, int unitCount)

@@ -34,6 +34,9 @@ int Ink_Order(const std::string& ink);
 // What brings this map about for separations of `bitsPerPixel` bits; nothing if it does not take them.
 std::optional<SDPOption> Map_Options(EMapClass mapClass, int bitsPerPixel);
 
+// Whether anything looks at PrinterSupportBits.
+bool SupportBits_IsUsed(const SDPOption& option);
+
 // The smallest frame width with room for so many units; nothing if there is none.
 std::optional<int> Map_FrameWidth(const SJobMap& map, int unitCount);
 
