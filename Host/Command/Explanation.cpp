@@ -127,6 +127,11 @@ std::string Number_Of(std::int64_t number)
     return std::to_string(number);
 }
 
+std::string Positions_Text(std::int64_t count)
+{
+    return Number_Of(count) + (count == 1 ? " position" : " positions");
+}
+
 // What the carriage's road did to the position.
 void Road_Explain(const CPageModel& model, SExplanation& explanation)
 {
@@ -142,12 +147,12 @@ void Road_Explain(const CPageModel& model, SExplanation& explanation)
     if (pass.m_firstZone > 0)
     {
         rules.push_back({"zone", std::string("the ") + (bLeftToRight ? "left" : "right") + " zone of " +
-                                     Number_Of(pass.m_firstZone) + " positions comes before the page"});
+                                     Positions_Text(pass.m_firstZone) + " comes before the page"});
     }
     const int offset = CPageModel::Offset_Of(*explanation.m_source.m_pUnit, bLeftToRight);
     if (offset != 0)
     {
-        rules.push_back({"offset", std::string("the unit comes ") + Number_Of(offset) + " positions later (" +
+        rules.push_back({"offset", "the unit comes " + Positions_Text(offset) + " later (" +
                                        (bLeftToRight ? "Horizon_2" : "Horizon_1") + ")"});
     }
     if (info.m_linesPerPosition > 1)

@@ -145,7 +145,7 @@ constexpr std::array colors = {"#8fd3f4", "#f7a8c9", "#f9e784", "#b8bcc2", "#a8e
 constexpr int cellsPerRow = 64;
 constexpr int cellWidth = 34;
 constexpr int cellHeight = 18;
-constexpr int leftMargin = 110;
+constexpr int leftMargin = 150;
 constexpr int topMargin = 64;
 
 } // namespace
@@ -282,7 +282,7 @@ std::string Layout_Svg(const SLayout& layout, std::int64_t firstFrame, std::int6
         << " bits, frames of " << info.m_frameBits << "</text>\n"
         << R"(<text x="10" y="36">A cell is a bit, with its nozzle's number)"
         << (layout.m_bitsPerNozzle > 1 ? " and h or l, the high or the low bit of its pixel" : "")
-        << "; grey cells have no nozzle.</text>\n";
+        << "; grey cells are never set.</text>\n";
     std::map<int, const char*> colorOf;
     for (std::size_t i = 0; i < info.m_units.size(); ++i)
     {

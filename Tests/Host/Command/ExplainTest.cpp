@@ -91,8 +91,8 @@ protected:
         }
     }
 
-    // Which pixel each bit of the output prints: converts the job once for each digit of the pixels' numbers. The
-    // separations are left as they were not: with random values, which are in m_values.
+    // Which pixel each bit of the output prints: converts the job once for each digit of the pixels' numbers.
+    // Leaves the separations with random values, which are in m_values, and their output in "out".
     void Job_Trace();
 
     // Holds the answers about some bits and pixels against the trace.
@@ -281,7 +281,7 @@ void Explain::Answers_Check(CExplainer& explainer, bool bJob, bool bOutput)
 
 TEST_F(Explain, SaysOfRandomJobsWhatNumberedPixelsSay)
 {
-    constexpr int jobs = 3 * static_cast<int>(randomBoards.size());
+    constexpr int jobs = 2 * static_cast<int>(randomBoards.size());
     for (int i = 0; i < jobs; ++i)
     {
         Job_WriteRandom(i % static_cast<int>(randomBoards.size()), false);
@@ -300,7 +300,7 @@ TEST_F(Explain, SaysOfRandomJobsWhatNumberedPixelsSay)
     }
     EXPECT_EQ(m_maps.size(), 8U);
     EXPECT_EQ(m_areas.size(), 8U);
-    EXPECT_GE(m_answers, 20000);
+    EXPECT_GE(m_answers, 15000);
     EXPECT_EQ(m_rules, (std::set<std::string>{"block", "chunk", "column", "direction", "drop-size", "offset", "pair",
                                               "plane", "push", "repeat", "zone"}));
 }
@@ -315,7 +315,7 @@ TEST_F(Explain, ANozzleIsFollowedToThePageAndToItsBit)
               "page, from c.tif; the separation has 1 of 1 there, so the nozzle fires. Its bit is line 7, byte 0, bit "
               "0 (frame 0; ink): 1 by the job. How it came there: swath 1 goes from right to left, so that the page's "
               "last column comes first; the right zone of 4 positions comes before the page; the unit comes 1 "
-              "positions later (Horizon_1).\n");
+              "position later (Horizon_1).\n");
 }
 
 TEST_F(Explain, APixelIsFollowedToItsBitWithTheJobAndWithTheOutputAlone)
@@ -443,7 +443,7 @@ TEST_F(Explain, AClosedPipeFailsTheRun)
 {
     SmallJob_Write();
     const auto closed = Shell_Run("{ sleep 0.2; \"$boardmap\" explain job.toml --row 0 --column 0 --ink Cyan; "
-                                  "echo $? >status; } | true; sleep 0.5; cat status");
+                                  "echo $? >status; } | true; sleep 1; cat status");
     EXPECT_EQ(closed.out, "1\n");
     EXPECT_THAT(closed.error, HasSubstr("standard output"));
 }
