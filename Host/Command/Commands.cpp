@@ -4,16 +4,18 @@
 #include "Host/Command/CheckCommand.h"
 #include "Host/Command/ConvertCommand.h"
 #include "Host/Command/ExplainCommand.h"
+#include "Host/Command/InfoCommand.h"
 #include "Host/Command/InitCommand.h"
 #include "Host/Command/KernelsCommand.h"
 #include "Host/Command/LayoutCommand.h"
+#include "Host/Command/VerifyCommand.h"
 
 #include <array>
 
 std::span<const SCommand* const> Commands()
 {
-    static const std::array commands = {&Command_Convert(), &Command_Check(),   &Command_Init(),
-                                        &Command_Layout(),  &Command_Explain(), &Command_Kernels()};
+    static const std::array commands = {&Command_Init(),    &Command_Check(),  &Command_Convert(), &Command_Layout(),
+                                        &Command_Explain(), &Command_Verify(), &Command_Info(),    &Command_Kernels()};
     return commands;
 }
 

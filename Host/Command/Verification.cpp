@@ -1,0 +1,421 @@
+// Which band is which, and what about it differs.
+#include "Host/Command/Verification.h"
+
+#include "Host/Board/BandHeaderWords.h"
+#include "Host/HostError.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <chrono>
+#include <limits>
+#include <utility>
+
+namespace
+{
+
+constexpr std::size_t mostDifferences = 1000; // that are kept
+constexpr int mostPatternBands = 3;
+constexpr std::size_t mostBandBits = 3; // reported one by one, of a band
+
+struct SPassWord
+{
+    const char* m_pName;
+    std::int32_t SBoardPass::*m_pWord;
+};
+
+constexpr std::array passWords = {
+    SPassWord{"Positions", &SBoardPass::m_positions},   SPassWord{"FirstLineColumn", &SBoardPass::m_firstLineColumn},
+    SPassWord{"ColumnStep", &SBoardPass::m_columnStep}, SPassWord{"FirstZone", &SBoardPass::m_firstZone},
+    SPassWord{"LastZone", &SBoardPass::m_lastZone},     SPassWord{"MaxOffset", &SBoardPass::m_maxOffset},
+};
+
+std::string Area_Text(const SModelSource& source)
+{
+    if (source.m_pUnit == nullptr || source.m_nozzle < 0)
+    {
+        return "padding";
+    }
+    switch (source.m_point.m_area)
+    {
+    case EModelArea::Page:
+        return "page";
+    case EModelArea::Below:
+        return "below the page";
+    case EModelArea::FirstZone:
+        return "first zone";
+    case EModelArea::LastZone:
+        return "last zone";
+    case EModelArea::Margin:
+        return "margin";
+    case EModelArea::LeftStripe:
+        return "left stripe";
+    case EModelArea::RightStripe:
+        return "right stripe";
+    case EModelArea::Nothing:
+        break;
+    }
+    return "a unit that prints nothing";
+}
+
+std::string Unequal_Text(const std::string& name, const std::string& found, const std::string& expected)
+{
+    return name + " is " + found + "; it should be " + expected;
+}
+
+// Who wrote the file says nothing of the board data. Files of version 1 say these only.
+bool Key_IsCompared(const std::string& key, int version)
+{
+    if (key == "/Generator" || key == "/Version")
+    {
+        return false;
+    }
+    constexpr std::array early = {"/DataMapStyle", "/DataPushStyle", "/PrinterSupportBits", "/Map", "/PrinterDataWidth",
+                                  "/BitsPerUnit",  "/Nozzles",       "/BitsPerPixel"};
+    return version > 1 || std::ranges::find(early, key) != early.end() || key.ends_with("/UnitId") ||
+           key.ends_with("/Direction") || key.ends_with("/Name");
+}
+
+} // namespace
+
+SBandRange BandRange_Parse(const std::string& text)
+{
+    const auto Number = [&](const std::string& part, std::int64_t otherwise)
+    {
+        std::int64_t number = otherwise;
+        const char* pEnd = part.data() + part.size();
+        const auto parsed = std::from_chars(part.data(), pEnd, number);
+        if (!part.empty() && (parsed.ec != std::errc() || parsed.ptr != pEnd || number < 0))
+        {
+            throw CInputError("--bands: \"" + text + "\" is no range of bands; A..B, A.., ..B or A, from 0");
+        }
+        return number;
+    };
+    const auto dots = text.find("..");
+    SBandRange range;
+    if (dots == std::string::npos)
+    {
+        range.m_first = Number(text, -1);
+        range.m_last = range.m_first;
+    }
+    else
+    {
+        range.m_first = Number(text.substr(0, dots), 0);
+        range.m_last = Number(text.substr(dots + 2), -1);
+    }
+    if (range.m_first < 0 || (range.m_last >= 0 && range.m_last < range.m_first))
+    {
+        throw CInputError("--bands: \"" + text + "\" has no band; A..B counts from 0, and B is not below A");
+    }
+    return range;
+}
+
+CVerification::CVerification(const CJobPage& page, CBoardReader& reader, SBandRange range, std::size_t mostBits,
+                             std::function<bool(std::int64_t bands, std::int64_t bytes)> onProgress)
+    : m_page(page),
+      m_reader(reader),
+      m_range(range),
+      m_mostBits(mostBits),
+      m_patternBands(mostPatternBands),
+      m_onProgress(std::move(onProgress)),
+      m_info(Page_BoardInfo(page, reader.BoardInfo().m_generator)),
+      m_model(m_info),
+      m_ink(page),
+      m_comparison(m_model)
+{
+}
+
+SVerifyResult CVerification::Run()
+{
+    const auto begin = std::chrono::steady_clock::now();
+    if (m_range.m_first >= m_model.SwathCount())
+    {
+        throw CInputError("--bands: the job has " + std::to_string(m_model.SwathCount()) + " bands, from 0 on");
+    }
+    Info_Compare();
+    while (!m_result.m_bInterrupted && !IsBehind() && Band_Next())
+    {
+    }
+    if (!m_result.m_bInterrupted && !IsBehind())
+    {
+        m_bandPlace.clear();
+        Swaths_Miss(m_model.SwathCount());
+    }
+    m_result.m_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    return std::move(m_result);
+}
+
+SDifference& CVerification::Add(const std::string& kind, int swath, const std::string& what)
+{
+    ++m_result.m_differenceCount;
+    SDifference difference;
+    difference.m_kind = kind;
+    difference.m_swath = swath;
+    difference.m_band = swath < 0 ? -1 : m_bandNo;
+    difference.m_place = kind == "info" || kind == "missing" ? "" : m_bandPlace;
+    difference.m_what = what;
+    if (m_result.m_differences.size() >= mostDifferences)
+    {
+        m_result.m_differences.pop_back(); // the last is the newest
+    }
+    return m_result.m_differences.emplace_back(std::move(difference));
+}
+
+void CVerification::Info_Compare()
+{
+    const SBoardInfo& foundInfo = m_reader.BoardInfo();
+    const auto expected = nlohmann::json::parse(BoardInfo_Json(m_info)).flatten();
+    const auto found = nlohmann::json::parse(BoardInfo_Json(foundInfo)).flatten();
+    for (const auto& [key, value] : expected.items())
+    {
+        if (!Key_IsCompared(key, foundInfo.m_version))
+        {
+            continue;
+        }
+        const std::string name = key.substr(1);
+        if (!found.contains(key))
+        {
+            Add("info", -1, "the board info has no " + name + "; it should be " + value.dump());
+        }
+        else if (found[key] != value)
+        {
+            Add("info", -1, "the board info's " + Unequal_Text(name, found[key].dump(), value.dump()));
+        }
+    }
+    if (foundInfo.m_units.size() > m_info.m_units.size())
+    {
+        Add("info", -1,
+            "the board info has " + std::to_string(foundInfo.m_units.size()) + " units; the job has " +
+                std::to_string(m_info.m_units.size()));
+    }
+}
+
+bool CVerification::Band_Next()
+{
+    try
+    {
+        if (!m_reader.Band_Read(m_band, m_pass))
+        {
+            return false;
+        }
+    }
+    catch (const CBoardDamageError& error)
+    {
+        const SBoardDamage& damage = error.Damage_Get();
+        m_bandPlace = damage.m_offset >= 0 ? "byte " + std::to_string(damage.m_offset)
+                      : damage.m_page >= 0 ? "page " + std::to_string(damage.m_page)
+                                           : "";
+        Add("damage", -1, damage.m_what + (damage.m_fix.empty() ? "" : "; " + damage.m_fix));
+        return m_reader.Resume();
+    }
+    m_bandPlace = m_reader.Place();
+    Band_Take();
+    return true;
+}
+
+bool CVerification::IsSkipped(int swath)
+{
+    if (!m_info.m_bSkipBlank)
+    {
+        return false;
+    }
+    m_ink.Swath_Read(swath);
+    return m_model.IsSkipped(swath, m_ink);
+}
+
+// A header with one wrong word is still known by the others; without any that agree, the band is the next one.
+int CVerification::Swath_Guess() const
+{
+    const std::int64_t byIndex = m_band.m_swathIndex;
+    const std::int64_t byRow =
+        m_band.m_firstRow % m_info.m_nozzles == 0 ? m_band.m_firstRow / m_info.m_nozzles : std::int64_t{-1};
+    const std::int64_t byNumber = m_info.m_bSkipBlank ? m_swath : m_band.m_bandNo;
+    const bool bIndex = byIndex == byRow || (byIndex == byNumber && !m_info.m_bSkipBlank);
+    const std::int64_t swath = bIndex ? byIndex : byRow == byNumber ? byRow : m_swath;
+    const bool bUsable = swath >= 0 && swath <= std::numeric_limits<int>::max();
+    return bUsable ? static_cast<int>(swath) : m_swath;
+}
+
+bool CVerification::Swaths_Miss(int swath)
+{
+    for (; m_swath < swath; ++m_swath)
+    {
+        if (IsSkipped(m_swath))
+        {
+            continue;
+        }
+        if (IsBehind())
+        {
+            return false;
+        }
+        if (m_range.Has(m_bandNo))
+        {
+            Add("missing", m_swath, "this band is missing");
+        }
+        ++m_bandNo;
+    }
+    return true;
+}
+
+void CVerification::Band_Take()
+{
+    const int swath = Swath_Guess();
+    if (swath >= m_model.SwathCount())
+    {
+        Add("extra", -1,
+            "there is a band of swath " + std::to_string(swath) + "; the page has " +
+                std::to_string(m_model.SwathCount()) + " swaths");
+        return;
+    }
+    if (swath < m_swath)
+    {
+        Add("order", -1,
+            "there is a band of swath " + std::to_string(swath) +
+                ", which stands twice or too late; its bits were not compared");
+        return;
+    }
+    if (!Swaths_Miss(swath) || IsBehind())
+    {
+        return;
+    }
+    if (IsSkipped(swath))
+    {
+        Add("extra", -1,
+            "there is a band of swath " + std::to_string(swath) + ", which has no ink and is left out with SkipBlank");
+        ++m_swath;
+        return;
+    }
+    if (m_range.Has(m_bandNo))
+    {
+        m_ink.Swath_Read(swath);
+        Band_Compare(swath);
+        ++m_result.m_bands;
+        m_result.m_lines += m_band.m_height;
+        m_result.m_bytes += m_band.m_dataSize;
+    }
+    ++m_swath;
+    ++m_bandNo;
+    m_result.m_bInterrupted = m_result.m_bInterrupted || !m_onProgress(m_result.m_bands, m_result.m_bytes);
+}
+
+void CVerification::Band_Compare(int swath)
+{
+    Header_Compare(swath);
+    if (m_reader.BoardInfo().m_version > 1)
+    {
+        Pass_Compare(swath);
+    }
+    const int lineCount = m_model.LineCount(m_model.IsLeftToRight(swath));
+    if (m_band.m_width != m_model.LineBits() || m_band.m_bitsPerPixel != 1)
+    {
+        Add("size", swath,
+            Unequal_Text("the line's length", std::to_string(m_band.m_width) + " bits",
+                         std::to_string(m_model.LineBits())) +
+                "; its bits were not compared");
+        return;
+    }
+    if (m_band.m_height != lineCount)
+    {
+        Add("size", swath,
+            Unequal_Text("the number of lines", std::to_string(m_band.m_height), std::to_string(lineCount)));
+    }
+    Bits_Compare(swath);
+}
+
+void CVerification::Header_Compare(int swath)
+{
+    const SBandHeader expected = m_model.Header_Get(swath, m_bandNo, m_ink);
+    for (const SBandHeaderWord& word : g_bandHeaderWords)
+    {
+        if (m_band.*word.m_pWord != expected.*word.m_pWord)
+        {
+            Add("header", swath,
+                Unequal_Text(std::string(word.m_name), std::to_string(m_band.*word.m_pWord),
+                             std::to_string(expected.*word.m_pWord)));
+        }
+    }
+    if (m_band.m_bSkip != expected.m_bSkip)
+    {
+        Add("header", swath,
+            Unequal_Text("m_bSkip", m_band.m_bSkip ? "true" : "false", expected.m_bSkip ? "true" : "false"));
+    }
+}
+
+void CVerification::Pass_Compare(int swath)
+{
+    const SBoardPass expected = m_model.Pass_Get(swath);
+    for (const SPassWord& word : passWords)
+    {
+        if (m_pass.*word.m_pWord != expected.*word.m_pWord)
+        {
+            Add("pass", swath,
+                Unequal_Text(word.m_pName, std::to_string(m_pass.*word.m_pWord),
+                             std::to_string(expected.*word.m_pWord)));
+        }
+    }
+    if (m_pass.m_bLeftToRight != expected.m_bLeftToRight && m_pass.m_columnStep == expected.m_columnStep)
+    {
+        Add("pass", swath, "Direction and ColumnStep contradict each other");
+    }
+    if (const bool bBlank = Band_IsBlank(m_band); m_pass.m_bBlank != bBlank)
+    {
+        Add("pass", swath,
+            std::string("Blank is ") + (bBlank ? "false; not a bit of the band is set" : "true; the band has ink"));
+    }
+}
+
+void CVerification::Bits_Compare(int swath)
+{
+    const auto GoOn = [&]
+    {
+        const bool bGoOn = m_onProgress(m_result.m_bands, m_result.m_bytes);
+        m_result.m_bInterrupted = m_result.m_bInterrupted || !bGoOn;
+        return bGoOn;
+    };
+    SBandDifference bits = m_comparison.Compare(swath, m_band, m_ink, std::min(m_mostBits, mostBandBits), GoOn);
+    if (bits.m_count == 0 || m_result.m_bInterrupted)
+    {
+        return;
+    }
+    if (m_patternBands > 0)
+    {
+        --m_patternBands;
+        m_comparison.Patterns_Find(swath, m_band, m_ink, bits);
+    }
+    m_mostBits -= bits.m_first.size();
+    m_result.m_bitDifferences += bits.m_count;
+    SDifference& difference =
+        Add("bits", swath, bits.m_count == 1 ? "1 bit differs" : std::to_string(bits.m_count) + " bits differ");
+    for (const SBitDifference& bit : bits.m_first)
+    {
+        difference.m_first.push_back(Bit_Report(swath, bit));
+    }
+    difference.m_bits = std::move(bits);
+}
+
+SBitReport CVerification::Bit_Report(int swath, const SBitDifference& bit) const
+{
+    const SModelSource source = m_model.Source_Of(swath, bit.m_bit);
+    SBitReport report;
+    report.m_line = bit.m_bit.m_line;
+    report.m_byte = bit.m_bit.m_bit / 8;
+    report.m_bit = static_cast<int>(bit.m_bit.m_bit % 8);
+    report.m_bFound = bit.m_bFound;
+    report.m_position = source.m_position;
+    report.m_area = Area_Text(source);
+    if (source.m_pUnit == nullptr || source.m_nozzle < 0)
+    {
+        return report;
+    }
+    report.m_unitId = source.m_pUnit->m_unitId;
+    report.m_unitName = source.m_pUnit->m_name;
+    report.m_nozzle = source.m_nozzle;
+    report.m_row = source.m_point.m_row;
+    report.m_column = source.m_point.m_column;
+    const bool bStripe = source.m_point.m_stripePosition >= 0;
+    report.m_separation = bStripe ? source.m_pUnit->m_stripeColor : source.m_pUnit->m_separation;
+    report.m_pixel = CPageModel::Pixel_Of(source, m_ink);
+    return report;
+}
