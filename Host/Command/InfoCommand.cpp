@@ -233,9 +233,11 @@ std::string Band_Text(std::size_t number, const SBandReport& band, const SOutput
         text << (&count == band.m_dots->m_units.data() ? " " : ", ") << "unit " << count.m_unitId << ": "
              << Dots_Text(count, report);
     }
-    text << (band.m_dots->m_stray > 0 ? "; " + std::to_string(band.m_dots->m_stray) + " bits set that are no nozzle's"
-                                      : "")
-         << '\n';
+    if (band.m_dots->m_stray > 0)
+    {
+        text << "; no nozzle's: " << band.m_dots->m_stray << (band.m_dots->m_stray == 1 ? " bit" : " bits");
+    }
+    text << '\n';
     return text.str();
 }
 

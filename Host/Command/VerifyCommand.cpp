@@ -10,8 +10,10 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <iostream>
+#include <iterator>
 #include <sstream>
 
 namespace
@@ -146,7 +148,7 @@ std::string Result_Text(const SVerifyResult& result, const std::string& output, 
     else
     {
         text << result.m_differenceCount << (result.m_differenceCount == 1 ? " difference" : " differences")
-             << " from what " << job << " asks for, " << Bits_Text(result.m_bitDifferences) << " of them in the data\n";
+             << " from what " << job << " asks for; bits that differ: " << result.m_bitDifferences << '\n';
     }
     return text.str();
 }
