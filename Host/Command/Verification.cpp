@@ -114,8 +114,7 @@ SBandRange BandRange_Parse(const std::string& text)
 
 CVerification::CVerification(const CJobPage& page, CBoardReader& reader, SBandRange range, std::size_t mostBits,
                              std::function<bool(std::int64_t bands, std::int64_t bytes)> onProgress)
-    : m_page(page),
-      m_reader(reader),
+    : m_reader(reader),
       m_range(range),
       m_mostBits(mostBits),
       m_patternBands(mostPatternBands),

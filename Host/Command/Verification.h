@@ -96,7 +96,6 @@ private:
     bool IsSkipped(int swath);
     bool IsBehind() const { return m_range.m_last >= 0 && m_bandNo > m_range.m_last; }
 
-    const CJobPage& m_page;
     CBoardReader& m_reader;
     SBandRange m_range;
     std::size_t m_mostBits; // that are still to be reported one by one
