@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <atomic>
 #include <cfenv>
 #include <clocale>
 #include <csignal>
@@ -20,6 +21,7 @@
 #include <sys/syscall.h>
 #include <thread>
 #include <unistd.h>
+#include <vector>
 
 namespace
 {
@@ -179,6 +181,36 @@ TEST_P(SystemThread, WhatTheCreatorChangesReachesTheNextThreadAsItWouldANewOne)
         });
     creator.join();
     EXPECT_EQ(Thread_Run().begin, Attributes_Get());
+}
+
+// Threads are asked for while others have just ended and are still looking at what their jobs have changed.
+TEST(SystemThreadStress, ThreadsOfSeveralCreatorsBeginLikeNewOnesWhateverTheOnesBeforeHaveChanged)
+{
+    const std::string before = Attributes_Get();
+    std::atomic<int> unlikeCount{0};
+    const auto startMany = [&](int first)
+    {
+        for (int i = 0; i < 150; ++i)
+        {
+            const bool bChanges = (i + first) % 3 == 0;
+            unlikeCount += Thread_Run(bChanges ? std::function<void()>(&Signal_Block) : [] {}).begin == before ? 0 : 1;
+            if (i % 50 == 10 * first)
+            {
+                SleepingThreads_End();
+            }
+        }
+    };
+    std::vector<std::thread> creators;
+    for (int creator = 0; creator < 4; ++creator)
+    {
+        creators.emplace_back(startMany, creator);
+    }
+    for (auto& creator : creators)
+    {
+        creator.join();
+    }
+    SleepingThreads_End();
+    EXPECT_EQ(unlikeCount, 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Attributes, SystemThread, testing::ValuesIn(changes),
