@@ -5,6 +5,8 @@
 #include "Host/Job/StripeColor.h"
 #include "Host/Model/BoardTwin.h"
 #include "Platform/DataProcess/BandDataFIFO_S.h"
+#include "Platform/GlobalConfig/CartInfo.h"
+#include "Platform/GlobalConfig/ColorGroup.h"
 #include "Tests/Host/Job/StripeTiff.h"
 #include "Tests/Host/Job/TestJob.h"
 #include "Tests/Support/ConfigGuard.h"

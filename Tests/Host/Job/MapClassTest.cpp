@@ -151,7 +151,8 @@ TEST(MapClass, LineWidthsAreThoseOfTheLibrarysMaps)
     for (const SCase& one : cases)
     {
         CConfigGuard config;
-        config.m_option = one.m_option;
+        config.m_option = {one.m_option.m_dataMapStyle, one.m_option.m_dataPushStyle, one.m_option.m_printerSupportBits,
+                           one.m_option.m_printerDataWidth};
         config.Apply();
         const SJobMap map = Job_MapClass(one.m_option, one.m_bitsPerPixel);
         const std::unique_ptr<CPrintUnitDataMap_Base> library(
