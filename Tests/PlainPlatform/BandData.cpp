@@ -53,6 +53,11 @@ CKeptMemory& Kept()
 
 } // namespace
 
+CBandData::~CBandData()
+{
+    Release();
+}
+
 void CBandData::Release()
 {
     if (m_pMemory != nullptr && m_memorySize >= smallestKept)

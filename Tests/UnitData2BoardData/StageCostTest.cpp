@@ -113,7 +113,7 @@ TEST(StageCost, ALineAllocatesNothing)
 TEST(StageCost, AStepAllocatesWhatItAlwaysDoes)
 {
     constexpr std::int64_t stage = 20;     // the board band, two stripe bands, and the lists of bands and units
-    constexpr std::int64_t converter = 38; // its line buffer with twenty elements, its arrays, its thread
+    constexpr std::int64_t converter = 41; // its line buffer with twenty elements, its arrays, its thread
     constexpr std::int64_t generator = 3;  // itself, its name, its thread
     for (const int generatorCount : {1, 2, 4})
     {

@@ -13,7 +13,7 @@ public:
     CBandData() = default;
     CBandData(const CBandData&) = delete;
     CBandData& operator=(const CBandData&) = delete;
-    ~CBandData() { Release(); }
+    ~CBandData();
 
     // Makes the band `height` zeroed lines, each line's length a multiple of `alignBytes` bytes. False if that cannot
     // be.
