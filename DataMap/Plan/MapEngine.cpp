@@ -251,8 +251,12 @@ private:
 
     bool Group_IsSet(int group) const
     {
-        const auto* const* rows = m_strips + 8 * group;
-        return std::any_of(rows, rows + 8, [](const unsigned char* row) { return row != nullptr; });
+        bool bSet = false;
+        for (int row = 0; row < 8; ++row)
+        {
+            bSet = bSet || m_strips[8 * group + row] != nullptr;
+        }
+        return bSet;
     }
 
     // The last frame may be partial.
