@@ -4,6 +4,7 @@
 #include "Host/HostError.h"
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 
 namespace
@@ -11,7 +12,7 @@ namespace
 
 void Mistakes_Sort(std::vector<SMistake>& mistakes)
 {
-    std::ranges::stable_sort(mistakes, {}, &SMistake::m_place);
+    std::ranges::stable_sort(mistakes, std::less<>(), &SMistake::m_place);
 }
 
 } // namespace

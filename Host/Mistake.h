@@ -3,8 +3,8 @@
 // throws the list. Plain data; any thread.
 #pragma once
 
-#include <compare>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -14,7 +14,11 @@ struct SFilePlace
     int m_line = 1;
     int m_column = 1;
 
-    auto operator<=>(const SFilePlace&) const = default;
+    bool operator==(const SFilePlace&) const = default;
+    bool operator<(const SFilePlace& other) const
+    {
+        return std::tie(m_line, m_column) < std::tie(other.m_line, other.m_column);
+    }
 };
 
 struct SMistake

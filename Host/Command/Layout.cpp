@@ -148,6 +148,33 @@ constexpr int cellHeight = 18;
 constexpr int leftMargin = 150;
 constexpr int topMargin = 64;
 
+struct SSvgBox
+{
+    std::int64_t m_x;
+    std::int64_t m_y;
+    std::int64_t m_width;
+    std::int64_t m_height;
+};
+
+void Svg_Rectangle(std::ostream& svg, const SSvgBox& box, const char* fill, const char* stroke)
+{
+    svg << R"(<rect x=")" << box.m_x << R"(" y=")" << box.m_y << R"(" width=")" << box.m_width << R"(" height=")"
+        << box.m_height << R"(" fill=")" << fill << R"(" stroke=")" << stroke << R"("/>)";
+}
+
+// attributes: further ones, each with a space before it.
+void Svg_Text(std::ostream& svg, std::int64_t x, std::int64_t y, const std::string& text, const char* attributes = "")
+{
+    svg << R"(<text x=")" << x << R"(" y=")" << y << '"' << attributes << '>' << text << "</text>";
+}
+
+// The nozzle, and with two bits for each which of them.
+std::string Cell_Text(const SLayout& layout, const SLayoutBit& bit)
+{
+    const char* drop = layout.m_bitsPerNozzle < 2 ? "" : bit.m_bit == 0 ? "h" : "l";
+    return std::to_string(bit.m_nozzle) + drop;
+}
+
 } // namespace
 
 SLayout Layout_Probe(const SJob& job)
@@ -288,11 +315,11 @@ std::string Layout_Svg(const SLayout& layout, std::int64_t firstFrame, std::int6
     {
         const char* pColor = colors[i % colors.size()];
         colorOf[info.m_units[i].m_unitId] = pColor;
-        const std::size_t x = 10 + i % 4 * 170;
-        const std::size_t y = 44 + i / 4 * cellHeight;
-        svg << "<rect x=\"" << x << "\" y=\"" << y << "\" width=\"14\" height=\"12\" fill=\"" << pColor
-            << "\" stroke=\"#666\"/><text x=\"" << x + 20 << "\" y=\"" << y + 10 << "\">"
-            << Xml_Text(Unit_Title(info.m_units[i])) << "</text>\n";
+        const auto x = static_cast<std::int64_t>(10 + i % 4 * 170);
+        const auto y = static_cast<std::int64_t>(44 + i / 4 * cellHeight);
+        Svg_Rectangle(svg, {x, y, 14, 12}, pColor, "#666");
+        Svg_Text(svg, x + 20, y + 10, Xml_Text(Unit_Title(info.m_units[i])));
+        svg << '\n';
     }
     std::map<std::int64_t, const SLayoutBit*> bitAt;
     for (const SLayoutBit& bit : layout.m_bits)
@@ -309,21 +336,17 @@ std::string Layout_Svg(const SLayout& layout, std::int64_t firstFrame, std::int6
         const std::int64_t y = top + (i / info.m_frameBits * rowsPerFrame + inFrame / across) * cellHeight;
         if (inFrame % across == 0)
         {
-            svg << "<text x=\"10\" y=\"" << y + 13 << "\">frame " << firstFrame + i / info.m_frameBits << ", byte "
-                << (firstBit + i) / bitsPerByte << "</text>\n";
+            Svg_Text(svg, 10, y + 13,
+                     "frame " + std::to_string(firstFrame + i / info.m_frameBits) + ", byte " +
+                         std::to_string((firstBit + i) / bitsPerByte));
+            svg << '\n';
         }
         const auto found = bitAt.find(firstBit + i);
-        svg << "<rect x=\"" << x << "\" y=\"" << y << "\" width=\"" << cellWidth << "\" height=\"" << cellHeight
-            << "\" fill=\"" << (found == bitAt.end() ? "#eeeeee" : colorOf.at(found->second->m_unitId))
-            << "\" stroke=\"#999\"/>";
+        Svg_Rectangle(svg, {x, y, cellWidth, cellHeight},
+                      found == bitAt.end() ? "#eeeeee" : colorOf.at(found->second->m_unitId), "#999");
         if (found != bitAt.end())
         {
-            svg << "<text x=\"" << x + cellWidth / 2 << "\" y=\"" << y + 13 << "\" text-anchor=\"middle\">"
-                << found->second->m_nozzle
-                << (layout.m_bitsPerNozzle < 2  ? ""
-                    : found->second->m_bit == 0 ? "h"
-                                                : "l")
-                << "</text>";
+            Svg_Text(svg, x + cellWidth / 2, y + 13, Cell_Text(layout, *found->second), R"( text-anchor="middle")");
         }
         svg << '\n';
     }

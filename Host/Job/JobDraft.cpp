@@ -218,6 +218,7 @@ std::vector<std::string> Inks_FromNames(const std::vector<std::string>& names)
         common = dot == std::string::npos ? plain.front().size() : dot + 1;
     }
     std::vector<std::string> inks;
+    inks.reserve(stems.size());
     for (const std::string& stem : stems)
     {
         inks.push_back(Bracketed_Of(stem).value_or(stem.substr(std::min(common, stem.size()))));

@@ -49,12 +49,12 @@ SBoardUnitInfo BoardUnit_Make(const SJob& job, const SJobUnit& unit)
 
 } // namespace
 
-CJobPage::CJobPage(const std::filesystem::path& file, CMistakeList& mistakes) : m_file(file)
+CJobPage::CJobPage(std::filesystem::path file, CMistakeList& mistakes) : m_file(std::move(file))
 {
     Open(mistakes);
 }
 
-CJobPage::CJobPage(const std::filesystem::path& file) : m_file(file)
+CJobPage::CJobPage(std::filesystem::path file) : m_file(std::move(file))
 {
     CMistakeList mistakes;
     Open(mistakes);
@@ -72,9 +72,9 @@ void CJobPage::Open(CMistakeList& mistakes)
         {
             if (unit.HasSeparation())
             {
-                m_units.push_back({&unit, Reader_Open(m_job, unit, own)});
-                const auto& reader = m_units.back().m_reader;
+                auto reader = Reader_Open(m_job, unit, own);
                 infos.push_back(reader == nullptr ? std::nullopt : std::optional(reader->Info_Get()));
+                m_units.push_back({&unit, std::move(reader)});
             }
         }
         Job_CheckSeparations(m_job, infos, own);

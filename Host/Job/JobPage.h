@@ -26,10 +26,10 @@ class CJobPage
 public:
     // Reads the job file and opens its separations. Adds every mistake of both to `mistakes`; HasPage then tells how
     // far it came.
-    CJobPage(const std::filesystem::path& file, CMistakeList& mistakes);
+    CJobPage(std::filesystem::path file, CMistakeList& mistakes);
 
     // For who needs a page without mistakes: throws CInputError with all of them. Warnings are kept for Warnings_Get.
-    explicit CJobPage(const std::filesystem::path& file);
+    explicit CJobPage(std::filesystem::path file);
 
     CJobPage(const CJobPage&) = delete;
     CJobPage& operator=(const CJobPage&) = delete;

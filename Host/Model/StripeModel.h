@@ -2,6 +2,7 @@
 // down the colour data byte by byte, without a formula for where a stripe begins. For tests of the ink-stripe stage.
 #pragma once
 
+#include <utility>
 #include <vector>
 
 struct SModelUnit
@@ -50,7 +51,7 @@ struct SModelBand
 class CStripeModel
 {
 public:
-    explicit CStripeModel(const SModelJob& job) : m_job(job) {}
+    explicit CStripeModel(SModelJob job) : m_job(std::move(job)) {}
 
     // Lines of every band of a step in this pass (1 = left to right).
     int LineCount(int bandAttr) const;

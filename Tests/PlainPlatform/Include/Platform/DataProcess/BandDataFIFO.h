@@ -13,12 +13,13 @@ public:
     bool Empty_In(CBandData* band, unsigned long timeoutMs);  // gives a band back to the pool
     bool IsCompleted();                                       // the producer has ended and nothing is left
 
+    CBandDataFIFO(const CBandDataFIFO&) = delete;
+    CBandDataFIFO& operator=(const CBandDataFIFO&) = delete;
+
 protected:
     class CPool; // what stands behind the operations
 
     explicit CBandDataFIFO(CPool& pool) : m_pool(pool) {}
-    CBandDataFIFO(const CBandDataFIFO&) = delete;
-    CBandDataFIFO& operator=(const CBandDataFIFO&) = delete;
     ~CBandDataFIFO() = default;
 
 private:
