@@ -9,9 +9,8 @@
 namespace
 {
 
-constexpr int longestRun = 64;        // lines; a hand-over is then a small part of a run's time
-constexpr int largestRun = 64 * 1024; // bytes of board data; larger ones leave the cache
-constexpr int runsPerGenerator = 8;   // at least, so that all generators end at about the same time
+constexpr int largestRun = 512 * 1024; // bytes of board data: a tenth of a millisecond, so that threads seldom meet
+constexpr int runsPerGenerator = 8;    // at least, so that all generators end at about the same time
 
 } // namespace
 
@@ -23,5 +22,5 @@ int LineRun_Get(const CBandData& dstBand, const CPrintUnitDataMap_Base& dataMap,
     }
     const int byBytes = largestRun / std::max(dstBand.m_bytesPerLine, 1);
     const int byLines = dstBand.m_height / runsPerGenerator / lineGeneratorCount;
-    return std::max(std::min({longestRun, byBytes, byLines}), 1);
+    return std::max(std::min(byBytes, byLines), 1);
 }

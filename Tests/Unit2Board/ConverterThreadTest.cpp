@@ -226,15 +226,21 @@ TEST(ConverterThread, TheOwnersStopInTheMiddleOfABandEndsItThere)
         ASSERT_TRUE(turnstile.WaitEntered(3));
         turnstile.Admit(100 + i); // half of them stop between the two sources of a line
         ASSERT_TRUE(turnstile.WaitEntered(100 + i + 3));
+        // One call after the other, so that a stop that comes late still comes in the middle.
+        std::atomic<bool> bStopped = false;
         std::thread release(
             [&]
             {
-                std::this_thread::sleep_for(1ms);
-                turnstile.Admit(2000);
+                while (!bStopped)
+                {
+                    std::this_thread::sleep_for(1ms);
+                    turnstile.Admit(1);
+                }
             });
         converter.Stop();
         const auto callCount = job.map.CallCount();
         EXPECT_TRUE(converter.WaitExit(withoutLimit));
+        bStopped = true;
         release.join();
         EXPECT_TRUE(converter.IsThreadSuccess());
         EXPECT_EQ(job.map.CallCount(), callCount); // the generators had ended when Stop returned

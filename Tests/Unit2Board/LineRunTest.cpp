@@ -110,7 +110,7 @@ CBandData& Band_Of(CBandData& band, int bytesPerLine, int height)
 
 } // namespace
 
-TEST(LineRun, IsSixtyFourLinesOr64KilobytesOrAnEighthOfAGeneratorsShare)
+TEST(LineRun, IsHalfAMegabyteOrAnEighthOfAGeneratorsShare)
 {
     CPrintUnitDataMap_5 map;
     ASSERT_TRUE(map.Init(1, 16));
@@ -121,20 +121,19 @@ TEST(LineRun, IsSixtyFourLinesOr64KilobytesOrAnEighthOfAGeneratorsShare)
         Band_Of(band, 0, 0);
         return lines;
     };
-    EXPECT_EQ(run(800, 6450, 2), 64);
-    EXPECT_EQ(run(1024, 6450, 2), 64);
-    EXPECT_EQ(run(1025, 6450, 2), 63); // 64 KB
-    EXPECT_EQ(run(8192, 6450, 2), 8);
-    EXPECT_EQ(run(65536, 6450, 2), 1);
-    EXPECT_EQ(run(65537, 6450, 2), 1);
-    EXPECT_EQ(run(800, 1024, 2), 64); // eight runs for each generator
+    EXPECT_EQ(run(8192, 64500, 2), 64); // 512 KB
+    EXPECT_EQ(run(8193, 64500, 2), 63);
+    EXPECT_EQ(run(524288, 64500, 2), 1);
+    EXPECT_EQ(run(524289, 64500, 2), 1);
+    EXPECT_EQ(run(100, 64500, 2), 4031); // eight runs for each generator
+    EXPECT_EQ(run(800, 1024, 2), 64);
     EXPECT_EQ(run(800, 1023, 2), 63);
     EXPECT_EQ(run(800, 1024, 4), 32);
     EXPECT_EQ(run(800, 100, 1), 12);
     EXPECT_EQ(run(800, 100, 2), 6);
     EXPECT_EQ(run(800, 15, 1), 1);
     EXPECT_EQ(run(800, 7, 1), 1);
-    EXPECT_EQ(run(0, 6450, 2), 64); // lines without bytes
+    EXPECT_EQ(run(0, 6450, 2), 403); // lines without bytes
     EXPECT_EQ(run(800, 0, 2), 1);
     EXPECT_EQ(run(800, 6450, 0), 1); // no generator
 }
