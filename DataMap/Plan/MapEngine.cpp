@@ -106,7 +106,7 @@ private:
         {
             return false;
         }
-        const unsigned char** strips = m_strips + (bRows ? m_plan.Strip(unit) : cutCount * unit);
+        const unsigned char** strips = m_strips + m_style.m_firstStrip + m_style.m_stripStep * unit;
         if (strips[0] != nullptr)
         {
             return false;

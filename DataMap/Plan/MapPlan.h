@@ -62,7 +62,6 @@ struct SMapPlan
 
     bool IsThere() const { return m_pStyle != nullptr; }
     bool HasUnit(int unitIndex) const { return static_cast<unsigned>(unitIndex) < static_cast<unsigned>(m_unitCount); }
-    int Strip(int unitIndex) const { return m_pStyle->m_firstStrip + m_pStyle->m_stripStep * unitIndex; }
     // Bytes of board data, in each plane, that one source byte becomes.
     int EntrySize() const { return m_pStyle->m_frameCount * m_frameByteCount; }
 
