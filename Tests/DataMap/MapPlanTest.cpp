@@ -265,6 +265,12 @@ TEST(MapPlan_Get, GoesByTheTableWhenAnotherStylesContentWasAssigned)
             CPrintUnitDataMap_5 takerFive;
             CLookUpMap<CPrintUnitDataMap_5> lookUpsFive;
             Takers_Compare(takerFive, lookUpsFive);
+            CPrintUnitDataMap_7 takerSeven;
+            CLookUpMap<CPrintUnitDataMap_7> lookUpsSeven;
+            Takers_Compare(takerSeven, lookUpsSeven);
+            CPrintUnitDataMap_8 takerEight;
+            CLookUpMap<CPrintUnitDataMap_8> lookUpsEight;
+            Takers_Compare(takerEight, lookUpsEight);
         }));
 }
 
@@ -298,4 +304,19 @@ TEST(MapPlan_Get, IsNotThereForATableOfTwoBitPixelsUnderAGeometryOfOne)
     ASSERT_TRUE(map.Init(1, 16));
     ASSERT_TRUE(map.CPrintUnitDataMap_Base::Init(2, 2, 32));
     EXPECT_FALSE(MapPlan_Get(map).IsThere());
+}
+
+// Four frames that are one bit wider make entries of as many whole bytes; only from the second frame on do the pixels
+// stand elsewhere.
+TEST(MapPlan_Get, IsNotThereForATableOfFramesThatAreOneBitWider)
+{
+    for (const int width : {16, 32, 64})
+    {
+        CPrintUnitDataMap_5 map;
+        ASSERT_TRUE(map.Init(2, width + 1));
+        ASSERT_TRUE(map.CPrintUnitDataMap_Base::Init(2, 2, width));
+        ASSERT_EQ(SMapTestAccess::UnitMapDataSize(map), 256 * map.MapDataSizeOfByte());
+        ASSERT_EQ(SMapTestAccess::MapDataSize(map), width / 2 * 256 * map.MapDataSizeOfByte());
+        EXPECT_FALSE(MapPlan_Get(map).IsThere());
+    }
 }
