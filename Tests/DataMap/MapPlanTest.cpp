@@ -219,6 +219,22 @@ TYPED_TEST(MapPlan, IsThereForAMapOfTheStyleAndForNoClassDerivedFromIt)
     EXPECT_FALSE(MapStyle_IsOwn(derived));
 }
 
+namespace
+{
+// While it lives, the map may have another one's table; after that it has none, also when a check has thrown.
+class CTableLoan
+{
+public:
+    explicit CTableLoan(CPrintUnitDataMap_Base& map) : m_map(map) {}
+    ~CTableLoan() { SMapTestAccess::MapData_Set(m_map, nullptr); }
+    CTableLoan(const CTableLoan&) = delete;
+    CTableLoan& operator=(const CTableLoan&) = delete;
+
+private:
+    CPrintUnitDataMap_Base& m_map;
+};
+} // namespace
+
 // The unwanted copy: a style's object that another style's content was assigned to as to a base.
 TEST(MapPlan_Get, GoesByTheTableWhenAnotherStylesContentWasAssigned)
 {
@@ -247,11 +263,11 @@ TEST(MapPlan_Get, GoesByTheTableWhenAnotherStylesContentWasAssigned)
             };
             const auto Takers_Compare = [&](CPrintUnitDataMap_Base& map, CPrintUnitDataMap_Base& lookUps)
             {
+                const CTableLoan mapLoan(map);
+                const CTableLoan lookUpsLoan(lookUps);
                 Content_Take(map);
                 Content_Take(lookUps);
                 Maps_ExpectSame(map, lookUps);
-                SMapTestAccess::MapData_Set(map, nullptr); // one owner only
-                SMapTestAccess::MapData_Set(lookUps, nullptr);
             };
             CPrintUnitDataMap_1 takerOne;
             CLookUpMap<CPrintUnitDataMap_1> lookUpsOne;
