@@ -130,7 +130,8 @@ void CPrintUnitDataMap_Base::MapData_Allocate(int unitCount, int entryCount)
     m_unitMapDataSize = entryCount * m_mapDataSizeOfByte;
     m_mapDataSize = unitCount * m_unitMapDataSize;
     delete[] m_mapData;
-    m_mapData = new unsigned char[static_cast<std::size_t>(m_mapDataSize)]();
+    // One byte more: where entries are no whole bytes, because a frame is not, the last one reaches into it.
+    m_mapData = new unsigned char[static_cast<std::size_t>(m_mapDataSize) + 1]();
 }
 
 unsigned char* CPrintUnitDataMap_Base::MapData_Entry(int unitIndex, int entryIndex)
