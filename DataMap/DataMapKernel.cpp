@@ -40,16 +40,12 @@ const SMapKernel& Kernel_Best()
 // Null if there is none of this name, or none that can run here.
 const SMapKernel* Kernel_Find(const char* name)
 {
-    if (name == nullptr)
-    {
-        return nullptr;
-    }
     const SCpuFeatures features = CpuFeatures_Get();
     for (const SKernelEntry& entry : kernels)
     {
-        if (std::string_view(entry.m_pKernel->m_name) == name)
+        if (name != nullptr && std::string_view(entry.m_pKernel->m_name) == name && entry.m_pCanRun(features))
         {
-            return entry.m_pCanRun(features) ? entry.m_pKernel : nullptr;
+            return entry.m_pKernel;
         }
     }
     return nullptr;

@@ -8,8 +8,6 @@
 
 namespace
 {
-// The head geometry of this style.
-
 // The frame position of one block: the byte of the group and block, and in it the bit of the unit.
 int Block_Row(const SSrcBandDataParam& param, int block)
 {
@@ -31,7 +29,7 @@ CPrintUnitDataMap_03::~CPrintUnitDataMap_03() = default;
 bool CPrintUnitDataMap_03::MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                                         int dstByteCount) const
 {
-    if (CMapLine::Map<Line_Blocks>(*this, param, src, dst, dstByteCount))
+    if (CMapLine::Map<Cut_Blocks>(*this, param, src, dst, dstByteCount))
     {
         return true;
     }

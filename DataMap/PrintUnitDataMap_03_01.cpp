@@ -9,16 +9,12 @@
 
 namespace
 {
-// The head geometry of this style.
-constexpr int chunkCount = 4;
-constexpr int chunkBitCount = 100;
-constexpr int chunkByteCount = 13;
 constexpr int nibbleBitCount = 4;
 
 int Chunk_BoardUnit(const SSrcBandDataParam& param, int chunk)
 {
-    const int place = param.m_unitDirection == unitDirection_Ascending ? chunk : chunkCount - 1 - chunk;
-    return param.m_unitIndex * chunkCount + place;
+    const int place = param.m_unitDirection == unitDirection_Ascending ? chunk : blockCount - 1 - chunk;
+    return param.m_unitIndex * blockCount + place;
 }
 } // namespace
 
@@ -42,7 +38,7 @@ bool CPrintUnitDataMap_03_01::MapData_Line(const SSrcBandDataParam& param, const
         MapData_Line_Bit_400(param, src, dst, dstByteCount);
         break;
     default:
-        if (!CMapLine::Map<Line_BlockColumns>(*this, param, src, dst, dstByteCount))
+        if (!CMapLine::Map<Cut_BlockColumns>(*this, param, src, dst, dstByteCount))
         {
             MapData_Line_Normal(param, src, dst, dstByteCount);
         }
@@ -56,9 +52,9 @@ int CPrintUnitDataMap_03_01::SrcPixelCount_2_BoardBitCount(int /*srcPixelCount*/
     switch (m_bitMode)
     {
     case bitMode4:
-        return m_dataFrameWidth * chunkBitCount;
+        return m_dataFrameWidth * blockPixelCount;
     case bitMode8:
-        return m_dataFrameWidth * chunkByteCount * 8;
+        return m_dataFrameWidth * blockByteCount * 8;
     case bitMode200:
         return (m_dataFrameWidth / 2) * 200;
     case bitMode400:
@@ -70,7 +66,7 @@ int CPrintUnitDataMap_03_01::SrcPixelCount_2_BoardBitCount(int /*srcPixelCount*/
 
 void* CPrintUnitDataMap_03_01::CustomParam_Create() const
 {
-    return new unsigned char[chunkByteCount];
+    return new unsigned char[blockByteCount];
 }
 
 void CPrintUnitDataMap_03_01::CustomParam_Release(void* customParam) const
@@ -107,7 +103,7 @@ bool CPrintUnitDataMap_03_01::MapBandData_Buffer_Bit_4(int unitIndex, const unsi
                                                        int /*bitCount*/, unsigned char* dst, int dstByteCount) const
 {
     int dstBit = unitIndex * nibbleBitCount;
-    for (int bit = 0; bit < chunkBitCount; bit += nibbleBitCount)
+    for (int bit = 0; bit < blockPixelCount; bit += nibbleBitCount)
     {
         CBitOperator::BitCopy(src, srcBitOffset + bit, dst, dstBit, nibbleBitCount, dstByteCount);
         dstBit += m_dataFrameWidth * nibbleBitCount;
@@ -127,15 +123,15 @@ bool CPrintUnitDataMap_03_01::MapBandData_Buffer_Bit_8(int unitIndex, const unsi
     else
     {
         auto* gathered = static_cast<unsigned char*>(customParam);
-        std::fill_n(gathered, chunkByteCount, static_cast<unsigned char>(0));
-        if (!CBitOperator::BitCopy(src, srcBitOffset, gathered, 0, bitCount, chunkByteCount))
+        std::fill_n(gathered, blockByteCount, static_cast<unsigned char>(0));
+        if (!CBitOperator::BitCopy(src, srcBitOffset, gathered, 0, bitCount, blockByteCount))
         {
             KEL_LOG(kelSeverity_Failure, "failure");
             return false;
         }
         chunk = gathered;
     }
-    for (int k = 0; k < chunkByteCount; ++k)
+    for (int k = 0; k < blockByteCount; ++k)
     {
         dst[unitIndex + k * m_dataFrameWidth] = chunk[k];
     }
@@ -145,9 +141,9 @@ bool CPrintUnitDataMap_03_01::MapBandData_Buffer_Bit_8(int unitIndex, const unsi
 bool CPrintUnitDataMap_03_01::MapData_Line_Normal(const SSrcBandDataParam& param, const unsigned char* src,
                                                   unsigned char* dst, int dstByteCount) const
 {
-    for (int chunk = 0; chunk < chunkCount; ++chunk)
+    for (int chunk = 0; chunk < blockCount; ++chunk)
     {
-        if (!MapBandData_Buffer(Chunk_BoardUnit(param, chunk), src, chunk * chunkBitCount, chunkBitCount, dst,
+        if (!MapBandData_Buffer(Chunk_BoardUnit(param, chunk), src, chunk * blockPixelCount, blockPixelCount, dst,
                                 dstByteCount, param.m_customParam))
         {
             KEL_LOG(kelSeverity_Failure, "failure");

@@ -28,11 +28,7 @@ CPrintUnitDataMap_1::~CPrintUnitDataMap_1() = default;
 
 bool CPrintUnitDataMap_1::Init(int dataFrameWidth)
 {
-    m_srcBitCount = 1;
-    m_srcBitMask = 1;
-    m_dstBitCount = 1;
-    m_dataFrameWidth = dataFrameWidth;
-    m_unitCount = dataFrameWidth;
+    Geometry_Set(1, dataFrameWidth, dataFrameWidth);
     Init_MapDataSizeOfByte();
     if (m_dataFrameWidth == 16)
     {
@@ -56,22 +52,8 @@ void CPrintUnitDataMap_1::Init_MapDataSizeOfByte()
 bool CPrintUnitDataMap_1::Init_DataWidth_16()
 {
     m_mapDataSizeOfByte = m_dataFrameWidth;
-    m_unitMapDataSize = m_dataFrameWidth * 256;
-    m_mapDataSize = m_unitMapDataSize * m_unitCount;
-    MapData_Allocate();
-    for (int unit = 0; unit < m_unitCount; ++unit)
-    {
-        for (int value = 0; value < 256; ++value)
-        {
-            unsigned char* entry = MapData_Entry(unit, value);
-            for (int pixel = 0; pixel < 8; ++pixel)
-            {
-                if ((value & BitPosition_Mask(pixel)) != 0)
-                {
-                    BitPosition_Set(entry, EntryPosition(unit, pixel));
-                }
-            }
-        }
-    }
+    MapData_Allocate(m_unitCount, 256);
+    MapData_Build([](unsigned char* entry, int unit, int pixel)
+                  { BitPosition_Set(entry, EntryPosition(unit, pixel)); });
     return true;
 }

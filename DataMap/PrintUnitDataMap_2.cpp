@@ -7,11 +7,6 @@
 
 namespace
 {
-// Drop-size codes, most significant bit first.
-constexpr int codeSmall = 0b01;
-constexpr int codeMiddle = 0b10;
-constexpr int codeBig = 0b11;
-
 void Code_Set(unsigned char* entry, int position, int code)
 {
     if ((code & 0b10) != 0)
@@ -35,17 +30,11 @@ CPrintUnitDataMap_2::~CPrintUnitDataMap_2() = default;
 
 bool CPrintUnitDataMap_2::Init(EDotSizeMode dotSizeMode, int dataFrameWidth)
 {
-    m_srcBitCount = 1;
-    m_srcBitMask = 1;
-    m_dstBitCount = 2;
-    m_dataFrameWidth = dataFrameWidth;
-    m_unitCount = dataFrameWidth / 2;
+    Geometry_Set(2, dataFrameWidth, dataFrameWidth / 2);
     Init_MapDataSizeOfByte();
     m_dotSizeMode = static_cast<std::int32_t>(dotSizeMode);
     m_mapDataSizeOfByte = (8 / m_srcBitCount) * m_dataFrameWidth / 8;
-    m_unitMapDataSize = 256 * m_mapDataSizeOfByte;
-    m_mapDataSize = m_unitCount * m_unitMapDataSize;
-    MapData_Allocate();
+    MapData_Allocate(m_unitCount, 256);
     if (!MapData())
     {
         KEL_LOG(kelSeverity_Failure, "failure");
@@ -89,18 +78,6 @@ bool CPrintUnitDataMap_2::MapData_Big()
 
 void CPrintUnitDataMap_2::MapData_Fill(int code)
 {
-    for (int unit = 0; unit < m_unitCount; ++unit)
-    {
-        for (int value = 0; value < 256; ++value)
-        {
-            unsigned char* entry = MapData_Entry(unit, value);
-            for (int pixel = 0; pixel < 8; ++pixel)
-            {
-                if ((value & BitPosition_Mask(pixel)) != 0)
-                {
-                    Code_Set(entry, pixel * m_dataFrameWidth + 2 * unit, code);
-                }
-            }
-        }
-    }
+    MapData_Build([=, this](unsigned char* entry, int unit, int pixel)
+                  { Code_Set(entry, pixel * m_dataFrameWidth + 2 * unit, code); });
 }

@@ -27,7 +27,7 @@ private:
     bool MapData_Small();
     bool MapData_Middle();
     bool MapData_Big();
-    // Gives every set pixel the 2-bit code `code`.
+    // Fills the table: every set pixel gets the 2-bit code `code`.
     void MapData_Fill(int code);
 
     std::int32_t m_dotSizeMode = 0; // the number of the mode

@@ -13,11 +13,7 @@ CPrintUnitDataMap_4::~CPrintUnitDataMap_4() = default;
 
 bool CPrintUnitDataMap_4::Init(int dataFrameWidth)
 {
-    m_srcBitCount = 1;
-    m_srcBitMask = 1;
-    m_dstBitCount = 1;
-    m_dataFrameWidth = dataFrameWidth;
-    m_unitCount = dataFrameWidth;
+    Geometry_Set(1, dataFrameWidth, dataFrameWidth);
     Init_MapDataSizeOfByte();
     KEL_LOG(kelSeverity_Failure, "failure");
     return false;

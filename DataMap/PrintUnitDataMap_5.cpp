@@ -14,12 +14,7 @@ CPrintUnitDataMap_5::~CPrintUnitDataMap_5() = default;
 
 bool CPrintUnitDataMap_5::Init(int srcBitCount, int dataFrameWidth)
 {
-    if (!CPrintUnitDataMap_Base::Init(srcBitCount, srcBitCount, dataFrameWidth))
-    {
-        KEL_LOG(kelSeverity_Failure, "failure");
-        return false;
-    }
-    if (!Init_MapDataBuffer())
+    if (!CPrintUnitDataMap_Base::Init(srcBitCount, srcBitCount, dataFrameWidth) || !Init_MapDataBuffer())
     {
         KEL_LOG(kelSeverity_Failure, "failure");
         return false;
@@ -29,29 +24,13 @@ bool CPrintUnitDataMap_5::Init(int srcBitCount, int dataFrameWidth)
 
 bool CPrintUnitDataMap_5::Init_MapDataBuffer()
 {
-    m_unitMapDataSize = 256 * m_mapDataSizeOfByte;
-    m_mapDataSize = m_unitCount * m_unitMapDataSize;
-    MapData_Allocate();
-    for (int unit = 0; unit < m_unitCount; ++unit)
-    {
-        for (int value = 0; value < 256; ++value)
+    MapData_Allocate(m_unitCount, 256);
+    // Pixel k of the source byte becomes the unit's field of frame k.
+    MapData_Build(
+        [this](unsigned char* entry, int unit, int bit)
         {
-            MapData_Fill(MapData_Entry(unit, value), unit, value);
-        }
-    }
+            const int frame = bit / m_srcBitCount;
+            BitPosition_Set(entry, frame * m_dataFrameWidth + m_srcBitCount * unit + bit % m_srcBitCount);
+        });
     return true;
-}
-
-// Pixel k of the source byte becomes the unit's field of frame k.
-void CPrintUnitDataMap_5::MapData_Fill(unsigned char* entry, int unitIndex, int byteValue) const
-{
-    for (int offset = 0; offset < 8; ++offset)
-    {
-        if ((byteValue & BitPosition_Mask(offset)) != 0)
-        {
-            const int pixel = offset / m_srcBitCount;
-            const int bit = offset % m_srcBitCount;
-            BitPosition_Set(entry, pixel * m_dataFrameWidth + m_srcBitCount * unitIndex + bit);
-        }
-    }
 }

@@ -23,7 +23,6 @@ public:
 private:
     // Builds the table; always true.
     bool Init_MapDataBuffer();
-    void MapData_Fill(unsigned char* entry, int unitIndex, int byteValue) const;
 
     friend struct SMapTestAccess;
 };

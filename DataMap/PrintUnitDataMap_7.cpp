@@ -1,23 +1,16 @@
 // The dot-size map with a byte column per unit: a table of two bytes per source byte, stored into the unit's column.
 #include "DataMap/PrintUnitDataMap_7.h"
 
+#include "DataMap/BitPosition.h"
 #include "DataMap/PlatformWord.h"
 #include "KelCommon/KelLog.h"
 #include "Platform/Helper/StaticHelper.h"
 
-#include <array>
-
 namespace
 {
-// Four 1-bit pixels -> four 2-bit drop-size codes, both with the first pixel most significant.
-using NibbleTable = std::array<unsigned char, 16>;
-
-constexpr NibbleTable nibbleTableSmall = {0x00, 0x01, 0x04, 0x05, 0x10, 0x11, 0x14, 0x15,
-                                          0x40, 0x41, 0x44, 0x45, 0x50, 0x51, 0x54, 0x55};
-constexpr NibbleTable nibbleTableMiddle = {0x00, 0x02, 0x08, 0x0A, 0x20, 0x22, 0x28, 0x2A,
-                                           0x80, 0x82, 0x88, 0x8A, 0xA0, 0xA2, 0xA8, 0xAA};
-constexpr NibbleTable nibbleTableBig = {0x00, 0x03, 0x0C, 0x0F, 0x30, 0x33, 0x3C, 0x3F,
-                                        0xC0, 0xC3, 0xCC, 0xCF, 0xF0, 0xF3, 0xFC, 0xFF};
+// What four 1-bit pixels become if each set one becomes 01; a small drop. Both have the first pixel most significant.
+constexpr unsigned char nibbleTable[16] = {0x00, 0x01, 0x04, 0x05, 0x10, 0x11, 0x14, 0x15,
+                                           0x40, 0x41, 0x44, 0x45, 0x50, 0x51, 0x54, 0x55};
 } // namespace
 
 CPrintUnitDataMap_7::CPrintUnitDataMap_7() = default;
@@ -56,16 +49,10 @@ int CPrintUnitDataMap_7::SrcPixelCount_2_BoardBitCount(int srcPixelCount) const
 
 bool CPrintUnitDataMap_7::Init(EDotSizeMode dotSizeMode, int dataFrameWidth)
 {
-    m_srcBitCount = 1;
-    m_srcBitMask = 1;
-    m_dstBitCount = 2;
-    m_dataFrameWidth = dataFrameWidth;
-    m_unitCount = dataFrameWidth; // byte columns, not bit pairs
+    Geometry_Set(2, dataFrameWidth, dataFrameWidth); // units have byte columns, not bit pairs
     m_dotSizeMode = static_cast<std::int32_t>(dotSizeMode);
     m_mapDataSizeOfByte = 2;
-    m_unitMapDataSize = 256 * m_mapDataSizeOfByte;
-    m_mapDataSize = m_unitMapDataSize; // one table for all units
-    MapData_Allocate();
+    MapData_Allocate(1, 256); // one table for all units
     if (!MapData())
     {
         KEL_LOG(kelSeverity_Failure, "failure");
@@ -91,28 +78,28 @@ bool CPrintUnitDataMap_7::MapData()
 
 bool CPrintUnitDataMap_7::MapData_Small()
 {
-    MapData_Fill(nibbleTableSmall.data());
+    MapData_Fill(codeSmall);
     return true;
 }
 
 bool CPrintUnitDataMap_7::MapData_Middle()
 {
-    MapData_Fill(nibbleTableMiddle.data());
+    MapData_Fill(codeMiddle);
     return true;
 }
 
 bool CPrintUnitDataMap_7::MapData_Big()
 {
-    MapData_Fill(nibbleTableBig.data());
+    MapData_Fill(codeBig);
     return true;
 }
 
-void CPrintUnitDataMap_7::MapData_Fill(const unsigned char* nibbleTable)
+void CPrintUnitDataMap_7::MapData_Fill(int code)
 {
     for (int value = 0; value < 256; ++value)
     {
         unsigned char* entry = MapData_Entry(0, value);
-        entry[0] = nibbleTable[value / 16];
-        entry[1] = nibbleTable[value % 16];
+        entry[0] = static_cast<unsigned char>(code * nibbleTable[value / 16]);
+        entry[1] = static_cast<unsigned char>(code * nibbleTable[value % 16]);
     }
 }

@@ -36,8 +36,8 @@ private:
     bool MapData_Small();
     bool MapData_Middle();
     bool MapData_Big();
-    // Fills the 256 entries from the 16 bytes of one drop size, one for each four pixels.
-    void MapData_Fill(const unsigned char* nibbleTable);
+    // Fills the 256 entries: every set pixel gets the 2-bit code `code`.
+    void MapData_Fill(int code);
 
     std::int32_t m_dotSizeMode = 0; // the number of the mode
 

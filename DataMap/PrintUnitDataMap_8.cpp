@@ -13,26 +13,19 @@ constexpr int patternCount = 16;
 constexpr unsigned char maskHigh = 0xAA; // the high bits of a byte's four pixels
 constexpr unsigned char maskLow = 0x55;  // their low bits
 
-// The bit of pixel `pixel` in a pattern index, and in a byte of either plane.
-constexpr int Pixel_PatternBit(int pixel)
-{
-    return 1 << (pixelsPerByte - 1 - pixel);
-}
+// The bits of pixel `pixel` in a byte, of both planes.
 constexpr unsigned Pixel_ByteMask(int pixel)
 {
     return 0xC0U >> (2 * pixel);
 }
 
-// The pattern of the pixels that have a bit set in `value`.
+// The pattern of the pixels that have a bit set in `value`: bit 3 - k stands for pixel k.
 int Pattern_FromByte(unsigned char value)
 {
     int pattern = 0;
     for (int pixel = 0; pixel < pixelsPerByte; ++pixel)
     {
-        if ((value & Pixel_ByteMask(pixel)) != 0)
-        {
-            pattern |= Pixel_PatternBit(pixel);
-        }
+        pattern = 2 * pattern + ((value & Pixel_ByteMask(pixel)) != 0 ? 1 : 0);
     }
     return pattern;
 }
@@ -43,10 +36,7 @@ unsigned char Pattern_ToByte(int pattern, unsigned char planeMask)
     unsigned value = 0;
     for (int pixel = 0; pixel < pixelsPerByte; ++pixel)
     {
-        if ((pattern & Pixel_PatternBit(pixel)) != 0)
-        {
-            value |= Pixel_ByteMask(pixel) & planeMask;
-        }
+        value |= (pattern & 8 >> pixel) != 0 ? Pixel_ByteMask(pixel) & planeMask : 0U;
     }
     return static_cast<unsigned char>(value);
 }
@@ -69,17 +59,13 @@ const unsigned char* CPrintUnitDataMap_8::ByteMapData_Buffer(int unitIndex, int 
 bool CPrintUnitDataMap_8::MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                                        int dstByteCount) const
 {
-    if (CMapLine::Map<Line_Planes>(*this, param, src, dst, dstByteCount))
+    if (CMapLine::Map<Cut_Quads>(*this, param, src, dst, dstByteCount))
     {
         return true;
     }
     const int planeByteCount = dstByteCount / 2;
-    if (!MapData_Line_BitMask(param, src, dst, planeByteCount, maskHigh))
-    {
-        KEL_LOG(kelSeverity_Failure, "failure");
-        return false;
-    }
-    if (!MapData_Line_BitMask(param, src, dst + planeByteCount, planeByteCount, maskLow))
+    if (!MapData_Line_BitMask(param, src, dst, planeByteCount, maskHigh) ||
+        !MapData_Line_BitMask(param, src, dst + planeByteCount, planeByteCount, maskLow))
     {
         KEL_LOG(kelSeverity_Failure, "failure");
         return false;
@@ -89,14 +75,8 @@ bool CPrintUnitDataMap_8::MapData_Line(const SSrcBandDataParam& param, const uns
 
 bool CPrintUnitDataMap_8::Init(int dataFrameWidth)
 {
-    m_srcBitCount = 1;
-    m_srcBitMask = 1;
-    m_dstBitCount = 1;
-    m_dataFrameWidth = dataFrameWidth;
-    m_unitCount = dataFrameWidth;
+    Geometry_Set(1, dataFrameWidth, dataFrameWidth);
     m_mapDataSizeOfByte = (dataFrameWidth / 8) * 4;
-    m_unitMapDataSize = patternCount * m_mapDataSizeOfByte;
-    m_mapDataSize = m_unitMapDataSize * m_unitCount;
     if (!Init_MapDataBuffer())
     {
         KEL_LOG(kelSeverity_Failure, "failure");
@@ -108,7 +88,7 @@ bool CPrintUnitDataMap_8::Init(int dataFrameWidth)
 // The low-bit plane needs no entries of its own: the same index names the same pixels.
 bool CPrintUnitDataMap_8::Init_MapDataBuffer()
 {
-    MapData_Allocate();
+    MapData_Allocate(m_unitCount, patternCount);
     for (int unit = 0; unit < m_unitCount; ++unit)
     {
         for (int index = 0; index < patternCount; ++index)

@@ -48,7 +48,8 @@ const unsigned char* CPrintUnitDataMap_Base::ByteMapData_Buffer(int unitIndex, i
 bool CPrintUnitDataMap_Base::MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                                           int dstByteCount) const
 {
-    if (!CMapLine::Map<Line_Table>(*this, param, src, dst, dstByteCount))
+    if (!CMapLine::Map<Cut_Row>(*this, param, src, dst, dstByteCount) &&
+        !CMapLine::Map<Cut_Planes>(*this, param, src, dst, dstByteCount))
     {
         MapData_Line_Table(param, src, dst, dstByteCount);
     }
@@ -115,10 +116,22 @@ bool CPrintUnitDataMap_Base::Init_SrcBitMask()
     return m_srcBitMask != 0;
 }
 
-void CPrintUnitDataMap_Base::MapData_Allocate()
+void CPrintUnitDataMap_Base::Geometry_Set(int dstBitCount, int dataFrameWidth, int unitCount)
 {
+    m_srcBitCount = 1;
+    m_srcBitMask = 1;
+    m_dstBitCount = dstBitCount;
+    m_dataFrameWidth = dataFrameWidth;
+    m_unitCount = unitCount;
+}
+
+void CPrintUnitDataMap_Base::MapData_Allocate(int unitCount, int entryCount)
+{
+    m_unitMapDataSize = entryCount * m_mapDataSizeOfByte;
+    m_mapDataSize = unitCount * m_unitMapDataSize;
     delete[] m_mapData;
-    m_mapData = new unsigned char[static_cast<std::size_t>(m_mapDataSize)]();
+    // One byte more: where entries are no whole bytes, because a frame is not, the last one reaches into it.
+    m_mapData = new unsigned char[static_cast<std::size_t>(m_mapDataSize) + 1]();
 }
 
 unsigned char* CPrintUnitDataMap_Base::MapData_Entry(int unitIndex, int entryIndex)

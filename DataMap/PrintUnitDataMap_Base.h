@@ -91,12 +91,30 @@ protected:
     // Sets the source mask from m_srcBitCount. False, with mask 0 and no log record, if that is neither 1 nor 2.
     bool Init_SrcBitMask();
 
-    // Makes the table m_mapDataSize zero bytes long.
-    void MapData_Allocate();
+    // Sets the geometry of a map of 1-bit pixels; computes no size.
+    void Geometry_Set(int dstBitCount, int dataFrameWidth, int unitCount);
+    // Makes a table of zeros, with so many entries of m_mapDataSizeOfByte bytes for each unit, and sets its sizes.
+    void MapData_Allocate(int unitCount, int entryCount);
     // ORs what a partial last source byte adds, looked up whole, clipped to the `dstByteCount` bytes of `dst`.
     // `entrySize`: bytes of a table entry.
     void MapData_Tail(const SSrcBandDataParam& param, int entrySize, const unsigned char* src, unsigned char* dst,
                       int dstByteCount) const;
+    // Builds a table of 256 entries per unit: calls `set` with the entry, the unit and the bit for every bit that is
+    // set in an entry's byte value. Bit 0 is the most significant.
+    template<class TSet>
+    void MapData_Build(TSet set)
+    {
+        for (int i = 0; i < 256 * m_unitCount; ++i)
+        {
+            for (int bit = 0; bit < 8; ++bit)
+            {
+                if ((i % 256 & 0x80 >> bit) != 0)
+                {
+                    set(MapData_Entry(i / 256, i % 256), i / 256, bit);
+                }
+            }
+        }
+    }
     // The table entry of (unitIndex, entryIndex), for the builder; reckoned from the sizes, never virtual.
     unsigned char* MapData_Entry(int unitIndex, int entryIndex);
 

@@ -38,10 +38,17 @@ SCpuWords CpuWords_Get(unsigned leaf)
     return words;
 }
 
-constexpr bool Bit_IsSet(unsigned long long word, int bit)
+constexpr bool Bits_AreSet(unsigned long long word, unsigned long long bits)
 {
-    return ((word >> bit) & 1) != 0;
+    return (word & bits) == bits;
 }
+
+// Bits of the feature words: of leaf 1's word c, of leaf 7's words b and c.
+constexpr unsigned leaf1Ssse3 = 1U << 9;
+constexpr unsigned leaf1Avx = 1U << 27 | 1U << 28; // and the system saves registers
+constexpr unsigned leaf7Avx2 = 1U << 5;
+constexpr unsigned leaf7Avx512 = 1U << 16 | 1U << 17 | 1U << 30 | 1U << 31; // F, DQ, BW, VL
+constexpr unsigned leaf7VbmiGfni = 1U << 1 | 1U << 8;
 
 // Bits of the system's register mask.
 constexpr unsigned long long registersAvx = 0x06;    // 128 and 256 bits
@@ -52,25 +59,16 @@ SCpuFeatures CpuFeatures_Get()
 {
     SCpuFeatures features;
     const SCpuWords leaf1 = CpuWords_Get(1);
-    features.m_bSsse3 = Bit_IsSet(leaf1.m_c, 9);
-    const bool bSystemSaves = Bit_IsSet(leaf1.m_c, 27);
-    const bool bAvx = Bit_IsSet(leaf1.m_c, 28);
-    if (!bSystemSaves || !bAvx)
+    features.m_bSsse3 = Bits_AreSet(leaf1.m_c, leaf1Ssse3);
+    if (Bits_AreSet(leaf1.m_c, leaf1Avx))
     {
-        return features;
+        const unsigned long long saved = _xgetbv(0);
+        const SCpuWords leaf7 = CpuWords_Get(7);
+        features.m_bAvx2 = Bits_AreSet(saved, registersAvx) && Bits_AreSet(leaf7.m_b, leaf7Avx2);
+        features.m_bAvx512 =
+            features.m_bAvx2 && Bits_AreSet(saved, registersAvx512) && Bits_AreSet(leaf7.m_b, leaf7Avx512);
+        features.m_bAvx512Gfni = features.m_bAvx512 && Bits_AreSet(leaf7.m_c, leaf7VbmiGfni);
     }
-    const unsigned long long saved = _xgetbv(0);
-    const SCpuWords leaf7 = CpuWords_Get(7);
-    features.m_bAvx2 = (saved & registersAvx) == registersAvx && Bit_IsSet(leaf7.m_b, 5);
-    const bool bFoundation = Bit_IsSet(leaf7.m_b, 16);
-    const bool bDoubleQuad = Bit_IsSet(leaf7.m_b, 17);
-    const bool bByteWord = Bit_IsSet(leaf7.m_b, 30);
-    const bool bLength = Bit_IsSet(leaf7.m_b, 31);
-    features.m_bAvx512 = features.m_bAvx2 && (saved & registersAvx512) == registersAvx512 && bFoundation &&
-                         bDoubleQuad && bByteWord && bLength;
-    const bool bBytePermute = Bit_IsSet(leaf7.m_c, 1);
-    const bool bGaloisField = Bit_IsSet(leaf7.m_c, 8);
-    features.m_bAvx512Gfni = features.m_bAvx512 && bBytePermute && bGaloisField;
     return features;
 }
 

@@ -22,17 +22,37 @@ constexpr std::uint64_t shuffleMatrix = 0x0110022004400880U;
 // As pixelMatrix, but bits 7, 3, 5, 1, 6, 2, 4 and 0 of all bytes become bytes 0 to 7.
 constexpr std::uint64_t quadMatrix = 0x0110044002200880U;
 
+// A vector of indices that follow a rule.
+template<class TIndex>
+struct SOrder
+{
+    template<class TRule>
+    constexpr explicit SOrder(TRule rule)
+    {
+        for (int i = 0; i < static_cast<int>(64 / sizeof(TIndex)); ++i)
+        {
+            m_indices[i] = static_cast<TIndex>(rule(i));
+        }
+    }
+    __m512i Load() const { return _mm512_load_si512(m_indices); }
+
+    alignas(64) TIndex m_indices[64 / sizeof(TIndex)] = {};
+};
+
+// 0, 64, 1, 65, ... 31, 95: the bytes of two vectors in turns.
+constexpr SOrder<unsigned char> orderLow([](int i) { return i / 2 + 64 * (i % 2); });
+// 0, 2, 4, ... 126.
+constexpr SOrder<unsigned char> orderEveryOther([](int i) { return 2 * i; });
+// 16-bit words 0, 4, 8, ... 60, then 2, 6, 10, ... 62.
+constexpr SOrder<std::uint16_t> orderQuads([](int i) { return 4 * (i % 16) + 2 * (i / 16); });
+
 struct SVector32Gfni : SVector32<STag>
 {
     static constexpr bool bTransposesWords = true;
 
-    static void Words_Transpose(Type (&values)[8], bool bSwapPairs)
+    static Type Words_Transpose(Type value, bool bSwapPairs)
     {
-        const Type pixels = Set_Word(bSwapPairs ? pixelMatrixSwapped : pixelMatrix);
-        for (Type& value : values)
-        {
-            value = _mm256_gf2p8affine_epi64_epi8(pixels, value, 0);
-        }
+        return _mm256_gf2p8affine_epi64_epi8(Set_Word(bSwapPairs ? pixelMatrixSwapped : pixelMatrix), value, 0);
     }
 };
 
@@ -44,33 +64,29 @@ struct SVector64Gfni : SVector64<STag>
     static constexpr bool bPartsPairs = true;
 
     // Low8 and High8 interleave whole halves here, so that nothing is left to be ordered.
-    static Type Low8(Type a, Type b) { return _mm512_permutex2var_epi8(a, Order_Low(), b); }
+    static Type Low8(Type a, Type b) { return _mm512_permutex2var_epi8(a, orderLow.Load(), b); }
     static Type High8(Type a, Type b)
     {
-        return _mm512_permutex2var_epi8(a, _mm512_or_si512(Order_Low(), Set(0x20)), b);
+        return _mm512_permutex2var_epi8(a, _mm512_or_si512(orderLow.Load(), Set(0x20)), b);
     }
-    static void Words_Transpose(Type (&values)[8], bool bSwapPairs)
+    static Type Words_Transpose(Type value, bool bSwapPairs)
     {
-        const Type pixels = Set_Word(bSwapPairs ? pixelMatrixSwapped : pixelMatrix);
-        for (Type& value : values)
-        {
-            value = _mm512_gf2p8affine_epi64_epi8(pixels, value, 0);
-        }
+        return _mm512_gf2p8affine_epi64_epi8(Set_Word(bSwapPairs ? pixelMatrixSwapped : pixelMatrix), value, 0);
     }
 
     static void Planes_Part(Type first, Type second, Type& high, Type& low)
     {
         const Type a = Nibbles_Exchange(_mm512_gf2p8affine_epi64_epi8(first, Set_Word(pairMatrix), 0));
         const Type b = Nibbles_Exchange(_mm512_gf2p8affine_epi64_epi8(second, Set_Word(pairMatrix), 0));
-        high = _mm512_permutex2var_epi8(a, Order_EveryOther(), b);
-        low = _mm512_permutex2var_epi8(a, _mm512_or_si512(Order_EveryOther(), Set(1)), b);
+        high = _mm512_permutex2var_epi8(a, orderEveryOther.Load(), b);
+        low = _mm512_permutex2var_epi8(a, _mm512_or_si512(orderEveryOther.Load(), Set(1)), b);
     }
     static void Quads_Part(Type first, Type second, Type& even, Type& odd)
     {
         const Type a = Quads_Gather(first);
         const Type b = Quads_Gather(second);
-        even = _mm512_permutex2var_epi16(a, Order_Quads(), b);
-        odd = _mm512_permutex2var_epi16(a, _mm512_or_si512(Order_Quads(), _mm512_set1_epi16(1)), b);
+        even = _mm512_permutex2var_epi16(a, orderQuads.Load(), b);
+        odd = _mm512_permutex2var_epi16(a, _mm512_or_si512(orderQuads.Load(), _mm512_set1_epi16(1)), b);
     }
 
 private:
@@ -87,34 +103,6 @@ private:
     {
         const Type gathered = Nibbles_Exchange(_mm512_gf2p8affine_epi64_epi8(Set_Word(quadMatrix), x, 0));
         return _mm512_gf2p8affine_epi64_epi8(gathered, Set_Word(shuffleMatrix), 0);
-    }
-
-    // 0, 2, 4, ... 126.
-    static Type Order_EveryOther()
-    {
-        alignas(64) static constexpr unsigned char order[64] = {
-            0,  2,  4,  6,  8,  10, 12,  14,  16,  18,  20,  22,  24,  26,  28,  30,  32,  34,  36,  38, 40, 42,
-            44, 46, 48, 50, 52, 54, 56,  58,  60,  62,  64,  66,  68,  70,  72,  74,  76,  78,  80,  82, 84, 86,
-            88, 90, 92, 94, 96, 98, 100, 102, 104, 106, 108, 110, 112, 114, 116, 118, 120, 122, 124, 126};
-        return Load(order);
-    }
-    // 16-bit words 0, 4, 8, ... 60, then 2, 6, 10, ... 62.
-    static Type Order_Quads()
-    {
-        alignas(64) static constexpr std::uint16_t order[32] = {0,  4,  8,  12, 16, 20, 24, 28, 32, 36, 40,
-                                                                44, 48, 52, 56, 60, 2,  6,  10, 14, 18, 22,
-                                                                26, 30, 34, 38, 42, 46, 50, 54, 58, 62};
-        return _mm512_load_si512(order);
-    }
-
-    // 0, 64, 1, 65, ... 31, 95: the bytes of two vectors in turns.
-    static Type Order_Low()
-    {
-        alignas(64) static constexpr unsigned char order[64] = {
-            0,  64, 1,  65, 2,  66, 3,  67, 4,  68, 5,  69, 6,  70, 7,  71, 8,  72, 9,  73, 10, 74,
-            11, 75, 12, 76, 13, 77, 14, 78, 15, 79, 16, 80, 17, 81, 18, 82, 19, 83, 20, 84, 21, 85,
-            22, 86, 23, 87, 24, 88, 25, 89, 26, 90, 27, 91, 28, 92, 29, 93, 30, 94, 31, 95};
-        return Load(order);
     }
 };
 using Vector = SVector64Gfni;

@@ -45,21 +45,8 @@ void Rows_Transpose(const unsigned char* const* rows, int offset, int byteCount,
     }
 }
 
-void Columns_Or(const unsigned char* const* columns, int columnCount, int byteCount, unsigned char* dst)
-{
-    for (int column = 0; column < columnCount; ++column)
-    {
-        const unsigned char* src = columns[column];
-        unsigned char* out = dst + column;
-        for (int i = 0; i < byteCount; ++i)
-        {
-            *out = static_cast<unsigned char>(*out | src[i]);
-            out += columnCount;
-        }
-    }
-}
-
-void Columns_Store(const unsigned char* const* columns, int columnCount, int byteCount, unsigned char* dst)
+template<bool bStore>
+void Columns_Map(const unsigned char* const* columns, int columnCount, int byteCount, unsigned char* dst)
 {
     for (int column = 0; column < columnCount; ++column)
     {
@@ -67,7 +54,7 @@ void Columns_Store(const unsigned char* const* columns, int columnCount, int byt
         unsigned char* out = dst + column;
         for (int i = 0; src != nullptr && i < byteCount; ++i)
         {
-            *out = src[i];
+            *out = static_cast<unsigned char>(bStore ? src[i] : *out | src[i]);
             out += columnCount;
         }
     }
@@ -199,8 +186,8 @@ void Field_Or(const SFieldPattern& pattern, unsigned place, const unsigned char*
 
 constexpr SMapKernel Kernel_Make()
 {
-    SMapKernel kernel = {"scalar",    Rows_Transpose, Columns_Or,        Columns_Store,  Planes_Split,
-                         Quads_Split, Blocks_Cut,     Blocks_Interleave, Nibbles_Expand, {}};
+    SMapKernel kernel = {"scalar",    Rows_Transpose, Columns_Map<false>, Columns_Map<true>, Planes_Split,
+                         Quads_Split, Blocks_Cut,     Blocks_Interleave,  Nibbles_Expand,    {}};
     for (int size = 0; size < SFieldPattern::groupSizeCount; ++size)
     {
         kernel.m_pField_Or[Field_OneBit][size] = Field_Or<Field_OneBit>;

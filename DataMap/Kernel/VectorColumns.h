@@ -17,26 +17,26 @@ struct SVectorColumns
         V::Store(dst, bStore ? value : V::Or(V::Load(dst), value));
     }
 
-    template<bool bStore, int count>
-    static void Columns_Block(const unsigned char* const* columns, int offset, unsigned char* dst)
+    // A vector of each column, interleaved.
+    template<int count>
+    static void Columns_Interleave(const unsigned char* const* columns, int offset, Type (&result)[count])
     {
         Type values[count];
         for (int i = 0; i < count; ++i)
         {
             values[i] = V::Load(columns[i] + offset);
         }
-        if constexpr (count > 1)
+        Shuffle::Interleave(values, result);
+    }
+
+    template<bool bStore, int count>
+    static void Columns_Block(const unsigned char* const* columns, int offset, unsigned char* dst)
+    {
+        Type result[count];
+        Columns_Interleave(columns, offset, result);
+        for (int i = 0; i < count; ++i)
         {
-            Type result[count];
-            Shuffle::Interleave(values, result);
-            for (int i = 0; i < count; ++i)
-            {
-                Write<bStore>(dst + offset * count + i * size, result[i]);
-            }
-        }
-        else
-        {
-            Write<bStore>(dst + offset, values[0]);
+            Write<bStore>(dst + offset * count + i * size, result[i]);
         }
     }
 
@@ -56,15 +56,7 @@ struct SVectorColumns
             }
             return;
         }
-        int done = 0;
-        for (; byteCount - done >= size; done += size)
-        {
-            Columns_Block<bStore, count>(columns, done, dst);
-        }
-        if (done < byteCount)
-        {
-            Columns_Block<bStore, count>(columns, byteCount - size, dst);
-        }
+        Shuffle::Blocks_Do(byteCount, [=](int done) { Columns_Block<bStore, count>(columns, done, dst); });
     }
 
     // `count` columns, one after the other, null ones left out.
@@ -98,13 +90,8 @@ struct SVectorColumns
     template<bool bStore, int count>
     static void Tile_Block(const unsigned char* const* columns, int offset, unsigned char* dst, int columnCount)
     {
-        Type values[count];
-        for (int i = 0; i < count; ++i)
-        {
-            values[i] = V::Load(columns[i] + offset);
-        }
         Type result[count];
-        Shuffle::Interleave(values, result);
+        Columns_Interleave(columns, offset, result);
         for (int i = 0; i < size; ++i)
         {
             unsigned char* out = dst + (offset + i) * columnCount;
@@ -129,15 +116,7 @@ struct SVectorColumns
             Columns_OneByOne<bStore>(columns, count, byteCount, dst, columnCount);
             return;
         }
-        int done = 0;
-        for (; byteCount - done >= size; done += size)
-        {
-            Tile_Block<bStore, count>(columns, done, dst, columnCount);
-        }
-        if (done < byteCount)
-        {
-            Tile_Block<bStore, count>(columns, byteCount - size, dst, columnCount);
-        }
+        Shuffle::Blocks_Do(byteCount, [=](int done) { Tile_Block<bStore, count>(columns, done, dst, columnCount); });
     }
 
     // Any number of columns, any of them null.
@@ -174,23 +153,17 @@ struct SVectorColumns
         switch (columnCount)
         {
         case 1:
-            Columns_All<bStore, 1>(columns, byteCount, dst);
-            break;
+            return Columns_All<bStore, 1>(columns, byteCount, dst);
         case 2:
-            Columns_All<bStore, 2>(columns, byteCount, dst);
-            break;
+            return Columns_All<bStore, 2>(columns, byteCount, dst);
         case 4:
-            Columns_All<bStore, 4>(columns, byteCount, dst);
-            break;
+            return Columns_All<bStore, 4>(columns, byteCount, dst);
         case 8:
-            Columns_All<bStore, 8>(columns, byteCount, dst);
-            break;
+            return Columns_All<bStore, 8>(columns, byteCount, dst);
         case 16:
-            Columns_All<bStore, 16>(columns, byteCount, dst);
-            break;
+            return Columns_All<bStore, 16>(columns, byteCount, dst);
         default:
-            Columns_Tiles<bStore>(columns, columnCount, byteCount, dst);
-            break;
+            return Columns_Tiles<bStore>(columns, columnCount, byteCount, dst);
         }
     }
 };

@@ -105,32 +105,26 @@ struct SFieldLoop
             spare -= 4 * srcStep;
             dst += 4 * stepByteCount;
         }
-        for (; stepCount > 0 && spare >= 0; --stepCount)
-        {
-            Step_Or(spread, PartWord::Load(src), dst);
-            src += srcStep;
-            spare -= srcStep;
-            dst += stepByteCount;
-        }
         for (; stepCount > 0; --stepCount)
         {
-            Step_Or(spread, Word_AtEnd(src, spare, srcByteCount), dst);
+            Step_Or(spread, Word_Load(src, spare, srcByteCount), dst);
             src += srcStep;
             spare -= srcStep;
             dst += stepByteCount;
         }
         if (rest > 0)
         {
-            Rest_Or(spread, spare >= 0 ? PartWord::Load(src) : Word_AtEnd(src, spare, srcByteCount), dst, rest);
+            Rest_Or(spread, Word_Load(src, spare, srcByteCount), dst, rest);
         }
     }
 
 private:
-    // The 8 + `spare` bytes from `src` on, less than 8, that are left of the line.
-    static std::uint64_t Word_AtEnd(const unsigned char* src, int spare, int srcByteCount)
+    // 8 bytes from `src` on, or as many as the line has left: 8 + `spare`.
+    static std::uint64_t Word_Load(const unsigned char* src, int spare, int srcByteCount)
     {
-        return srcByteCount >= 8 ? PartWord::Load(src + spare) >> (-8 * spare & 63)
-                                 : PartWord::Load_Part(src, 8 + spare);
+        return spare >= 0          ? PartWord::Load(src)
+               : srcByteCount >= 8 ? PartWord::Load(src + spare) >> (-8 * spare & 63)
+                                   : PartWord::Load_Part(src, 8 + spare);
     }
 
     // Less than a step.

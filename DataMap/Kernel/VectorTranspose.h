@@ -54,7 +54,10 @@ struct SVectorTranspose
         if constexpr (V::bTransposesWords)
         {
             Shuffle::Interleave(values, frames);
-            V::Words_Transpose(frames, bSwapPairs);
+            for (Type& frame : frames)
+            {
+                frame = V::Words_Transpose(frame, bSwapPairs);
+            }
         }
         else
         {
@@ -87,18 +90,12 @@ struct SVectorTranspose
                 return;
             }
         }
-        int done = 0;
-        for (; byteCount - done >= size; done += size)
-        {
-            Rows_Block(rows, offset + done, size, bSwapPairs, dst + 8 * done);
-        }
-        if (done == 0)
+        if (byteCount < size)
         {
             Rows_Block(rows, offset, byteCount, bSwapPairs, dst);
+            return;
         }
-        else if (done < byteCount)
-        {
-            Rows_Block(rows, offset + byteCount - size, size, bSwapPairs, dst + 8 * (byteCount - size));
-        }
+        Shuffle::Blocks_Do(byteCount,
+                           [=](int done) { Rows_Block(rows, offset + done, size, bSwapPairs, dst + 8 * done); });
     }
 };

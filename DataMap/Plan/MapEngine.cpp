@@ -30,7 +30,7 @@ void Lines_OneByOne(const SMapPlan& plan, const SSrcBandLine* first, const SSrcB
 
 // Lines that go into the board line together: no two of the same unit, all of the same length. One for each way that
 // strips are cut and go.
-template<EMapCut cut, EMapTarget target>
+template<EMapCut cut>
 class CLineRun
 {
 public:
@@ -54,7 +54,14 @@ public:
             if (lines - first >= m_style.m_lineRunMin)
             {
                 m_lineCount = static_cast<int>(lines - first);
-                Run_Map(first, dst, dstByteCount);
+                if constexpr (bRows)
+                {
+                    Rows_Map(first, dst, dstByteCount);
+                }
+                else
+                {
+                    Columns_Map(first, dst);
+                }
                 continue;
             }
             lines = std::max(lines, first + 1);
@@ -63,21 +70,24 @@ public:
     }
 
 private:
+    static constexpr bool bRows = Cut_IsRows(cut);
+    static constexpr bool bWhole = cut == Cut_Row || cut == Cut_Column; // nothing is cut out
+    static constexpr bool bBlocks = cut == Cut_Blocks || cut == Cut_BlockColumns;
     static constexpr int planeCount = cut == Cut_Quads ? 2 : 1;
     static constexpr int columnsPerGroup = cut == Cut_Blocks ? blockCount : 1;
     // What is cut out of a line: the strips, and the bytes of all of them.
-    static constexpr int cutCount = cut == Cut_Planes || cut == Cut_Quads           ? 2
-                                    : cut == Cut_Blocks && target == Target_Columns ? blockCount
-                                                                                    : 1;
-    static constexpr int pieceSize = (cut == Cut_Blocks ? 1 : 2) * transposeByteCountMax;
+    static constexpr int cutCount = cut == Cut_Planes || cut == Cut_Quads ? 2
+                                    : cut == Cut_BlockColumns             ? blockCount
+                                                                          : 1;
+    static constexpr int pieceSize = (bBlocks ? 1 : 2) * transposeByteCountMax;
 
     // Sets the strips of the lines from `first` on, up to one that cannot join those before it. Returns that one.
     const SSrcBandLine* Run_Collect(const SSrcBandLine* first, const SSrcBandLine* end)
     {
-        std::fill_n(m_strips, (target == Target_Rows ? 8 : 1) * m_plan.m_frameByteCount, nullptr);
+        std::fill_n(m_strips, (bRows ? 8 : 1) * m_plan.m_frameByteCount, nullptr);
         m_lineBitCount = first->m_param.m_lineBitCount;
         const SSrcBandLine* line = first;
-        while (line != end && Strips_Set(*line, m_pieces[cut == Cut_Line ? 0 : line - first]))
+        while (line != end && Strips_Set(*line, m_pieces[bWhole ? 0 : line - first]))
         {
             if (m_lineBitCount <= srcLineBitMax)
             {
@@ -92,20 +102,20 @@ private:
     bool Strips_Set(const SSrcBandLine& line, const unsigned char* piece)
     {
         const int unit = line.m_param.m_unitIndex;
-        if (!m_plan.HasUnit(unit) || (cut != Cut_Blocks && line.m_param.m_lineBitCount != m_lineBitCount))
+        if (!m_plan.HasUnit(unit) || (!bBlocks && line.m_param.m_lineBitCount != m_lineBitCount))
         {
             return false;
         }
-        const unsigned char** strips = m_strips + (target == Target_Columns ? cutCount * unit : m_plan.Strip(unit));
+        const unsigned char** strips = m_strips + m_style.m_firstStrip + m_style.m_stripStep * unit;
         if (strips[0] != nullptr)
         {
             return false;
         }
         for (int i = 0; i < cutCount; ++i)
         {
-            strips[i] = cut == Cut_Line ? line.m_pLine : piece + i * (pieceSize / cutCount);
+            strips[i] = bWhole ? line.m_pLine : piece + i * (pieceSize / cutCount);
         }
-        if (cut == Cut_Line && target == Target_Rows)
+        if (cut == Cut_Row)
         {
             strips[m_style.m_stripCount - 1] = line.m_pLine; // a unit may have two
         }
@@ -113,18 +123,6 @@ private:
     }
 
     // The run's lines, from `lines` on.
-    void Run_Map(const SSrcBandLine* lines, unsigned char* dst, int dstByteCount)
-    {
-        if constexpr (target == Target_Rows)
-        {
-            Rows_Map(lines, dst, dstByteCount);
-        }
-        else
-        {
-            Columns_Map(lines, dst);
-        }
-    }
-
     void Rows_Map(const SSrcBandLine* lines, unsigned char* dst, int dstByteCount)
     {
         constexpr int step = (cut == Cut_Planes || cut == Cut_Quads ? 2 : 1) * transposeByteCountMax; // source bytes
@@ -163,11 +161,11 @@ private:
 
     void Columns_Map(const SSrcBandLine* lines, unsigned char* dst)
     {
-        if constexpr (cut == Cut_Line)
+        if constexpr (cut == Cut_Column)
         {
             Columns_Store((m_lineBitCount + 7) / 8, dst);
         }
-        else if constexpr (cut == Cut_Blocks)
+        else if constexpr (cut == Cut_BlockColumns)
         {
             Lines_Cut(lines, 0, 0);
             if (blockCount * m_lineCount != m_plan.m_frameByteCount)
@@ -193,7 +191,7 @@ private:
 
     void Lines_Cut(const SSrcBandLine* lines, int offset, int byteCount)
     {
-        for (int i = 0; i < m_lineCount && cut != Cut_Line; ++i)
+        for (int i = 0; i < m_lineCount && !bWhole; ++i)
         {
             const unsigned char* src = lines[i].m_pLine + offset;
             unsigned char* piece = m_pieces[i];
@@ -206,6 +204,7 @@ private:
                 m_kernel.m_pQuads_Split(src, byteCount, piece, piece + transposeByteCountMax);
                 break;
             case Cut_Blocks:
+            case Cut_BlockColumns:
                 m_kernel.m_pBlocks_Cut(src, CMapLine::IsAscending(lines[i].m_param), piece);
                 break;
             default:
@@ -221,7 +220,7 @@ private:
     {
         // What was cut out has all the room that there can be. Taking more of it than was written spares the kernels
         // the handling of an odd rest; the frames of that go nowhere.
-        const int rowByteCount = cut == Cut_Line     ? srcByteCount
+        const int rowByteCount = bWhole              ? srcByteCount
                                  : cut == Cut_Planes ? (srcByteCount + 63) / 64 * 32
                                                      : transposeByteCountMax;
         alignas(64) unsigned char tiles[SMapPlan::rowBytesMax][transposeRoom];
@@ -233,7 +232,7 @@ private:
             const bool bSet = Group_IsSet(group);
             if (bSet)
             {
-                m_kernel.m_pRows_Transpose(m_strips + 8 * group, cut == Cut_Line ? offset : 0, rowByteCount,
+                m_kernel.m_pRows_Transpose(m_strips + 8 * group, bWhole ? offset : 0, rowByteCount,
                                            m_style.m_bSwapPairs, tiles[group]);
             }
             for (int part = 0; part < planeCount * columnsPerGroup; ++part)
@@ -251,12 +250,12 @@ private:
 
     bool Group_IsSet(int group) const
     {
-        bool bSet = false;
-        for (int row = 0; row < 8; ++row)
+        int row = 0;
+        while (row < 8 && m_strips[8 * group + row] == nullptr)
         {
-            bSet = bSet || m_strips[8 * group + row] != nullptr;
+            ++row;
         }
-        return bSet;
+        return row < 8;
     }
 
     // The last frame may be partial.
@@ -283,13 +282,13 @@ private:
     int m_lineCount = 0;
     unsigned char m_nibbles[16]; // what every four pixels become
     const unsigned char* m_strips[SMapPlan::stripCountMax];
-    alignas(64) unsigned char m_pieces[cut == Cut_Line ? 1 : SMapPlan::stripCountMax][pieceSize]; // by line
+    alignas(64) unsigned char m_pieces[bWhole ? 1 : SMapPlan::stripCountMax][pieceSize]; // by line
 };
 
-template<EMapCut cut, EMapTarget target>
+template<EMapCut cut>
 void Lines_MapSo(const SMapPlan& plan, const SSrcBandLine* lines, int lineCount, unsigned char* dst, int dstByteCount)
 {
-    CLineRun<cut, target>(plan).Lines_Map(lines, lineCount, dst, dstByteCount);
+    CLineRun<cut>(plan).Lines_Map(lines, lineCount, dst, dstByteCount);
 }
 } // namespace
 
@@ -301,24 +300,13 @@ void CMapEngine::Lines_Map(const SMapPlan& plan, const SSrcBandLine* lines, int 
     {
         KEL_PREFETCH(dst + 2 * dstByteCount + offset);
     }
-    const bool bRows = plan.m_pStyle->m_target == Target_Rows;
-    if (plan.m_frameByteCount > (bRows ? SMapPlan::rowBytesMax : SMapPlan::columnCountMax))
+    const EMapCut cut = plan.m_pStyle->m_cut;
+    if (plan.m_frameByteCount > (Cut_IsRows(cut) ? SMapPlan::rowBytesMax : SMapPlan::columnCountMax))
     {
         return Lines_OneByOne(plan, lines, lines + lineCount, dst, dstByteCount);
     }
-    switch (plan.m_pStyle->m_cut)
-    {
-    case Cut_Line:
-        return bRows ? Lines_MapSo<Cut_Line, Target_Rows>(plan, lines, lineCount, dst, dstByteCount)
-                     : Lines_MapSo<Cut_Line, Target_Columns>(plan, lines, lineCount, dst, dstByteCount);
-    case Cut_Planes:
-        return Lines_MapSo<Cut_Planes, Target_Rows>(plan, lines, lineCount, dst, dstByteCount);
-    case Cut_Quads:
-        return Lines_MapSo<Cut_Quads, Target_Rows>(plan, lines, lineCount, dst, dstByteCount);
-    case Cut_Blocks:
-        return bRows ? Lines_MapSo<Cut_Blocks, Target_Rows>(plan, lines, lineCount, dst, dstByteCount)
-                     : Lines_MapSo<Cut_Blocks, Target_Columns>(plan, lines, lineCount, dst, dstByteCount);
-    case Cut_Nibbles:
-        return Lines_MapSo<Cut_Nibbles, Target_Columns>(plan, lines, lineCount, dst, dstByteCount);
-    }
+    constexpr decltype(&Lines_MapSo<Cut_Row>) byCut[] = {
+        Lines_MapSo<Cut_Row>,    Lines_MapSo<Cut_Planes>,       Lines_MapSo<Cut_Quads>,  Lines_MapSo<Cut_Blocks>,
+        Lines_MapSo<Cut_Column>, Lines_MapSo<Cut_BlockColumns>, Lines_MapSo<Cut_Nibbles>};
+    byCut[cut](plan, lines, lineCount, dst, dstByteCount);
 }

@@ -16,13 +16,13 @@
 class CMapLine
 {
 public:
-    // Maps one line for the MapData_Line that is named. False, with nothing done, if the map has no plan in which this
-    // is its line, or the plan has no way for this unit's line alone.
-    template<EMapLine line>
+    // Maps one line, if it is cut so. False, with nothing done, if the map has no such plan, or the plan has no way for
+    // this unit's line alone.
+    template<EMapCut cut>
     static bool Map(const CPrintUnitDataMap_Base& map, const SSrcBandDataParam& param, const unsigned char* src,
                     unsigned char* dst, int dstByteCount)
     {
-        return Any_Map<line>(std::make_index_sequence<std::size(stylePlans)>{}, map, param, src, dst, dstByteCount);
+        return Any_Map<cut>(std::make_index_sequence<std::size(stylePlans)>{}, map, param, src, dst, dstByteCount);
     }
 
     static bool IsAscending(const SSrcBandDataParam& param) { return param.m_unitDirection == unitDirection_Ascending; }
@@ -49,56 +49,52 @@ private:
         constexpr const SStylePlan& operator*() const { return stylePlans[index]; }
     };
 
-    template<EMapLine line, std::size_t... indices>
+    template<EMapCut cut, std::size_t... indices>
     static bool Any_Map(std::index_sequence<indices...> /*styles*/, const CPrintUnitDataMap_Base& map,
                         const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst, int dstByteCount)
     {
-        return ((stylePlans[indices].Line() == line && stylePlans[indices].m_pIsOf(map) &&
-                 Style_Map<line, indices>(map, param, src, dst, dstByteCount)) ||
+        return ((stylePlans[indices].m_cut == cut && stylePlans[indices].m_pIsOf(map) &&
+                 Style_Map<cut, indices>(map, param, src, dst, dstByteCount)) ||
                 ...);
     }
 
-    template<EMapLine line, std::size_t index>
+    template<EMapCut cut, std::size_t index>
     static bool Style_Map(const CPrintUnitDataMap_Base& map, const SSrcBandDataParam& param, const unsigned char* src,
                           unsigned char* dst, int dstByteCount)
     {
         constexpr SStylePlan style = stylePlans[index];
-        if constexpr (style.Line() != line)
+        const SMapPlan plan = SMapReader::Plan_Get(map, SKnownStyle<index>{});
+        if (!plan.IsThere() || !plan.HasUnit(param.m_unitIndex))
         {
             return false;
         }
+        const int frameByteCount = plan.m_frameByteCount;
+        const auto strip = static_cast<unsigned>(style.m_firstStrip + style.m_stripStep * param.m_unitIndex);
+        if constexpr (style.m_cut == Cut_BlockColumns)
+        {
+            Blocks_Store(IsAscending(param), src, dst + strip, frameByteCount);
+            return true;
+        }
         else
         {
-            const SMapPlan plan = SMapReader::Plan_Get(map, SKnownStyle<index>{});
-            if (!plan.IsThere() || !plan.HasUnit(param.m_unitIndex))
-            {
-                return false;
-            }
-            const auto strip = static_cast<unsigned>(style.m_firstStrip + style.m_stripStep * param.m_unitIndex);
-            if constexpr (line == Line_BlockColumns)
-            {
-                Blocks_Store(MapKernel_Get(), IsAscending(param), src, dst + strip, plan.m_frameByteCount);
-                return true;
-            }
-            const int frameByteCount = plan.m_frameByteCount;
             const SFieldPattern* pattern =
                 frameByteCount <= SFieldPatterns::frameByteCountMax ? style.m_pPatterns[frameByteCount] : nullptr;
             if (pattern == nullptr)
             {
                 return false;
             }
-            const SMapKernel& kernel = MapKernel_Get();
             const unsigned lowestBit = 8 - strip % 8 - static_cast<unsigned>(style.m_stripCount);
             const unsigned place = strip / 8 * 8 * static_cast<unsigned>(style.ColumnsPerGroup()) + lowestBit;
+            const SMapKernel& kernel = MapKernel_Get();
             const FieldFunction Or = kernel.m_pField_Or[style.m_fieldKind][pattern->m_groupSizeIndex];
             const int entrySize = style.m_frameCount * frameByteCount;
-            if constexpr (line == Line_Blocks)
+            if constexpr (style.m_cut == Cut_Blocks)
             {
                 unsigned char columns[blockCount * blockRoom];
                 kernel.m_pBlocks_Interleave(src, IsAscending(param), columns);
                 Or(*pattern, place, columns, sizeof(columns), dst, blockPixelCount * frameByteCount);
             }
-            else if constexpr (line == Line_Planes)
+            else if constexpr (style.m_cut == Cut_Quads)
             {
                 Planes_Or(kernel, *pattern, place, src, param.m_lineBitCount / 8, entrySize, dst, dstByteCount / 2);
                 SMapReader::Tail_Or(plan, param, src, dst, dstByteCount);
@@ -113,11 +109,10 @@ private:
     }
 
     // Four neighbouring bytes of every frame.
-    static void Blocks_Store(const SMapKernel& kernel, bool bAscending, const unsigned char* src, unsigned char* dst,
-                             int frameByteCount)
+    static void Blocks_Store(bool bAscending, const unsigned char* src, unsigned char* dst, int frameByteCount)
     {
         unsigned char columns[blockCount * blockRoom];
-        kernel.m_pBlocks_Interleave(src, bAscending, columns);
+        MapKernel_Get().m_pBlocks_Interleave(src, bAscending, columns);
         for (int i = 0; i < blockByteCount; ++i)
         {
             std::memcpy(dst + i * frameByteCount, columns + blockCount * i, blockCount);

@@ -13,28 +13,22 @@ class CPrintUnitDataMap_Base;
 // How a line is cut into strips. A strip is what goes to one place in every board frame.
 enum EMapCut
 {
-    Cut_Line,    // not at all: the line itself is the strip, or every strip of its unit
-    Cut_Planes,  // 2-bit pixels: their high bits, their low bits
-    Cut_Quads,   // pairs of 2-bit pixels: the first pixels, the second ones; of each the high bits, then the low bits
-    Cut_Blocks,  // 400 pixels: four blocks of 100, in ascending or descending order
-    Cut_Nibbles, // every four 1-bit pixels become a byte, by the map's table
+    // Rows: a strip is one bit of every frame, ORed.
+    Cut_Row,    // the line itself, in one row or in two
+    Cut_Planes, // 2-bit pixels: their high bits, their low bits
+    Cut_Quads,  // pairs of 2-bit pixels: the first pixels, the second ones; of each the high bits, then the low bits
+    Cut_Blocks, // 400 pixels: four blocks of 100, in ascending or descending order, one behind the other
+
+    // Columns: a strip is one byte of every frame, stored.
+    Cut_Column,       // the line itself
+    Cut_BlockColumns, // 400 pixels: the four blocks side by side
+    Cut_Nibbles,      // every four 1-bit pixels become a byte, by the map's table
 };
 
-enum EMapTarget
+constexpr bool Cut_IsRows(EMapCut cut)
 {
-    Target_Rows,    // a strip is one bit of every frame, ORed
-    Target_Columns, // a strip is one byte of every frame, stored
-};
-
-// The MapData_Line that a style has.
-enum EMapLine
-{
-    Line_Table,        // the base's
-    Line_Planes,       // of style 8
-    Line_Blocks,       // of style 03
-    Line_BlockColumns, // of style 03_01
-    Line_Plain,        // one that is as fast as it can be
-};
+    return cut <= Cut_Blocks;
+}
 
 // What tells one style from another. Rows are counted from the most significant bit of the frame's first byte, columns
 // from its first byte.
@@ -42,7 +36,6 @@ struct SStylePlan
 {
     bool (*m_pIsOf)(const CPrintUnitDataMap_Base& map); // whether the map is of exactly the style's class
     EMapCut m_cut;
-    EMapTarget m_target;
     int m_firstStrip; // the first of unit 0
     int m_stripStep;  // from a unit's first to the next unit's
     int m_stripCount; // of one unit, side by side
@@ -55,15 +48,8 @@ struct SStylePlan
 
     // Board planes, each half of the line: where there are two, the first half of a strip's bits is for the first.
     constexpr int PlaneCount() const { return m_cut == Cut_Quads ? 2 : 1; }
-    constexpr EMapLine Line() const
-    {
-        return m_target == Target_Columns ? (m_cut == Cut_Blocks ? Line_BlockColumns : Line_Plain)
-               : m_cut == Cut_Blocks      ? Line_Blocks
-               : m_cut == Cut_Quads       ? Line_Planes
-                                          : Line_Table;
-    }
     // Columns of a frame into which eight rows go side by side.
-    constexpr int ColumnsPerGroup() const { return m_cut == Cut_Blocks && m_target == Target_Rows ? 4 : 1; }
+    constexpr int ColumnsPerGroup() const { return m_cut == Cut_Blocks ? 4 : 1; }
 };
 
 // What one map does with any line: its style, and the sizes that the map has.
@@ -76,7 +62,6 @@ struct SMapPlan
 
     bool IsThere() const { return m_pStyle != nullptr; }
     bool HasUnit(int unitIndex) const { return static_cast<unsigned>(unitIndex) < static_cast<unsigned>(m_unitCount); }
-    int Strip(int unitIndex) const { return m_pStyle->m_firstStrip + m_pStyle->m_stripStep * unitIndex; }
     // Bytes of board data, in each plane, that one source byte becomes.
     int EntrySize() const { return m_pStyle->m_frameCount * m_frameByteCount; }
 

@@ -31,20 +31,19 @@ bool Map_IsOf(const CPrintUnitDataMap_Base& map)
 }
 
 // A style that may be one of several has a row for each; the object's table tells which it is.
-//  class, cut, target, first strip, step, strips, frames, entries, lines at once, field, its patterns, swapped
+//  class, cut, first strip, step, strips, frames, entries, lines at once, field, its patterns, swapped
 inline constexpr SStylePlan stylePlans[] = {
-    {&Map_IsOf<CPrintUnitDataMap_5>, Cut_Line, Target_Rows, 0, 1, 1, 8, 256, 5, Field_OneBit, fieldPatterns.m_oneBit},
-    {&Map_IsOf<CPrintUnitDataMap_5>, Cut_Planes, Target_Rows, 0, 2, 2, 4, 256, 5, Field_TwoBit, fieldPatterns.m_twoBit},
-    {&Map_IsOf<CPrintUnitDataMap_2>, Cut_Line, Target_Rows, 0, 2, 2, 8, 256, 5, Field_Double, fieldPatterns.m_oneBit},
-    {&Map_IsOf<CPrintUnitDataMap_2>, Cut_Line, Target_Rows, 0, 2, 1, 8, 256, 5, Field_OneBit, fieldPatterns.m_oneBit},
-    {&Map_IsOf<CPrintUnitDataMap_2>, Cut_Line, Target_Rows, 1, 2, 1, 8, 256, 5, Field_OneBit, fieldPatterns.m_oneBit},
-    {&Map_IsOf<CPrintUnitDataMap_1>, Cut_Line, Target_Rows, 15, -1, 1, 8, 256, 5, Field_OneBit, fieldPatterns.m_swapped,
-     true},
-    {&Map_IsOf<CPrintUnitDataMap_8>, Cut_Quads, Target_Rows, 0, 2, 2, 2, 16, 3, Field_TwoBit, fieldPatterns.m_twoBit},
-    {&Map_IsOf<CPrintUnitDataMap_03>, Cut_Blocks, Target_Rows, 0, 1, 1, 8, 256, 3, Field_Block, fieldPatterns.m_block},
-    {&Map_IsOf<CPrintUnitDataMap_03_01>, Cut_Blocks, Target_Columns, 0, 4, 4, 1, 0, 3},
-    {&Map_IsOf<CPrintUnitDataMap_6>, Cut_Line, Target_Columns, 0, 1, 1, 1, 0, 5},
-    {&Map_IsOf<CPrintUnitDataMap_7>, Cut_Nibbles, Target_Columns, 0, 1, 1, 2, 0, 5},
+    {&Map_IsOf<CPrintUnitDataMap_5>, Cut_Row, 0, 1, 1, 8, 256, 5, Field_OneBit, fieldPatterns.m_oneBit},
+    {&Map_IsOf<CPrintUnitDataMap_5>, Cut_Planes, 0, 2, 2, 4, 256, 5, Field_TwoBit, fieldPatterns.m_twoBit},
+    {&Map_IsOf<CPrintUnitDataMap_2>, Cut_Row, 0, 2, 2, 8, 256, 5, Field_Double, fieldPatterns.m_oneBit},
+    {&Map_IsOf<CPrintUnitDataMap_2>, Cut_Row, 0, 2, 1, 8, 256, 5, Field_OneBit, fieldPatterns.m_oneBit},
+    {&Map_IsOf<CPrintUnitDataMap_2>, Cut_Row, 1, 2, 1, 8, 256, 5, Field_OneBit, fieldPatterns.m_oneBit},
+    {&Map_IsOf<CPrintUnitDataMap_1>, Cut_Row, 15, -1, 1, 8, 256, 5, Field_OneBit, fieldPatterns.m_swapped, true},
+    {&Map_IsOf<CPrintUnitDataMap_8>, Cut_Quads, 0, 2, 2, 2, 16, 3, Field_TwoBit, fieldPatterns.m_twoBit},
+    {&Map_IsOf<CPrintUnitDataMap_03>, Cut_Blocks, 0, 1, 1, 8, 256, 3, Field_Block, fieldPatterns.m_block},
+    {&Map_IsOf<CPrintUnitDataMap_03_01>, Cut_BlockColumns, 0, 4, 4, 1, 0, 3},
+    {&Map_IsOf<CPrintUnitDataMap_6>, Cut_Column, 0, 1, 1, 1, 0, 5},
+    {&Map_IsOf<CPrintUnitDataMap_7>, Cut_Nibbles, 0, 1, 1, 2, 0, 5},
 };
 
 // The byte that a frame has where the first strips of unit 0 are all set.
@@ -61,7 +60,7 @@ struct SMapReader
     template<class TStyle>
     static SMapPlan Plan_Get(const CPrintUnitDataMap_Base& map, TStyle style)
     {
-        return style->m_target == Target_Rows ? RowPlan_Get(map, style) : ColumnPlan_Get(map, style);
+        return Cut_IsRows(style->m_cut) ? RowPlan_Get(map, style) : ColumnPlan_Get(map, style);
     }
 
     // With two planes: what the line has behind its whole source bytes, by look-up, in both.
@@ -106,7 +105,7 @@ private:
     {
         int columnCount = map.m_unitCount;
         bool bHolds = true;
-        if (style->m_cut == Cut_Blocks)
+        if (style->m_cut == Cut_BlockColumns)
         {
             columnCount = map.m_dataFrameWidth;
             bHolds = static_cast<const CPrintUnitDataMap_03_01&>(map).m_bitMode == CPrintUnitDataMap_03_01::bitMode8;

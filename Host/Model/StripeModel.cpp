@@ -155,7 +155,7 @@ SModelBand CStripeModel::Band_Make(int unitId, int bandAttr) const
     band.bitsPerPixel = m_job.bByUnit ? 1 : m_job.bitsPerPixel;
     band.height = LineCount(bandAttr);
     band.bytesPerLine = BytesPerLine();
-    band.data.resize(static_cast<std::size_t>(band.height) * band.bytesPerLine);
+    band.data.resize(static_cast<std::size_t>(band.height) * static_cast<std::size_t>(band.bytesPerLine));
     if (m_job.leftStripeWidth > 0)
     {
         Stripe_Put(band, Left_FirstLine(unit, bandAttr), unit);
@@ -177,7 +177,8 @@ void CStripeModel::Stripe_Put(SModelBand& band, int firstLine, const SModelUnit&
         {
             throw std::out_of_range("the stripe leaves its band");
         }
-        band.data[static_cast<std::size_t>(line) * band.bytesPerLine + column] = value;
+        const auto lineBegin = static_cast<std::size_t>(line) * static_cast<std::size_t>(band.bytesPerLine);
+        band.data[lineBegin + static_cast<std::size_t>(column)] = value;
         if (++column == band.bytesPerLine)
         {
             column = 0;

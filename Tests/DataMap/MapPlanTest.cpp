@@ -219,6 +219,22 @@ TYPED_TEST(MapPlan, IsThereForAMapOfTheStyleAndForNoClassDerivedFromIt)
     EXPECT_FALSE(MapStyle_IsOwn(derived));
 }
 
+namespace
+{
+// While it lives, the map may have another one's table; after that it has none, also when a check has thrown.
+class CTableLoan
+{
+public:
+    explicit CTableLoan(CPrintUnitDataMap_Base& map) : m_map(map) {}
+    ~CTableLoan() { SMapTestAccess::MapData_Set(m_map, nullptr); }
+    CTableLoan(const CTableLoan&) = delete;
+    CTableLoan& operator=(const CTableLoan&) = delete;
+
+private:
+    CPrintUnitDataMap_Base& m_map;
+};
+} // namespace
+
 // The unwanted copy: a style's object that another style's content was assigned to as to a base.
 TEST(MapPlan_Get, GoesByTheTableWhenAnotherStylesContentWasAssigned)
 {
@@ -247,11 +263,11 @@ TEST(MapPlan_Get, GoesByTheTableWhenAnotherStylesContentWasAssigned)
             };
             const auto Takers_Compare = [&](CPrintUnitDataMap_Base& map, CPrintUnitDataMap_Base& lookUps)
             {
+                const CTableLoan mapLoan(map);
+                const CTableLoan lookUpsLoan(lookUps);
                 Content_Take(map);
                 Content_Take(lookUps);
                 Maps_ExpectSame(map, lookUps);
-                SMapTestAccess::MapData_Set(map, nullptr); // one owner only
-                SMapTestAccess::MapData_Set(lookUps, nullptr);
             };
             CPrintUnitDataMap_1 takerOne;
             CLookUpMap<CPrintUnitDataMap_1> lookUpsOne;
@@ -265,6 +281,12 @@ TEST(MapPlan_Get, GoesByTheTableWhenAnotherStylesContentWasAssigned)
             CPrintUnitDataMap_5 takerFive;
             CLookUpMap<CPrintUnitDataMap_5> lookUpsFive;
             Takers_Compare(takerFive, lookUpsFive);
+            CPrintUnitDataMap_7 takerSeven;
+            CLookUpMap<CPrintUnitDataMap_7> lookUpsSeven;
+            Takers_Compare(takerSeven, lookUpsSeven);
+            CPrintUnitDataMap_8 takerEight;
+            CLookUpMap<CPrintUnitDataMap_8> lookUpsEight;
+            Takers_Compare(takerEight, lookUpsEight);
         }));
 }
 
@@ -298,4 +320,19 @@ TEST(MapPlan_Get, IsNotThereForATableOfTwoBitPixelsUnderAGeometryOfOne)
     ASSERT_TRUE(map.Init(1, 16));
     ASSERT_TRUE(map.CPrintUnitDataMap_Base::Init(2, 2, 32));
     EXPECT_FALSE(MapPlan_Get(map).IsThere());
+}
+
+// Four frames that are one bit wider make entries of as many whole bytes; only from the second frame on do the pixels
+// stand elsewhere.
+TEST(MapPlan_Get, IsNotThereForATableOfFramesThatAreOneBitWider)
+{
+    for (const int width : {16, 32, 64})
+    {
+        CPrintUnitDataMap_5 map;
+        ASSERT_TRUE(map.Init(2, width + 1));
+        ASSERT_TRUE(map.CPrintUnitDataMap_Base::Init(2, 2, width));
+        ASSERT_EQ(SMapTestAccess::UnitMapDataSize(map), 256 * map.MapDataSizeOfByte());
+        ASSERT_EQ(SMapTestAccess::MapDataSize(map), width / 2 * 256 * map.MapDataSizeOfByte());
+        EXPECT_FALSE(MapPlan_Get(map).IsThere());
+    }
 }

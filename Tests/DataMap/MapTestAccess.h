@@ -26,6 +26,26 @@ struct SMapTestAccess
     static bool Init_SrcBitMask(CBase& map) { return map.Init_SrcBitMask(); }
     static unsigned char* MapData(CBase& map) { return map.m_mapData; }
     static void MapData_Set(CBase& map, unsigned char* data) { map.m_mapData = data; }
+    // The members, in the order in which they were published, added to a TLayout of the object.
+    template<class TLayout>
+    static TLayout Layout(const CBase& map)
+    {
+        return TLayout(map)
+            .Add(map.m_mapDataSizeOfByte)
+            .Add(map.m_unitMapDataSize)
+            .Add(map.m_mapData)
+            .Add(map.m_mapDataSize)
+            .Add(map.m_srcBitCount)
+            .Add(map.m_dstBitCount)
+            .Add(map.m_srcBitMask)
+            .Add(map.m_dataFrameWidth)
+            .Add(map.m_unitCount);
+    }
+    // The one member that a style has of its own.
+    static const std::int32_t& OwnMember(const CPrintUnitDataMap_2& map) { return map.m_dotSizeMode; }
+    static const std::int32_t& OwnMember(const CPrintUnitDataMap_7& map) { return map.m_dotSizeMode; }
+    static const std::int32_t& OwnMember(const CPrintUnitDataMap_03_01& map) { return map.m_bitMode; }
+
     static void MapDataSizeOfByte_Set(CBase& map, int size) { map.m_mapDataSizeOfByte = size; }
 
     static EDotSizeMode DotSizeMode(const CPrintUnitDataMap_2& map)

@@ -3,10 +3,12 @@
 #include "KelCommon/KelThreadBuffer_T.h"
 #include "KelCommon/SBufferData.h"
 #include "Platform/BandData/BandData.h"
+#include "Tests/DataMap/MapTestAccess.h"
 #include "Unit2Board/Unit2Board.h"
 #include "UnitData2BoardData/InkStripeParam_Run.h"
 #include "UnitData2BoardData/UnitData2BoardData_AllUnit_2.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -50,6 +52,15 @@ public:
         EXPECT_EQ(static_cast<std::ptrdiff_t>(m_size), RoundUp(End(m_members.back()), m_alignment));
     }
     std::ptrdiff_t Begin() const { return m_members.front().begin; }
+    std::vector<std::ptrdiff_t> Begins() const
+    {
+        std::vector<std::ptrdiff_t> begins;
+        for (const SMember& member : m_members)
+        {
+            begins.push_back(member.begin);
+        }
+        return begins;
+    }
 
 private:
     static std::ptrdiff_t End(const SMember& member) { return member.begin + static_cast<std::ptrdiff_t>(member.size); }
@@ -154,6 +165,45 @@ TEST(Layout, TheBufferRecordIsItsArrayAndItsCount)
     layout.Add(record.data).Add(record.count).Expect_Dense();
     EXPECT_EQ(layout.Begin(), 0);
     static_assert(sizeof(record.count) == sizeof(std::int32_t));
+}
+
+// One by one: a class that derives from a map reaches them at these places.
+TEST(Layout, TheMapBaseHasItsPublishedMembersAtTheirPlacesAndNoOthers)
+{
+    const CPrintUnitDataMap_Base map;
+    const CLayout layout = SMapTestAccess::Layout<CLayout>(map);
+    layout.Expect_Dense();
+    static_assert(sizeof(void*) == 8);
+    EXPECT_THAT(layout.Begins(), testing::ElementsAre(8, 12, 16, 24, 28, 32, 36, 40, 44));
+    EXPECT_EQ(sizeof(map), 48U);
+}
+
+namespace
+{
+template<class TMap>
+std::ptrdiff_t OwnMember_Begin()
+{
+    const TMap map;
+    return reinterpret_cast<const char*>(&SMapTestAccess::OwnMember(map)) - reinterpret_cast<const char*>(&map);
+}
+} // namespace
+
+TEST(Layout, TheStylesHaveTheBasesMembersAndThreeOfThemOneMore)
+{
+    constexpr std::size_t base = 48;
+    EXPECT_EQ(sizeof(CPrintUnitDataMap_1), base);
+    EXPECT_EQ(sizeof(CPrintUnitDataMap_4), base);
+    EXPECT_EQ(sizeof(CPrintUnitDataMap_5), base);
+    EXPECT_EQ(sizeof(CPrintUnitDataMap_03), base);
+    EXPECT_EQ(sizeof(CPrintUnitDataMap_6), base);
+    EXPECT_EQ(sizeof(CPrintUnitDataMap_8), base);
+    constexpr std::size_t withOne = 56;
+    EXPECT_EQ(sizeof(CPrintUnitDataMap_2), withOne);
+    EXPECT_EQ(sizeof(CPrintUnitDataMap_7), withOne);
+    EXPECT_EQ(sizeof(CPrintUnitDataMap_03_01), withOne);
+    EXPECT_EQ(OwnMember_Begin<CPrintUnitDataMap_2>(), static_cast<std::ptrdiff_t>(base));
+    EXPECT_EQ(OwnMember_Begin<CPrintUnitDataMap_7>(), static_cast<std::ptrdiff_t>(base));
+    EXPECT_EQ(OwnMember_Begin<CPrintUnitDataMap_03_01>(), static_cast<std::ptrdiff_t>(base));
 }
 
 TEST(Layout, TheConverterHasItsPublishedMembersBehindTheThreadFrameAndNoOthers)

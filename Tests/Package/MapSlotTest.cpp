@@ -166,8 +166,8 @@ TEST(MapSlotValues, EveryStyleAnswersThroughItsTableAsByName)
 {
     for (const MapPtr& map : Maps_Make())
     {
-        const void* const object = map.get();
-        SCOPED_TRACE(typeid(*map).name());
+        const CPrintUnitDataMap_Base* const object = map.get();
+        SCOPED_TRACE(typeid(*object).name());
         EXPECT_EQ(Slot_Call<int>(object, 2), map->MapDataSizeOfByte());
         EXPECT_EQ(Slot_Call<const unsigned char*>(object, 3, 1, 0x80), map->ByteMapData_Buffer(1, 0x80));
         EXPECT_EQ(Line_Map(*map, true), Line_Map(*map, false));
