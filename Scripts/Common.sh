@@ -49,7 +49,7 @@ need_packages() {
 
 # What it takes to build the libraries and boardmap.
 build_packages=(g++ cmake ninja-build ccache pkg-config libboost-log-dev libcli11-dev libtomlplusplus-dev
-    nlohmann-json3-dev libtiff-dev)
+    nlohmann-json3-dev libpng-dev libstb-dev libtiff-dev)
 # What it takes to rip the demo page.
 page_packages=(ghostscript netpbm)
 # What it takes to check and test.

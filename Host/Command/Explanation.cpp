@@ -374,11 +374,6 @@ bool SExplanation::IsDifferent() const
                                { return bit.m_expected && bit.m_found && *bit.m_expected != *bit.m_found; });
 }
 
-std::string BoardUnit_Text(const SBoardUnitInfo& unit)
-{
-    return "unit " + std::to_string(unit.m_unitId) + (unit.m_name.empty() ? "" : " (" + unit.m_name + ")");
-}
-
 std::string Source_Text(const SModelSource& source)
 {
     if (source.m_nozzle < 0)

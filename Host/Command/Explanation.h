@@ -47,9 +47,6 @@ struct SExplanation
     bool IsDifferent() const;
 };
 
-// "unit 3 (Cyan)".
-std::string BoardUnit_Text(const SBoardUnitInfo& unit);
-
 // The place that the model gives a bit, for a line of a report: "unit 3 (Cyan), nozzle 37, position 12, page row 437,
 // column 4, page.Cyan.tif"; "padding" where no unit prints.
 std::string Source_Text(const SModelSource& source);
