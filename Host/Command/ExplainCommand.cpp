@@ -2,7 +2,7 @@
 #include "Host/Command/ExplainCommand.h"
 
 #include "Host/Board/BoardRecord.h"
-#include "Host/Command/Explanation.h"
+#include "Host/Command/Explainer.h"
 #include "Host/HostError.h"
 #include "Host/Output/ByteSink.h"
 #include "Host/PathText.h"

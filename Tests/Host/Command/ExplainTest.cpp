@@ -4,7 +4,7 @@
 #include "Tests/Host/Command/RandomJob.h"
 
 #include "Host/Board/BoardReader.h"
-#include "Host/Command/Explanation.h"
+#include "Host/Command/Explainer.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
