@@ -1,6 +1,7 @@
 // The command verify.
 #include "Host/Command/VerifyCommand.h"
 
+#include "Host/Command/Answer.h"
 #include "Host/Command/Interrupt.h"
 #include "Host/Command/Progress.h"
 #include "Host/Command/Verification.h"
@@ -107,8 +108,8 @@ std::string Result_Text(const SVerifyResult& result, const std::string& output, 
     {
         text << "and " << count - mostShown << " more differences\n";
     }
-    text << output << ": " << result.m_bands << " bands" << Range_Text(range) << ", " << result.m_lines << " lines, "
-         << result.m_bytes << " bytes in " << result.m_seconds << " s: ";
+    text << output << ": " << result.m_bands << (result.m_bands == 1 ? " band" : " bands") << Range_Text(range) << ", "
+         << result.m_lines << " lines, " << result.m_bytes << " bytes in " << result.m_seconds << " s: ";
     if (result.m_differenceCount == 0)
     {
         text << "every bit, header and pass is what " << job << " asks for\n";
@@ -205,14 +206,9 @@ int Verify_Run(const CArguments& arguments)
         progress.Finish(result.m_bands, result.m_bytes);
     }
     const std::string jobName = arguments.Text_Get("JOB");
-    std::cout << (arguments.Flag_Get("json")
-                      ? Result_Json(result, outputName, jobName)
-                      : Result_Text(result, outputName, jobName, Page_BoardInfo(page, ""), range))
-              << std::flush;
-    if (!std::cout)
-    {
-        throw CRunError("standard output: cannot be written");
-    }
+    Answer_Print(arguments.Flag_Get("json")
+                     ? Result_Json(result, outputName, jobName)
+                     : Result_Text(result, outputName, jobName, Page_BoardInfo(page, ""), range));
     return result.m_differenceCount == 0 ? Exit_Done : Exit_Failed;
 }
 

@@ -376,7 +376,7 @@ TEST_F(Verify, BandsOfBlankSwathsAreKnownWithSkipBlank)
     File_Write(In("job.toml"), job);
     ASSERT_EQ(Boardmap_Run("convert job.toml --format raw -o skipped.raw").status, 0);
     EXPECT_EQ(Boardmap_Run("verify job.toml skipped.raw").status, 0);
-    EXPECT_THAT(Boardmap_Run("verify job.toml skipped.raw --bands 1").out, HasSubstr("1 bands 1 to 1, 88 lines"));
+    EXPECT_THAT(Boardmap_Run("verify job.toml skipped.raw --bands 1").out, HasSubstr("1 band 1 to 1, 88 lines"));
     ASSERT_EQ(Boardmap_Run("convert all.toml --format raw -o whole.raw").status, 0);
     Found_Expect(Boardmap_Run("verify job.toml whole.raw"),
                  {"the board info's SkipBlank is false; it should be true\n",
@@ -403,9 +403,9 @@ TEST_F(Verify, AnInterruptEndsTheRunWithStatus130AndSaysNothing)
     ASSERT_EQ(Boardmap_Run("convert job.toml --format raw -o big.raw").status, 0);
     for (const std::string signal : {"INT", "TERM"})
     {
-        const auto result = Shell_Run("\"$boardmap\" verify job.toml big.raw --progress plain >out 2>log &\n"
+        const auto result = Shell_Run("touch log\n\"$boardmap\" verify job.toml big.raw --progress plain >out 2>log &\n"
                                       "pid=$!\n"
-                                      "while ! grep -q bands log; do sleep 0.02; done\n"
+                                      "while kill -0 $pid && ! grep -q bands log; do sleep 0.02; done\n"
                                       "kill -" +
                                       signal +
                                       " $pid; wait $pid; status=$?\n"
@@ -419,11 +419,11 @@ TEST_F(Verify, AClosedOutputIsAFailure)
 {
     const auto result = Boardmap_Run("verify job.toml good.raw > /dev/full");
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.error, "standard output: cannot be written\n");
+    EXPECT_EQ(result.error, "standard output: cannot be written: No space left on device\n");
     const auto closed =
         Shell_Run("{ sleep 0.3; \"$boardmap\" verify job.toml good.raw; echo $? >status; } | true; cat status");
     EXPECT_EQ(closed.out, "1\n");
-    EXPECT_EQ(closed.error, "standard output: cannot be written\n");
+    EXPECT_EQ(closed.error, "standard output: cannot be written: Broken pipe\n");
 }
 #endif
 
