@@ -48,8 +48,8 @@ need_packages() {
 }
 
 # What it takes to build the libraries and boardmap.
-build_packages=(g++ cmake ninja-build ccache pkg-config libboost-log-dev libcli11-dev libtomlplusplus-dev
-    nlohmann-json3-dev libtiff-dev)
+build_packages=(g++ cmake ninja-build ccache pkg-config libboost-log-dev libcli11-dev libgcrypt20-dev
+    libtomlplusplus-dev nlohmann-json3-dev libpng-dev libstb-dev libtiff-dev)
 # What it takes to rip the demo page.
 page_packages=(ghostscript netpbm)
 # What it takes to check and test.
@@ -59,6 +59,6 @@ test_packages=(abigail-tools binutils clang clang-format clang-tidy dpkg-dev fil
 bench_packages=(bitshuffle libbenchmark-dev libboost-dev libtbb-dev linux-perf python3-matplotlib python3-numpy)
 # What it takes to build for 64-bit Windows, third-party libraries included, and to run the result.
 windows_packages=(binutils-mingw-w64-x86-64 bzip2 clang dpkg-dev file g++-mingw-w64-x86-64-posix googletest libboost-tools-dev
-    libz-mingw-w64-dev util-linux wine wine64 xz-utils zip unzip)
+    libgcrypt-mingw-w64-dev libgpg-error-mingw-w64-dev libz-mingw-w64-dev util-linux wine wine64 xz-utils zip unzip)
 
 jobs=$(nproc)

@@ -339,3 +339,8 @@ SBandDescription BandHeader_Parse(const std::string& json)
     }
     return description;
 }
+
+std::string BoardUnit_Text(const SBoardUnitInfo& unit)
+{
+    return "unit " + std::to_string(unit.m_unitId) + (unit.m_name.empty() ? "" : " (" + unit.m_name + ")");
+}

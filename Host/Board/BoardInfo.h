@@ -114,3 +114,6 @@ struct SBandDescription
 
 // Throws std::runtime_error, which says what is wrong.
 SBandDescription BandHeader_Parse(const std::string& json);
+
+// "unit 3 (Cyan)".
+std::string BoardUnit_Text(const SBoardUnitInfo& unit);

@@ -1,6 +1,7 @@
 // The command check. Its answer, mistakes or not, goes to standard output; so does the plan of a job without errors.
 #include "Host/Command/CheckCommand.h"
 
+#include "Host/Command/Answer.h"
 #include "Host/Command/Progress.h"
 #include "Host/Command/RunResult.h"
 #include "Host/HostError.h"
@@ -9,7 +10,6 @@
 #include "Host/Job/JobPage.h"
 #include "Host/Job/JobPlan.h"
 #include "Host/Job/StripeColor.h"
-#include "Host/Output/ByteSink.h"
 #include "Host/PathText.h"
 
 #include <nlohmann/json.hpp>
@@ -252,9 +252,7 @@ int Check_Run(const CArguments& arguments)
     const CJobPage page(Path_FromText(job), mistakes);
     const std::string answer =
         arguments.Flag_Get("json") ? Answer_Json(job, mistakes, page) : Answer_Text(job, mistakes, page);
-    CStandardOutput output;
-    output.Write(answer.data(), answer.size());
-    output.Finish();
+    Answer_Print(answer);
     return page.HasPage() ? Exit_Done : Exit_BadInput;
 }
 

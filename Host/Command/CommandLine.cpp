@@ -1,6 +1,7 @@
 // The command line through CLI11, which only this file includes.
 #include "Host/Command/CommandLine.h"
 
+#include "Host/Command/Answer.h"
 #include "Host/HostError.h"
 #include "Host/Job/JobNames.h"
 
@@ -9,7 +10,7 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
-#include <iostream>
+#include <sstream>
 
 namespace
 {
@@ -166,7 +167,10 @@ int CommandLine_Run(const std::vector<std::string>& words)
     {
         if (error.get_exit_code() == 0) // help or version
         {
-            return app.exit(error);
+            std::ostringstream text;
+            const int status = app.exit(error, text, text);
+            Answer_Print(text.str());
+            return status;
         }
         throw CInputError(std::string(error.what()) + "; boardmap --help tells more");
     }

@@ -2,9 +2,9 @@
 #include "Host/Command/ExplainCommand.h"
 
 #include "Host/Board/BoardRecord.h"
-#include "Host/Command/Explanation.h"
+#include "Host/Command/Answer.h"
+#include "Host/Command/Explainer.h"
 #include "Host/HostError.h"
-#include "Host/Output/ByteSink.h"
 #include "Host/PathText.h"
 
 #include <algorithm>
@@ -108,9 +108,7 @@ int Explain_Run(const CArguments& arguments)
     const SBoardInfo& info = explainer.Model().Info();
     const std::string text =
         arguments.Flag_Get("json") ? Explanation_Json(answer, info) : Explanation_Text(answer, info);
-    CStandardOutput output;
-    output.Write(text.data(), text.size());
-    output.Finish();
+    Answer_Print(text);
     return answer.IsDifferent() ? Exit_Failed : Exit_Done;
 }
 

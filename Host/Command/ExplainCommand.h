@@ -1,4 +1,4 @@
-// boardmap explain: its words and options; Explanation.h has the answers.
+// boardmap explain: its words and options; Explainer.h has the answers.
 #pragma once
 
 #include "Host/Command/Command.h"

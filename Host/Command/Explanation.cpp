@@ -1,15 +1,9 @@
-// Questions about an output, answered from the page model.
+// Answers from the page model, and their words.
 #include "Host/Command/Explanation.h"
-
-#include "Host/Command/Command.h"
-#include "Host/HostError.h"
-#include "Host/Job/JobNames.h"
-#include "Host/PathText.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cctype>
 #include <iterator>
 #include <utility>
 
@@ -17,55 +11,6 @@ namespace
 {
 
 using CJson = nlohmann::ordered_json;
-
-const char* Direction_Text(bool bLeftToRight)
-{
-    return bLeftToRight ? "left to right" : "right to left";
-}
-
-std::string Lower_Of(std::string text)
-{
-    std::ranges::transform(text, text.begin(),
-                           [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-    return text;
-}
-
-void Range_Check(const std::string& name, std::int64_t value, std::int64_t count)
-{
-    if (value < 0 || value >= count)
-    {
-        throw CInputError(name + " is " + std::to_string(value) + "; here it is 0 to " + std::to_string(count - 1));
-    }
-}
-
-// The first name whose value the two infos do not share; empty if they are the same but for the program.
-std::string Info_Difference(SBoardInfo a, const SBoardInfo& b)
-{
-    a.m_generator = b.m_generator;
-    const CJson left = CJson::parse(BoardInfo_Json(a));
-    const CJson right = CJson::parse(BoardInfo_Json(b));
-    for (const auto& [key, value] : left.items())
-    {
-        if (value != right.at(key))
-        {
-            return key;
-        }
-    }
-    return "";
-}
-
-// What both versions say.
-std::string Info_Difference_1(const SBoardInfo& a, const SBoardInfo& b)
-{
-    if (a.m_map != b.m_map || a.m_printerDataWidth != b.m_printerDataWidth)
-    {
-        return a.m_map != b.m_map ? "Map" : "PrinterDataWidth";
-    }
-    return a.m_nozzles != b.m_nozzles             ? "Nozzles"
-           : a.m_bitsPerPixel != b.m_bitsPerPixel ? "BitsPerPixel"
-           : a.m_units.size() != b.m_units.size() ? "Units"
-                                                  : "";
-}
 
 bool IsStripe(EModelArea area)
 {
@@ -366,6 +311,50 @@ CJson Json_OrNull(std::int64_t number)
     return number < 0 ? CJson(nullptr) : CJson(number);
 }
 
+bool Bit_Found(const CBandData& band, const SModelBit& bit)
+{
+    const unsigned char* pLine = band.m_pData + std::int64_t{bit.m_line} * band.m_bytesPerLine;
+    return (pLine[bit.m_bit / 8] >> (7 - bit.m_bit % 8) & 1) == 1;
+}
+
+// What is printed at the source, and what the bits are; `pixelBits`: all that the nozzle has there.
+void Values_Take(const SExplanationSource& from, SExplanation& explanation, const std::vector<SModelBit>& pixelBits)
+{
+    if (from.m_pInk != nullptr)
+    {
+        explanation.m_pixel = CPageModel::Pixel_Of(explanation.m_source, *from.m_pInk);
+    }
+    if (explanation.m_band < 0)
+    {
+        return;
+    }
+    for (SExplanationBit& bit : explanation.m_bits)
+    {
+        const SModelSource source = from.m_model.Source_Of(explanation.m_swath, bit.m_bit);
+        bit.m_role = Role_Of(source);
+        const bool bNone = source.m_nozzle < 0;
+        if (explanation.m_pixel || bNone)
+        {
+            bit.m_expected = !bNone && CPageModel::Bit_IsSet(source, *explanation.m_pixel);
+        }
+        if (from.m_pBand != nullptr)
+        {
+            bit.m_found = Bit_Found(*from.m_pBand, bit.m_bit);
+        }
+    }
+    if (from.m_pBand != nullptr && explanation.m_source.m_nozzle >= 0)
+    {
+        int pixel = 0;
+        for (const SModelBit& bit : pixelBits)
+        {
+            const SModelSource source = from.m_model.Source_Of(explanation.m_swath, bit);
+            const int shift = source.m_layout.place.bDotCode ? 0 : source.m_pixelBitCount - 1 - source.m_pixelBit;
+            pixel |= (Bit_Found(*from.m_pBand, bit) ? 1 : 0) << shift;
+        }
+        explanation.m_outputPixel = pixel;
+    }
+}
+
 } // namespace
 
 bool SExplanation::IsDifferent() const
@@ -374,44 +363,60 @@ bool SExplanation::IsDifferent() const
                                { return bit.m_expected && bit.m_found && *bit.m_expected != *bit.m_found; });
 }
 
-std::string BoardUnit_Text(const SBoardUnitInfo& unit)
+const char* Direction_Text(bool bLeftToRight)
 {
-    return "unit " + std::to_string(unit.m_unitId) + (unit.m_name.empty() ? "" : " (" + unit.m_name + ")");
+    return bLeftToRight ? "left to right" : "right to left";
 }
 
-std::string Source_Text(const SModelSource& source)
+SExplanation Nozzle_Explain(const SExplanationSource& from, const SBoardUnitInfo& unit, int nozzle, int position,
+                            int swath, std::int64_t band)
 {
-    if (source.m_nozzle < 0)
+    SExplanation explanation;
+    explanation.m_band = band;
+    explanation.m_swath = swath;
+    explanation.m_bLeftToRight = from.m_model.IsLeftToRight(swath);
+    SModelSource& source = explanation.m_source;
+    source.m_layout.unitIndex = unit.m_unitId;
+    source.m_layout.nozzle = nozzle;
+    source.m_pUnit = &unit;
+    source.m_position = position;
+    source.m_nozzle = nozzle;
+    source.m_pixelBitCount = from.m_model.Info().m_bitsPerPixel;
+    source.m_point = from.m_model.Point_Get(unit, nozzle, position, swath);
+    const std::vector<SModelBit> bits = from.m_model.Bits_Of(unit, nozzle, position);
+    if (band >= 0)
     {
-        return source.m_layout.unitIndex < 0 ? "padding"
-               : source.m_pUnit == nullptr
-                   ? "the place of unit " + Number_Of(source.m_layout.unitIndex) + ", which the job does not have"
-                   : "behind the last nozzle of " + BoardUnit_Text(*source.m_pUnit);
+        std::ranges::transform(bits, std::back_inserter(explanation.m_bits),
+                               [](const SModelBit& bit) {
+                                   return SExplanationBit{bit, "", {}, {}};
+                               });
     }
-    const SModelPoint& point = source.m_point;
-    std::string text = BoardUnit_Text(*source.m_pUnit) + ", nozzle " + Number_Of(source.m_nozzle) + ", position " +
-                       Number_Of(source.m_position);
-    switch (point.m_area)
+    Values_Take(from, explanation, bits);
+    Road_Explain(from.m_model, explanation);
+    Layout_Explain(from.m_model.Info(), explanation);
+    return explanation;
+}
+
+SExplanation Bit_Explain(const SExplanationSource& from, int swath, std::int64_t band, const SModelBit& asked)
+{
+    SExplanation explanation;
+    explanation.m_band = band;
+    explanation.m_swath = swath;
+    explanation.m_bLeftToRight = from.m_model.IsLeftToRight(swath);
+    explanation.m_source = from.m_model.Source_Of(swath, asked);
+    explanation.m_bBitAsked = true;
+    explanation.m_bits.push_back({asked, "", {}, {}});
+    const bool bNozzle = explanation.m_source.m_nozzle >= 0;
+    Values_Take(from, explanation,
+                bNozzle ? from.m_model.Bits_Of(*explanation.m_source.m_pUnit, explanation.m_source.m_nozzle,
+                                               explanation.m_source.m_position)
+                        : std::vector<SModelBit>());
+    if (bNozzle)
     {
-    case EModelArea::Page:
-        return text + ", page row " + Number_Of(point.m_row) + ", column " + Number_Of(point.m_column) + ", " +
-               source.m_pUnit->m_separation;
-    case EModelArea::Below:
-        return text + ", below the page";
-    case EModelArea::FirstZone:
-        return text + ", in the first zone";
-    case EModelArea::LastZone:
-        return text + ", in the last zone";
-    case EModelArea::Margin:
-        return text + ", in the room for offsets";
-    case EModelArea::LeftStripe:
-        return text + ", position " + Number_Of(point.m_stripePosition) + " of the left ink stripe";
-    case EModelArea::RightStripe:
-        return text + ", position " + Number_Of(point.m_stripePosition) + " of the right ink stripe";
-    case EModelArea::Nothing:
-        break;
+        Road_Explain(from.m_model, explanation);
+        Layout_Explain(from.m_model.Info(), explanation);
     }
-    return text + ", where the unit prints nothing";
+    return explanation;
 }
 
 std::string Explanation_Text(const SExplanation& explanation, const SBoardInfo& info)
@@ -461,328 +466,4 @@ std::string Explanation_Json(const SExplanation& explanation, const SBoardInfo& 
                         {"Different", explanation.IsDifferent()},
                         {"Text", Paragraph_Make(explanation, info)}};
     return json.dump(-1, ' ', true, CJson::error_handler_t::replace) + '\n';
-}
-
-CExplainer::CExplainer(const std::filesystem::path& job, const std::filesystem::path& output) : m_output(output)
-{
-    if (!job.empty())
-    {
-        m_page = std::make_unique<CJobPage>(job);
-        m_ink = std::make_unique<CPageInk>(*m_page);
-        m_model = std::make_unique<CPageModel>(Page_BoardInfo(*m_page, ProgramName_Get()));
-    }
-    if (output.empty())
-    {
-        return;
-    }
-    Output_Begin();
-    const SBoardInfo& info = m_reader->BoardInfo();
-    if (m_page == nullptr)
-    {
-        if (info.m_version < g_boardVersion)
-        {
-            throw CInputError(m_reader->Name() + ": is of version 1, which does not say where its bits are on the "
-                                                 "page; give the job, too");
-        }
-        try
-        {
-            m_model = std::make_unique<CPageModel>(info);
-        }
-        catch (const CInputError& error)
-        {
-            throw CInputError(m_reader->Name() + ": " + error.what());
-        }
-        return;
-    }
-    const std::string difference = info.m_version < g_boardVersion ? Info_Difference_1(m_model->Info(), info)
-                                                                   : Info_Difference(m_model->Info(), info);
-    if (!difference.empty())
-    {
-        throw CInputError(m_reader->Name() + ": was not made from " + Path_Text(job) + " as it is now: " + difference +
-                          " differs; convert the job again, or give one of the two only");
-    }
-}
-
-CExplainer::~CExplainer() = default;
-
-void CExplainer::Output_Begin()
-{
-    m_reader = CBoardReader::Open(m_output);
-    m_bandNo = -1;
-}
-
-// The band's sizes are what the model says, or none of its answers would hold.
-bool CExplainer::Band_Next()
-{
-    if (!m_reader->Band_Read(m_band, m_pass))
-    {
-        return false;
-    }
-    ++m_bandNo;
-    const std::string place = m_reader->Name() + ": " + m_reader->Place() + ": ";
-    if (m_band.m_swathIndex < 0 || m_band.m_swathIndex >= m_model->SwathCount())
-    {
-        throw CInputError(place + "m_swathIndex is " + std::to_string(m_band.m_swathIndex) + "; the page has " +
-                          std::to_string(m_model->SwathCount()) + " swaths");
-    }
-    const bool bLeftToRight = m_model->IsLeftToRight(m_band.m_swathIndex);
-    if ((m_band.m_bandAttr == 1) != bLeftToRight)
-    {
-        throw CInputError(place + "m_bandAttr says " + Direction_Text(!bLeftToRight) + ", but swath " +
-                          std::to_string(m_band.m_swathIndex) + " goes " + Direction_Text(bLeftToRight));
-    }
-    if (m_band.m_width != m_model->LineBits() || m_band.m_height != m_model->LineCount(bLeftToRight))
-    {
-        throw CInputError(place + "the band has " + std::to_string(m_band.m_height) + " lines of " +
-                          std::to_string(m_band.m_width) + " bits; it should have " +
-                          std::to_string(m_model->LineCount(bLeftToRight)) + " of " +
-                          std::to_string(m_model->LineBits()));
-    }
-    return true;
-}
-
-int CExplainer::Swath_OfBand(std::int64_t band)
-{
-    if (m_reader != nullptr)
-    {
-        if (band < m_bandNo)
-        {
-            Output_Begin();
-        }
-        while (m_bandNo < band)
-        {
-            if (!Band_Next())
-            {
-                const std::int64_t count = m_bandNo + 1;
-                Output_Begin();
-                Range_Check("--band", band, count);
-            }
-        }
-        if (m_ink != nullptr)
-        {
-            m_ink->Swath_Read(m_band.m_swathIndex);
-        }
-        return m_band.m_swathIndex;
-    }
-    if (!m_model->Info().m_bSkipBlank)
-    {
-        Range_Check("--band", band, m_model->SwathCount());
-        m_ink->Swath_Read(static_cast<int>(band));
-        return static_cast<int>(band);
-    }
-    std::int64_t count = 0;
-    for (int swath = 0; swath < m_model->SwathCount(); ++swath)
-    {
-        m_ink->Swath_Read(swath);
-        count += m_model->IsSkipped(swath, *m_ink) ? 0 : 1;
-        if (count == band + 1)
-        {
-            return swath;
-        }
-    }
-    Range_Check("--band", band, count);
-    return -1; // not reached: the band is not below the count
-}
-
-std::int64_t CExplainer::Band_OfSwath(int swath)
-{
-    if (m_reader != nullptr)
-    {
-        if (m_bandNo >= 0 && m_band.m_swathIndex > swath)
-        {
-            Output_Begin();
-        }
-        while (m_bandNo < 0 || m_band.m_swathIndex < swath)
-        {
-            if (!Band_Next())
-            {
-                Output_Begin();
-                break;
-            }
-        }
-        if (m_ink != nullptr)
-        {
-            m_ink->Swath_Read(swath);
-        }
-        return m_bandNo >= 0 && m_band.m_swathIndex == swath ? m_bandNo : -1;
-    }
-    if (!m_model->Info().m_bSkipBlank)
-    {
-        m_ink->Swath_Read(swath);
-        return swath;
-    }
-    std::int64_t band = -1;
-    for (int i = 0; i <= swath; ++i)
-    {
-        m_ink->Swath_Read(i);
-        band += m_model->IsSkipped(i, *m_ink) ? 0 : 1;
-    }
-    return m_model->IsSkipped(swath, *m_ink) ? -1 : band;
-}
-
-const SBoardUnitInfo& CExplainer::Unit_Get(int unitId) const
-{
-    if (const SBoardUnitInfo* pUnit = m_model->Unit_Find(unitId))
-    {
-        return *pUnit;
-    }
-    std::vector<std::string> known;
-    for (const SBoardUnitInfo& unit : m_model->Info().m_units)
-    {
-        known.push_back(std::to_string(unit.m_unitId));
-    }
-    throw CInputError("--unit is " + std::to_string(unitId) + "; the job has " + Names_List(known, "and"));
-}
-
-int CExplainer::Unit_OfInk(const std::string& ink) const
-{
-    const std::string wanted = Lower_Of(ink);
-    std::vector<std::string> found;
-    std::vector<std::string> known;
-    int id = -1;
-    for (const SBoardUnitInfo& unit : m_model->Info().m_units)
-    {
-        if (unit.m_separation.empty())
-        {
-            continue;
-        }
-        known.push_back(unit.m_name.empty() ? unit.m_separation : unit.m_name);
-        if (Lower_Of(unit.m_name) == wanted || Lower_Of(unit.m_separation) == wanted)
-        {
-            found.push_back(std::to_string(unit.m_unitId));
-            id = unit.m_unitId;
-        }
-    }
-    if (found.empty())
-    {
-        throw CInputError("--ink is " + Text_Printable(ink) + ", which no unit prints; the page has " +
-                          Names_List(known, "and"));
-    }
-    if (found.size() > 1)
-    {
-        throw CInputError("--ink " + Text_Printable(ink) + " is printed by the units " + Names_List(found, "and") +
-                          "; say which one with --unit");
-    }
-    return id;
-}
-
-bool CExplainer::Bit_Found(const SModelBit& bit) const
-{
-    const unsigned char* pLine = m_band.m_pData + std::int64_t{bit.m_line} * m_band.m_bytesPerLine;
-    return (pLine[bit.m_bit / 8] >> (7 - bit.m_bit % 8) & 1) == 1;
-}
-
-void CExplainer::Values_Take(SExplanation& explanation, const std::vector<SModelBit>& pixelBits)
-{
-    if (m_ink != nullptr)
-    {
-        explanation.m_pixel = CPageModel::Pixel_Of(explanation.m_source, *m_ink);
-    }
-    if (explanation.m_band < 0)
-    {
-        return;
-    }
-    for (SExplanationBit& bit : explanation.m_bits)
-    {
-        const SModelSource source = m_model->Source_Of(explanation.m_swath, bit.m_bit);
-        bit.m_role = Role_Of(source);
-        const bool bNone = source.m_nozzle < 0;
-        if (explanation.m_pixel || bNone)
-        {
-            bit.m_expected = !bNone && CPageModel::Bit_IsSet(source, *explanation.m_pixel);
-        }
-        if (m_reader != nullptr)
-        {
-            bit.m_found = Bit_Found(bit.m_bit);
-        }
-    }
-    if (m_reader != nullptr && explanation.m_source.m_nozzle >= 0)
-    {
-        int pixel = 0;
-        for (const SModelBit& bit : pixelBits)
-        {
-            const SModelSource source = m_model->Source_Of(explanation.m_swath, bit);
-            const int shift = source.m_layout.place.bDotCode ? 0 : source.m_pixelBitCount - 1 - source.m_pixelBit;
-            pixel |= (Bit_Found(bit) ? 1 : 0) << shift;
-        }
-        explanation.m_outputPixel = pixel;
-    }
-}
-
-SExplanation CExplainer::Nozzle_Make(const SBoardUnitInfo& unit, int nozzle, int position, int swath, std::int64_t band)
-{
-    SExplanation explanation;
-    explanation.m_band = band;
-    explanation.m_swath = swath;
-    explanation.m_bLeftToRight = m_model->IsLeftToRight(swath);
-    SModelSource& source = explanation.m_source;
-    source.m_layout.unitIndex = unit.m_unitId;
-    source.m_layout.nozzle = nozzle;
-    source.m_pUnit = &unit;
-    source.m_position = position;
-    source.m_nozzle = nozzle;
-    source.m_pixelBitCount = m_model->Info().m_bitsPerPixel;
-    source.m_point = m_model->Point_Get(unit, nozzle, position, swath);
-    const std::vector<SModelBit> bits = m_model->Bits_Of(unit, nozzle, position);
-    if (band >= 0)
-    {
-        std::ranges::transform(bits, std::back_inserter(explanation.m_bits),
-                               [](const SModelBit& bit) {
-                                   return SExplanationBit{bit, "", {}, {}};
-                               });
-    }
-    Values_Take(explanation, bits);
-    Road_Explain(*m_model, explanation);
-    Layout_Explain(m_model->Info(), explanation);
-    return explanation;
-}
-
-SExplanation CExplainer::Nozzle_Explain(int unitId, int nozzle, int position, std::int64_t band)
-{
-    const SBoardUnitInfo& unit = Unit_Get(unitId);
-    Range_Check("--nozzle", nozzle, m_model->Info().m_nozzles);
-    const int swath = Swath_OfBand(band);
-    Range_Check("--position", position, m_model->PositionCount(m_model->IsLeftToRight(swath)));
-    return Nozzle_Make(unit, nozzle, position, swath, band);
-}
-
-SExplanation CExplainer::Pixel_Explain(int unitId, int row, int column)
-{
-    const SBoardUnitInfo& unit = Unit_Get(unitId);
-    if (unit.m_separation.empty())
-    {
-        throw CInputError(BoardUnit_Text(unit) + " does not print the page: it has no separation");
-    }
-    Range_Check("--row", row, m_model->Info().m_pageHeight);
-    Range_Check("--column", column, m_model->Info().m_pageWidth);
-    const int swath = row / m_model->Info().m_nozzles;
-    const std::int64_t band = Band_OfSwath(swath);
-    const int position = m_model->Position_OfColumn(unit, column, m_model->IsLeftToRight(swath));
-    return Nozzle_Make(unit, row % m_model->Info().m_nozzles, position, swath, band);
-}
-
-SExplanation CExplainer::Bit_Explain(std::int64_t band, int line, std::int64_t byte, int bit)
-{
-    const int swath = Swath_OfBand(band);
-    Range_Check("--line", line, m_model->LineCount(m_model->IsLeftToRight(swath)));
-    Range_Check("--byte", byte, m_model->LineBytes());
-    Range_Check("--bit", bit, std::min<std::int64_t>(8, m_model->LineBits() - byte * 8));
-    const SModelBit asked = {line, byte * 8 + bit};
-    SExplanation explanation;
-    explanation.m_band = band;
-    explanation.m_swath = swath;
-    explanation.m_bLeftToRight = m_model->IsLeftToRight(swath);
-    explanation.m_source = m_model->Source_Of(swath, asked);
-    explanation.m_bBitAsked = true;
-    explanation.m_bits.push_back({asked, "", {}, {}});
-    const bool bNozzle = explanation.m_source.m_nozzle >= 0;
-    Values_Take(explanation, bNozzle ? m_model->Bits_Of(*explanation.m_source.m_pUnit, explanation.m_source.m_nozzle,
-                                                        explanation.m_source.m_position)
-                                     : std::vector<SModelBit>());
-    if (bNozzle)
-    {
-        Road_Explain(*m_model, explanation);
-        Layout_Explain(m_model->Info(), explanation);
-    }
-    return explanation;
 }

@@ -1,16 +1,11 @@
-// What a bit of an output, or a nozzle at a scan position, shows of the page, and why: the answer of boardmap explain,
-// and the words for it. The places come from the page model; what is printed there from the separations, if there is a
-// job, and from the output, if there is one.
+// What a bit of an output, or a nozzle at a scan position, shows of the page, and why, with the words for it: the
+// answer of boardmap explain, and what boardmap verify says of bits that differ. Nothing is read here; any thread.
 #pragma once
 
-#include "Host/Board/BoardReader.h"
-#include "Host/Job/JobPage.h"
-#include "Host/Model/PageInk.h"
 #include "Host/Model/PageModel.h"
+#include "Platform/BandData/BandData.h"
 
 #include <cstdint>
-#include <filesystem>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -47,59 +42,25 @@ struct SExplanation
     bool IsDifferent() const;
 };
 
-// "unit 3 (Cyan)".
-std::string BoardUnit_Text(const SBoardUnitInfo& unit);
+// What an answer is taken from: the places from the model; the values from the job's ink of the swath, and from the
+// band of the output. Either of the two may be missing.
+struct SExplanationSource
+{
+    const CPageModel& m_model;
+    const CModelInk* m_pInk = nullptr;
+    const CBandData* m_pBand = nullptr;
+};
 
-// The place that the model gives a bit, for a line of a report: "unit 3 (Cyan), nozzle 37, position 12, page row 437,
-// column 4, page.Cyan.tif"; "padding" where no unit prints.
-std::string Source_Text(const SModelSource& source);
+// A nozzle at a scan position; `band` is -1 if the swath has none. The nozzle and the position exist.
+SExplanation Nozzle_Explain(const SExplanationSource& from, const SBoardUnitInfo& unit, int nozzle, int position,
+                            int swath, std::int64_t band);
+
+// A bit of a band. The bit exists.
+SExplanation Bit_Explain(const SExplanationSource& from, int swath, std::int64_t band, const SModelBit& asked);
+
+// "left to right".
+const char* Direction_Text(bool bLeftToRight);
 
 // A paragraph, with a line end; and one JSON object in ASCII, with a line end.
 std::string Explanation_Text(const SExplanation& explanation, const SBoardInfo& info);
 std::string Explanation_Json(const SExplanation& explanation, const SBoardInfo& info);
-
-// Answers questions about a job, an output, or a job and its output. One thread.
-class CExplainer
-{
-public:
-    // One of the two may be empty. Throws CInputError: the job or the output cannot be read, the output is of version 1
-    // and there is no job, or the two do not belong together.
-    CExplainer(const std::filesystem::path& job, const std::filesystem::path& output);
-    ~CExplainer();
-    CExplainer(const CExplainer&) = delete;
-    CExplainer& operator=(const CExplainer&) = delete;
-
-    const CPageModel& Model() const { return *m_model; }
-
-    // What is out of range throws CInputError, which says the range. `band` is a running number in the output.
-    SExplanation Nozzle_Explain(int unitId, int nozzle, int position, std::int64_t band);
-    SExplanation Bit_Explain(std::int64_t band, int line, std::int64_t byte, int bit);
-
-    // Of the unit that prints the page.
-    SExplanation Pixel_Explain(int unitId, int row, int column);
-
-    // The unit that prints this ink: its name or its separation's, in any case of letters. Throws CInputError if there
-    // is none or more than one.
-    int Unit_OfInk(const std::string& ink) const;
-
-private:
-    const SBoardUnitInfo& Unit_Get(int unitId) const;
-    SExplanation Nozzle_Make(const SBoardUnitInfo& unit, int nozzle, int position, int swath, std::int64_t band);
-    void Values_Take(SExplanation& explanation, const std::vector<SModelBit>& pixelBits);
-    bool Bit_Found(const SModelBit& bit) const;
-
-    // The swath of a band and the band of a swath. Both make their band the one that is asked about.
-    int Swath_OfBand(std::int64_t band);
-    std::int64_t Band_OfSwath(int swath); // -1: there is none
-    bool Band_Next();
-    void Output_Begin();
-
-    std::unique_ptr<CJobPage> m_page; // null: the output alone
-    std::unique_ptr<CPageInk> m_ink;
-    std::filesystem::path m_output;
-    std::unique_ptr<CBoardReader> m_reader; // null: the job alone
-    CBandData m_band;                       // read last
-    SBoardPass m_pass;
-    std::int64_t m_bandNo = -1; // of m_band
-    std::unique_ptr<CPageModel> m_model;
-};

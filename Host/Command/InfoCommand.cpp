@@ -3,6 +3,7 @@
 
 #include "Host/Board/BandHeaderWords.h"
 #include "Host/Board/BoardReader.h"
+#include "Host/Command/Answer.h"
 #include "Host/HostError.h"
 #include "Host/Model/BoardDots.h"
 #include "Host/Model/Sha256.h"
@@ -12,7 +13,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <iostream>
 #include <memory>
 #include <optional>
 #include <sstream>
@@ -260,8 +260,8 @@ std::string Report_Text(const SOutputReport& report)
         {
             text << Band_Text(i, report.m_bands[i], report);
         }
-        text << report.m_bands.size() << " bands, " << report.m_lines << " lines, " << report.m_bytes
-             << " bytes of board data, SHA-256 " << report.m_hash << '\n';
+        text << report.m_bands.size() << (report.m_bands.size() == 1 ? " band, " : " bands, ") << report.m_lines
+             << " lines, " << report.m_bytes << " bytes of board data, SHA-256 " << report.m_hash << '\n';
     }
     for (const SBoardDamage& damage : report.m_damages)
     {
@@ -341,11 +341,7 @@ std::string Report_Json(const SOutputReport& report)
 int Info_Run(const CArguments& arguments)
 {
     const SOutputReport report = Output_Read(arguments.Text_Get("OUTPUT"));
-    std::cout << (arguments.Flag_Get("json") ? Report_Json(report) : Report_Text(report)) << std::flush;
-    if (!std::cout)
-    {
-        throw CRunError("standard output: cannot be written");
-    }
+    Answer_Print(arguments.Flag_Get("json") ? Report_Json(report) : Report_Text(report));
     return report.m_damages.empty() ? Exit_Done : Exit_Failed;
 }
 

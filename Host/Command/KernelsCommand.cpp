@@ -2,9 +2,9 @@
 #include "Host/Command/KernelsCommand.h"
 
 #include "DataMap/DataMapKernel.h"
+#include "Host/Command/Answer.h"
 #include "Host/HostError.h"
 
-#include <iostream>
 #include <vector>
 
 namespace
@@ -25,11 +25,12 @@ std::vector<std::string> Names_Available()
 
 int Kernels_Run(const CArguments& /*arguments*/)
 {
+    std::string text;
     for (const std::string& name : Names_Available())
     {
-        std::cout << name << (name == CDataMapKernel::Current_Get() ? "  (chosen)" : "") << '\n';
+        text += name + (name == CDataMapKernel::Current_Get() ? "  (chosen)\n" : "\n");
     }
-    std::cout << std::flush;
+    Answer_Print(text);
     return Exit_Done;
 }
 

@@ -18,7 +18,6 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <array>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -108,73 +107,6 @@ std::vector<std::int64_t> Bits_Find(const std::vector<unsigned char>& line)
     return places;
 }
 
-std::string Unit_Title(const SBoardUnitInfo& unit)
-{
-    return "unit " + std::to_string(unit.m_unitId) + (unit.m_name.empty() ? "" : " (" + unit.m_name + ")");
-}
-
-// For text between tags.
-std::string Xml_Text(const std::string& text)
-{
-    std::string escaped;
-    for (const char letter : text)
-    {
-        switch (letter)
-        {
-        case '<':
-            escaped += "&lt;";
-            break;
-        case '>':
-            escaped += "&gt;";
-            break;
-        case '&':
-            escaped += "&amp;";
-            break;
-        default:
-            escaped += static_cast<unsigned char>(letter) < ' ' ? ' ' : letter;
-        }
-    }
-    return escaped;
-}
-
-// Light enough for black numbers; units beyond take them again.
-constexpr std::array colors = {"#8fd3f4", "#f7a8c9", "#f9e784", "#b8bcc2", "#a8e6a1", "#f6b26b", "#c9b1f0", "#9fe0d0",
-                               "#e6a5a5", "#bcd08f", "#f4c7e8", "#a7b8e8", "#e0cba8", "#c7ecee", "#d6d6a5", "#e8b7a0"};
-
-// Bits of a frame that stand side by side in the picture.
-constexpr int cellsPerRow = 64;
-constexpr int cellWidth = 34;
-constexpr int cellHeight = 18;
-constexpr int leftMargin = 150;
-constexpr int topMargin = 64;
-
-struct SSvgBox
-{
-    std::int64_t m_x;
-    std::int64_t m_y;
-    std::int64_t m_width;
-    std::int64_t m_height;
-};
-
-void Svg_Rectangle(std::ostream& svg, const SSvgBox& box, const char* fill, const char* stroke)
-{
-    svg << R"(<rect x=")" << box.m_x << R"(" y=")" << box.m_y << R"(" width=")" << box.m_width << R"(" height=")"
-        << box.m_height << R"(" fill=")" << fill << R"(" stroke=")" << stroke << R"("/>)";
-}
-
-// attributes: further ones, each with a space before it.
-void Svg_Text(std::ostream& svg, std::int64_t x, std::int64_t y, const std::string& text, const char* attributes = "")
-{
-    svg << R"(<text x=")" << x << R"(" y=")" << y << '"' << attributes << '>' << text << "</text>";
-}
-
-// The nozzle, and with two bits for each which of them.
-std::string Cell_Text(const SLayout& layout, const SLayoutBit& bit)
-{
-    const char* drop = layout.m_bitsPerNozzle < 2 ? "" : bit.m_bit == 0 ? "h" : "l";
-    return std::to_string(bit.m_nozzle) + drop;
-}
-
 } // namespace
 
 SLayout Layout_Probe(const SJob& job)
@@ -221,7 +153,7 @@ std::string Layout_Text(const SLayout& layout)
     }
     for (const SBoardUnitInfo& unit : info.m_units)
     {
-        columns.push_back({Unit_Title(unit)});
+        columns.push_back({BoardUnit_Text(unit)});
         columns.back().resize(columns.front().size());
     }
     std::map<int, std::size_t> columnOf;
@@ -288,68 +220,4 @@ std::string Layout_Json(const SLayout& layout)
                         {"BitsPerNozzle", layout.m_bitsPerNozzle},
                         {"Units", std::move(units)}};
     return json.dump(-1, ' ', true, CJson::error_handler_t::replace) + '\n';
-}
-
-std::string Layout_Svg(const SLayout& layout, std::int64_t firstFrame, std::int64_t frameCount)
-{
-    const SBoardInfo& info = layout.m_info;
-    const std::int64_t frames =
-        std::clamp<std::int64_t>(info.m_lineBits / info.m_frameBits - firstFrame, 0, frameCount);
-    const std::int64_t firstBit = firstFrame * info.m_frameBits;
-    const int across = std::min(info.m_frameBits, cellsPerRow);
-    const std::int64_t rowsPerFrame = (info.m_frameBits + across - 1) / across;
-    const std::int64_t width = std::max<std::int64_t>(leftMargin + std::int64_t{across} * cellWidth + 10, 700);
-    const auto legendRows = static_cast<std::int64_t>((info.m_units.size() + 3) / 4);
-    const std::int64_t top = topMargin + legendRows * cellHeight;
-    std::ostringstream svg;
-    svg << R"(<svg xmlns="http://www.w3.org/2000/svg" width=")" << width << "\" height=\""
-        << top + frames * rowsPerFrame * cellHeight + 10
-        << "\" font-family=\"sans-serif\" font-size=\"11\">\n<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n"
-        << R"(<text x="10" y="18" font-size="14">Layout )" << info.m_map << ": " << info.m_lineBits
-        << " bits, frames of " << info.m_frameBits << "</text>\n"
-        << R"(<text x="10" y="36">A cell is a bit, with its nozzle's number)"
-        << (layout.m_bitsPerNozzle > 1 ? " and h or l, the high or the low bit of its pixel" : "")
-        << "; grey cells are never set.</text>\n";
-    std::map<int, const char*> colorOf;
-    for (std::size_t i = 0; i < info.m_units.size(); ++i)
-    {
-        const char* pColor = colors[i % colors.size()];
-        colorOf[info.m_units[i].m_unitId] = pColor;
-        const auto x = static_cast<std::int64_t>(10 + i % 4 * 170);
-        const auto y = static_cast<std::int64_t>(44 + i / 4 * cellHeight);
-        Svg_Rectangle(svg, {x, y, 14, 12}, pColor, "#666");
-        Svg_Text(svg, x + 20, y + 10, Xml_Text(Unit_Title(info.m_units[i])));
-        svg << '\n';
-    }
-    std::map<std::int64_t, const SLayoutBit*> bitAt;
-    for (const SLayoutBit& bit : layout.m_bits)
-    {
-        for (const std::int64_t place : bit.m_places)
-        {
-            bitAt[place] = &bit;
-        }
-    }
-    for (std::int64_t i = 0; i < frames * info.m_frameBits; ++i)
-    {
-        const std::int64_t inFrame = i % info.m_frameBits;
-        const std::int64_t x = leftMargin + inFrame % across * cellWidth;
-        const std::int64_t y = top + (i / info.m_frameBits * rowsPerFrame + inFrame / across) * cellHeight;
-        if (inFrame % across == 0)
-        {
-            Svg_Text(svg, 10, y + 13,
-                     "frame " + std::to_string(firstFrame + i / info.m_frameBits) + ", byte " +
-                         std::to_string((firstBit + i) / bitsPerByte));
-            svg << '\n';
-        }
-        const auto found = bitAt.find(firstBit + i);
-        Svg_Rectangle(svg, {x, y, cellWidth, cellHeight},
-                      found == bitAt.end() ? "#eeeeee" : colorOf.at(found->second->m_unitId), "#999");
-        if (found != bitAt.end())
-        {
-            Svg_Text(svg, x + cellWidth / 2, y + 13, Cell_Text(layout, *found->second), R"( text-anchor="middle")");
-        }
-        svg << '\n';
-    }
-    svg << "</svg>\n";
-    return svg.str();
 }

@@ -1,5 +1,6 @@
 // Where each unit, nozzle and bit of a pixel stands in a board line, found by asking the data map itself: each bit of a
-// unit's line is set alone, mapped, and looked for. The answer of boardmap layout, as a table, JSON and a picture. The
+// unit's line is set alone, mapped, and looked for. The answer of boardmap layout, as a table
+// and JSON; LayoutPicture draws it. The
 // probing reads no configuration; any thread.
 #pragma once
 
@@ -36,7 +37,3 @@ std::string Layout_Text(const SLayout& layout);
 
 // One object in ASCII, with a line end.
 std::string Layout_Json(const SLayout& layout);
-
-// A picture of the line: a row for each frame, or part of a wide one; a cell for each bit, in its unit's colour and
-// with its nozzle's number. Shows the frames from `firstFrame` on, `frameCount` of them at most.
-std::string Layout_Svg(const SLayout& layout, std::int64_t firstFrame, std::int64_t frameCount);

@@ -2,6 +2,7 @@
 #include "Host/Command/Verification.h"
 
 #include "Host/Board/BandHeaderWords.h"
+#include "Host/Command/Explanation.h"
 #include "Host/HostError.h"
 
 #include <nlohmann/json.hpp>
@@ -31,34 +32,6 @@ constexpr std::array passWords = {
     SPassWord{"ColumnStep", &SBoardPass::m_columnStep}, SPassWord{"FirstZone", &SBoardPass::m_firstZone},
     SPassWord{"LastZone", &SBoardPass::m_lastZone},     SPassWord{"MaxOffset", &SBoardPass::m_maxOffset},
 };
-
-std::string Area_Text(const SModelSource& source)
-{
-    if (source.m_pUnit == nullptr || source.m_nozzle < 0)
-    {
-        return "padding";
-    }
-    switch (source.m_point.m_area)
-    {
-    case EModelArea::Page:
-        return "page";
-    case EModelArea::Below:
-        return "below the page";
-    case EModelArea::FirstZone:
-        return "first zone";
-    case EModelArea::LastZone:
-        return "last zone";
-    case EModelArea::Margin:
-        return "margin";
-    case EModelArea::LeftStripe:
-        return "left stripe";
-    case EModelArea::RightStripe:
-        return "right stripe";
-    case EModelArea::Nothing:
-        break;
-    }
-    return "a unit that prints nothing";
-}
 
 std::string Unequal_Text(const std::string& name, const std::string& found, const std::string& expected)
 {
@@ -315,6 +288,12 @@ void CVerification::Band_Compare(int swath)
                 "; its bits were not compared");
         return;
     }
+    if (m_band.m_bytesPerLine != m_model.LineBytes())
+    {
+        Add("size", swath,
+            Unequal_Text("the number of bytes of a line", std::to_string(m_band.m_bytesPerLine),
+                         std::to_string(m_model.LineBytes())));
+    }
     if (m_band.m_height != lineCount)
     {
         Add("size", swath,
@@ -389,32 +368,13 @@ void CVerification::Bits_Compare(int swath)
         Add("bits", swath, bits.m_count == 1 ? "1 bit differs" : std::to_string(bits.m_count) + " bits differ");
     for (const SBitDifference& bit : bits.m_first)
     {
-        difference.m_first.push_back(Bit_Report(swath, bit));
+        difference.m_first.push_back(Bit_Report(swath, bit.m_bit));
     }
     difference.m_bits = std::move(bits);
 }
 
-SBitReport CVerification::Bit_Report(int swath, const SBitDifference& bit) const
+SBitReport CVerification::Bit_Report(int swath, const SModelBit& bit) const
 {
-    const SModelSource source = m_model.Source_Of(swath, bit.m_bit);
-    SBitReport report;
-    report.m_line = bit.m_bit.m_line;
-    report.m_byte = bit.m_bit.m_bit / 8;
-    report.m_bit = static_cast<int>(bit.m_bit.m_bit % 8);
-    report.m_bFound = bit.m_bFound;
-    report.m_position = source.m_position;
-    report.m_area = Area_Text(source);
-    if (source.m_pUnit == nullptr || source.m_nozzle < 0)
-    {
-        return report;
-    }
-    report.m_unitId = source.m_pUnit->m_unitId;
-    report.m_unitName = source.m_pUnit->m_name;
-    report.m_nozzle = source.m_nozzle;
-    report.m_row = source.m_point.m_row;
-    report.m_column = source.m_point.m_column;
-    const bool bStripe = source.m_point.m_stripePosition >= 0;
-    report.m_separation = bStripe ? source.m_pUnit->m_stripeColor : source.m_pUnit->m_separation;
-    report.m_pixel = CPageModel::Pixel_Of(source, m_ink);
-    return report;
+    const SExplanation explanation = Bit_Explain({m_model, &m_ink, &m_band}, swath, m_bandNo, bit);
+    return {Explanation_Text(explanation, m_info), Explanation_Json(explanation, m_info)};
 }

@@ -15,22 +15,11 @@
 #include <string>
 #include <vector>
 
-// The first bits that differ, in words and numbers.
+// A bit that differs, as boardmap explain says it.
 struct SBitReport
 {
-    int m_line = 0;
-    std::int64_t m_byte = 0; // of the line
-    int m_bit = 0;           // of the byte, 0 = the most significant
-    bool m_bFound = false;
-    int m_unitId = -1; // -1: padding
-    std::string m_unitName;
-    int m_nozzle = -1;
-    int m_position = 0;
-    std::string m_area; // "page", "left stripe", "padding"
-    int m_row = -1;     // of the page; -1: not on the page
-    int m_column = -1;
-    std::string m_separation; // of the page or of the stripe
-    int m_pixel = 0;          // its value there
+    std::string m_text; // a paragraph, with a line end
+    std::string m_json; // an object, with a line end
 };
 
 struct SDifference
@@ -91,7 +80,7 @@ private:
     void Header_Compare(int swath);
     void Pass_Compare(int swath);
     void Bits_Compare(int swath);
-    SBitReport Bit_Report(int swath, const SBitDifference& bit) const;
+    SBitReport Bit_Report(int swath, const SModelBit& bit) const;
     SDifference& Add(const std::string& kind, int swath, const std::string& what);
     bool IsSkipped(int swath);
     bool IsBehind() const { return m_range.m_last >= 0 && m_bandNo > m_range.m_last; }

@@ -1,6 +1,7 @@
 // The command verify.
 #include "Host/Command/VerifyCommand.h"
 
+#include "Host/Command/Answer.h"
 #include "Host/Command/Interrupt.h"
 #include "Host/Command/Progress.h"
 #include "Host/Command/Verification.h"
@@ -27,49 +28,17 @@ constexpr std::array<const char*, g_modelAreaCount> areaNames = {
     "on the page", "below the page",  "in the first zone", "in the last zone",
     "in margins",  "in left stripes", "in right stripes",  "where the unit prints nothing"};
 
-std::string Unit_Text(int unitId, const std::string& name)
-{
-    return unitId < 0 ? "padding" : "unit " + std::to_string(unitId) + (name.empty() ? "" : " (" + name + ")");
-}
-
 std::string Bits_Text(std::int64_t count)
 {
     return std::to_string(count) + (count == 1 ? " bit" : " bits");
-}
-
-std::string Bit_Text(const SBitReport& bit)
-{
-    std::ostringstream text;
-    text << "line " << bit.m_line << ", byte " << bit.m_byte << ", bit " << bit.m_bit << " is " << bit.m_bFound
-         << "; it should be " << !bit.m_bFound << ": " << Unit_Text(bit.m_unitId, bit.m_unitName);
-    if (bit.m_unitId < 0)
-    {
-        text << ", which is never set";
-        return text.str();
-    }
-    text << ", nozzle " << bit.m_nozzle << ", position " << bit.m_position << ": ";
-    if (bit.m_row >= 0)
-    {
-        text << "page row " << bit.m_row << ", column " << bit.m_column
-             << (bit.m_area == "page" ? "" : ", " + bit.m_area);
-    }
-    else
-    {
-        text << bit.m_area;
-    }
-    if (!bit.m_separation.empty() && (bit.m_area == "page" || bit.m_area.ends_with("stripe")))
-    {
-        text << ", where " << bit.m_separation << " is " << bit.m_pixel;
-    }
-    return text.str();
 }
 
 std::string UnitDifference_Text(const SUnitDifference& unit, const SBoardInfo& info)
 {
     const auto found = std::ranges::find(info.m_units, unit.m_unitId, &SBoardUnitInfo::m_unitId);
     std::ostringstream text;
-    text << Unit_Text(unit.m_unitId, found == info.m_units.end() ? "" : found->m_name) << ": "
-         << Bits_Text(unit.Count()) << ", " << unit.m_missing << " missing, " << unit.m_extra << " too many; ";
+    text << (found == info.m_units.end() ? "padding" : BoardUnit_Text(*found)) << ": " << Bits_Text(unit.Count())
+         << ", " << unit.m_missing << " missing, " << unit.m_extra << " too many; ";
     if (unit.m_firstLine == unit.m_lastLine)
     {
         text << "line " << unit.m_firstLine;
@@ -111,7 +80,7 @@ std::string Difference_Text(const SDifference& difference, const SBoardInfo& inf
     }
     for (const SBitReport& bit : difference.m_first)
     {
-        text << "    " << Bit_Text(bit) << '\n';
+        text << "    " << bit.m_text;
     }
     return text.str();
 }
@@ -139,8 +108,8 @@ std::string Result_Text(const SVerifyResult& result, const std::string& output, 
     {
         text << "and " << count - mostShown << " more differences\n";
     }
-    text << output << ": " << result.m_bands << " bands" << Range_Text(range) << ", " << result.m_lines << " lines, "
-         << result.m_bytes << " bytes in " << result.m_seconds << " s: ";
+    text << output << ": " << result.m_bands << (result.m_bands == 1 ? " band" : " bands") << Range_Text(range) << ", "
+         << result.m_lines << " lines, " << result.m_bytes << " bytes in " << result.m_seconds << " s: ";
     if (result.m_differenceCount == 0)
     {
         text << "every bit, header and pass is what " << job << " asks for\n";
@@ -151,31 +120,6 @@ std::string Result_Text(const SVerifyResult& result, const std::string& output, 
              << " from what " << job << " asks for; bits that differ: " << result.m_bitDifferences << '\n';
     }
     return text.str();
-}
-
-CJson Bit_ToJson(const SBitReport& bit)
-{
-    CJson json = {{"Line", bit.m_line},
-                  {"Byte", bit.m_byte},
-                  {"Bit", bit.m_bit},
-                  {"Found", bit.m_bFound ? 1 : 0},
-                  {"Expected", bit.m_bFound ? 0 : 1},
-                  {"Area", bit.m_area}};
-    if (bit.m_unitId >= 0)
-    {
-        json["UnitId"] = bit.m_unitId;
-        json["Name"] = bit.m_unitName;
-        json["Nozzle"] = bit.m_nozzle;
-        json["Position"] = bit.m_position;
-        json["Separation"] = bit.m_separation;
-        json["Pixel"] = bit.m_pixel;
-    }
-    if (bit.m_row >= 0)
-    {
-        json["Row"] = bit.m_row;
-        json["Column"] = bit.m_column;
-    }
-    return json;
 }
 
 CJson Difference_ToJson(const SDifference& difference)
@@ -209,7 +153,8 @@ CJson Difference_ToJson(const SDifference& difference)
     }
     json["Units"] = units;
     json["First"] = CJson::array();
-    std::ranges::transform(difference.m_first, std::back_inserter(json["First"]), &Bit_ToJson);
+    std::ranges::transform(difference.m_first, std::back_inserter(json["First"]),
+                           [](const SBitReport& bit) { return CJson::parse(bit.m_json); });
     return json;
 }
 
@@ -261,14 +206,9 @@ int Verify_Run(const CArguments& arguments)
         progress.Finish(result.m_bands, result.m_bytes);
     }
     const std::string jobName = arguments.Text_Get("JOB");
-    std::cout << (arguments.Flag_Get("json")
-                      ? Result_Json(result, outputName, jobName)
-                      : Result_Text(result, outputName, jobName, Page_BoardInfo(page, ""), range))
-              << std::flush;
-    if (!std::cout)
-    {
-        throw CRunError("standard output: cannot be written");
-    }
+    Answer_Print(arguments.Flag_Get("json")
+                     ? Result_Json(result, outputName, jobName)
+                     : Result_Text(result, outputName, jobName, Page_BoardInfo(page, ""), range));
     return result.m_differenceCount == 0 ? Exit_Done : Exit_Failed;
 }
 

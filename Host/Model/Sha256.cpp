@@ -1,102 +1,52 @@
-// The compression function, a block of 64 bytes at a time.
+// The hash through libgcrypt.
 #include "Host/Model/Sha256.h"
 
-#include <algorithm>
-#include <bit>
-#include <functional>
+#include "Host/HostError.h"
+
+#include <gcrypt.h>
 
 namespace
 {
 
-// The first 32 bits of the fractional parts of the cube roots of the first 64 primes.
-constexpr std::array<std::uint32_t, 64> roundConstants = {
-    0x428a2f98, 0x71374491, 0xb5c0fbcf, 0xe9b5dba5, 0x3956c25b, 0x59f111f1, 0x923f82a4, 0xab1c5ed5,
-    0xd807aa98, 0x12835b01, 0x243185be, 0x550c7dc3, 0x72be5d74, 0x80deb1fe, 0x9bdc06a7, 0xc19bf174,
-    0xe49b69c1, 0xefbe4786, 0x0fc19dc6, 0x240ca1cc, 0x2de92c6f, 0x4a7484aa, 0x5cb0a9dc, 0x76f988da,
-    0x983e5152, 0xa831c66d, 0xb00327c8, 0xbf597fc7, 0xc6e00bf3, 0xd5a79147, 0x06ca6351, 0x14292967,
-    0x27b70a85, 0x2e1b2138, 0x4d2c6dfc, 0x53380d13, 0x650a7354, 0x766a0abb, 0x81c2c92e, 0x92722c85,
-    0xa2bfe8a1, 0xa81a664b, 0xc24b8b70, 0xc76c51a3, 0xd192e819, 0xd6990624, 0xf40e3585, 0x106aa070,
-    0x19a4c116, 0x1e376c08, 0x2748774c, 0x34b0bcb5, 0x391c0cb3, 0x4ed8aa4a, 0x5b9cca4f, 0x682e6ff3,
-    0x748f82ee, 0x78a5636f, 0x84c87814, 0x8cc70208, 0x90befffa, 0xa4506ceb, 0xbef9a3f7, 0xc67178f2};
+constexpr std::size_t hashBytes = 32;
+
+// Once in a process, before anything else is asked of the library.
+bool Library_Begin()
+{
+    return gcry_check_version(GCRYPT_VERSION) != nullptr && gcry_control(GCRYCTL_DISABLE_SECMEM, 0) == 0 &&
+           gcry_control(GCRYCTL_INITIALIZATION_FINISHED, 0) == 0;
+}
 
 } // namespace
 
+void CSha256::SRelease::operator()(gcry_md_handle* pHash) const
+{
+    gcry_md_close(pHash);
+}
+
+CSha256::CSha256()
+{
+    static const bool bReady = Library_Begin();
+    gcry_md_hd_t pHash = nullptr;
+    if (!bReady || gcry_md_open(&pHash, GCRY_MD_SHA256, 0) != 0)
+    {
+        throw CRunError("libgcrypt cannot make a SHA-256");
+    }
+    m_hash.reset(pHash);
+}
+
 void CSha256::Add(std::span<const unsigned char> bytes)
 {
-    m_bytes += bytes.size();
-    while (!bytes.empty())
-    {
-        const std::size_t count = std::min(bytes.size(), blockBytes - m_used);
-        std::copy_n(bytes.begin(), count, m_block.begin() + static_cast<std::ptrdiff_t>(m_used));
-        m_used += count;
-        bytes = bytes.subspan(count);
-        if (m_used == blockBytes)
-        {
-            Block_Add(m_block.data());
-            m_used = 0;
-        }
-    }
+    gcry_md_write(m_hash.get(), bytes.data(), bytes.size());
 }
 
 std::string CSha256::Text_Finish()
 {
-    constexpr std::size_t lengthBytes = 8;
-    const std::uint64_t bits = m_bytes * 8;
-    const unsigned char one = 0x80;
-    Add({&one, 1});
-    const unsigned char zero = 0;
-    while (m_used != blockBytes - lengthBytes)
-    {
-        Add({&zero, 1});
-    }
-    std::array<unsigned char, lengthBytes> length = {};
-    for (std::size_t i = 0; i < lengthBytes; ++i)
-    {
-        length[i] = static_cast<unsigned char>(bits >> (8 * (lengthBytes - 1 - i)));
-    }
-    Add(length);
     std::string text;
-    for (const std::uint32_t word : m_state)
+    for (const unsigned char byte : std::span(gcry_md_read(m_hash.get(), GCRY_MD_SHA256), hashBytes))
     {
-        for (int shift = 28; shift >= 0; shift -= 4)
-        {
-            text += "0123456789abcdef"[word >> static_cast<unsigned>(shift) & 0xFU];
-        }
+        text += "0123456789abcdef"[byte >> 4U];
+        text += "0123456789abcdef"[byte & 0xFU];
     }
     return text;
-}
-
-void CSha256::Block_Add(const unsigned char* pBlock)
-{
-    std::array<std::uint32_t, roundConstants.size()> words = {};
-    for (std::size_t i = 0; i < 16; ++i)
-    {
-        const unsigned char* p = pBlock + 4 * i;
-        words[i] = std::uint32_t{p[0]} << 24U | std::uint32_t{p[1]} << 16U | std::uint32_t{p[2]} << 8U | p[3];
-    }
-    for (std::size_t i = 16; i < words.size(); ++i)
-    {
-        const std::uint32_t early = words[i - 15];
-        const std::uint32_t late = words[i - 2];
-        words[i] = words[i - 16] + (std::rotr(early, 7) ^ std::rotr(early, 18) ^ early >> 3U) + words[i - 7] +
-                   (std::rotr(late, 17) ^ std::rotr(late, 19) ^ late >> 10U);
-    }
-    auto [a, b, c, d, e, f, g, h] = m_state;
-    for (std::size_t i = 0; i < words.size(); ++i)
-    {
-        const std::uint32_t first = h + (std::rotr(e, 6) ^ std::rotr(e, 11) ^ std::rotr(e, 25)) + ((e & f) ^ (~e & g)) +
-                                    roundConstants[i] + words[i];
-        const std::uint32_t second =
-            (std::rotr(a, 2) ^ std::rotr(a, 13) ^ std::rotr(a, 22)) + ((a & b) ^ (a & c) ^ (b & c));
-        h = g;
-        g = f;
-        f = e;
-        e = d + first;
-        d = c;
-        c = b;
-        b = a;
-        a = first + second;
-    }
-    const std::array<std::uint32_t, 8> added = {a, b, c, d, e, f, g, h};
-    std::ranges::transform(m_state, added, m_state.begin(), std::plus<>());
 }

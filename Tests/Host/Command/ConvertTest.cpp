@@ -438,7 +438,7 @@ TEST_F(Convert, FilesMayHaveNamesInAnyScript)
     const auto result = Boardmap_Run({arguments.begin(), arguments.end()});
     EXPECT_EQ(result.status, 0) << result.error;
     const std::u8string output = u8"\u4ED5\u4E8B.boards.tif";
-    EXPECT_THAT(result.out, StartsWith(std::string(output.begin(), output.end()) + ": 1 bands"));
+    EXPECT_THAT(result.out, StartsWith(std::string(output.begin(), output.end()) + ": 1 band, "));
     for (const std::u8string& name : {separation, job, output, std::u8string(u8"\u00FC.log")})
     {
         EXPECT_GT(std::filesystem::file_size(m_folder.Path() / name), 0U);
@@ -579,7 +579,7 @@ TEST_F(Convert, APageLargerThanTheMemoryLimitIsNoHardship)
     const auto result = Shell_Run("ulimit -v 400000 && MALLOC_ARENA_MAX=2 \"$boardmap\" convert job.toml");
 #endif
     EXPECT_EQ(result.status, 0) << result.error;
-    EXPECT_THAT(result.out, StartsWith("job.boards.tif: 1 bands, 8000 lines"));
+    EXPECT_THAT(result.out, StartsWith("job.boards.tif: 1 band, 8000 lines"));
     const auto bands = TiffBands_Read(In("job.boards.tif"));
     ASSERT_EQ(bands.size(), 1U);
     EXPECT_EQ(std::count(bands[0].begin(), bands[0].end(), 0), static_cast<long>(bands[0].size()) - 1);

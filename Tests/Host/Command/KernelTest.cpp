@@ -85,3 +85,18 @@ TEST_F(Kernels, TheHelpNamesTheOptionAndTheList)
     EXPECT_THAT(Boardmap_Run("convert --help").out, HasSubstr("--kernel NAME"));
     EXPECT_THAT(Boardmap_Run("--help").out, HasSubstr("kernels"));
 }
+
+#if !defined(_WIN32)
+
+TEST_F(Kernels, AClosedPipeFailsTheRunOfWhateverOnlyPrints)
+{
+    for (const std::string arguments : {"kernels", "--help", "convert --help", "--version", "info -V"})
+    {
+        const auto closed =
+            Shell_Run("{ sleep 0.1; \"$boardmap\" " + arguments + "; echo $? >status; } | true; cat status; rm status");
+        EXPECT_EQ(closed.out, "1\n") << arguments;
+        EXPECT_EQ(closed.error, "standard output: cannot be written: Broken pipe\n") << arguments;
+    }
+}
+
+#endif

@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <png.h>
 
 #include <set>
 
@@ -30,6 +31,50 @@ protected:
                    "[[CartInfo.Unit]]\nUnitId = 0\nName = \"A & B\"\nSeparation = \"c.tif\"\n"
                    "[[CartInfo.Unit]]\nUnitId = 3\nSeparation = \"m.tif\"\n");
     }
+};
+
+// A PNG as any reader of such files sees it.
+class CPngFile
+{
+public:
+    explicit CPngFile(const std::filesystem::path& file)
+    {
+        m_image.version = PNG_IMAGE_VERSION;
+        EXPECT_NE(png_image_begin_read_from_file(&m_image, file.string().c_str()), 0) << m_image.message;
+        m_image.format = PNG_FORMAT_RGB;
+        m_pixels.resize(PNG_IMAGE_SIZE(m_image));
+        EXPECT_NE(png_image_finish_read(&m_image, nullptr, m_pixels.data(), 0, nullptr), 0) << m_image.message;
+    }
+    ~CPngFile() { png_image_free(&m_image); }
+    CPngFile(const CPngFile&) = delete;
+    CPngFile& operator=(const CPngFile&) = delete;
+
+    int Width() const { return static_cast<int>(m_image.width); }
+    int Height() const { return static_cast<int>(m_image.height); }
+    unsigned Color(int x, int y) const
+    {
+        const std::size_t at = 3 * (static_cast<std::size_t>(y) * m_image.width + static_cast<std::size_t>(x));
+        return static_cast<unsigned>(m_pixels.at(at) << 16 | m_pixels.at(at + 1) << 8 | m_pixels.at(at + 2));
+    }
+
+    // Where the cell of a bit is black, a letter for a pixel. The cells begin at 150, 82.
+    std::string Letters(int frame, int bit) const
+    {
+        std::string letters;
+        for (int y = 1; y < 36; ++y)
+        {
+            for (int x = 1; x < 68; ++x)
+            {
+                letters += Color(300 + 68 * bit + x, 164 + 36 * frame + y) == 0 ? '#' : ' ';
+            }
+        }
+        return letters;
+    }
+    unsigned Ground(int frame, int bit) const { return Color(300 + 68 * bit + 4, 164 + 36 * frame + 4); }
+
+private:
+    png_image m_image = {};
+    std::vector<unsigned char> m_pixels;
 };
 
 std::size_t Count_Of(const std::string& text, const std::string& part)
@@ -118,6 +163,70 @@ TEST_F(Layout, ThePictureHasACellForEachBitAndANumberForEachNozzle)
     EXPECT_THAT(part.out, HasSubstr("frame 2, byte 2</text>"));
 }
 
+TEST_F(Layout, ThePngShowsTheSameCellsInTheUnitsColours)
+{
+    SmallJob_Write();
+    const auto result = Boardmap_Run("layout job.toml --png line.png");
+    EXPECT_EQ(result.status, 0) << result.error;
+    EXPECT_EQ(result.out, "");
+    const CPngFile png(In("line.png"));
+    EXPECT_EQ(png.Width(), 2 * 700);
+    EXPECT_EQ(png.Height(), 2 * (82 + 3 * 18 + 10));        // a row of the legend, three frames
+    EXPECT_EQ(png.Ground(0, 0), png.Color(2 * 12, 2 * 46)); // as the legend says
+    EXPECT_EQ(png.Ground(0, 3), png.Color(2 * 182, 2 * 46));
+    std::set<unsigned> grounds;
+    for (int frame = 0; frame < 3; ++frame)
+    {
+        for (int bit = 0; bit < 8; ++bit)
+        {
+            const bool bUsed = bit == 0 || bit == 3;
+            EXPECT_EQ(png.Ground(frame, bit) != 0xeeeeee, bUsed) << frame << ' ' << bit;
+            EXPECT_EQ(png.Letters(frame, bit).find('#') != std::string::npos, bUsed) << frame << ' ' << bit;
+            grounds.insert(png.Ground(frame, bit));
+        }
+        EXPECT_EQ(png.Letters(frame, 0), png.Letters(frame, 3)); // the same nozzle
+    }
+    EXPECT_EQ(grounds.size(), 3U);
+    EXPECT_NE(png.Letters(0, 0), png.Letters(1, 0));
+    EXPECT_NE(png.Letters(1, 0), png.Letters(2, 0));
+}
+
+TEST_F(Layout, ThePngGoesWhereItIsToldTo)
+{
+    SmallJob_Write();
+    ASSERT_EQ(Boardmap_Run("layout job.toml --png line.png --first-frame 1 --frames 1").status, 0);
+    const CPngFile part(In("line.png"));
+    EXPECT_EQ(part.Height(), 2 * (82 + 18 + 10));
+    ASSERT_EQ(Boardmap_Run("layout job.toml --png whole.png").status, 0);
+    EXPECT_EQ(part.Letters(0, 0), CPngFile(In("whole.png")).Letters(1, 0));
+    ASSERT_EQ(Boardmap_Run(std::string("layout job.toml --format png ") + intoFile + "piped.png").status, 0);
+    EXPECT_EQ(File_Read(In("piped.png")), File_Read(In("whole.png")));
+    for (const std::string more : {"--format svg", "--json", "-o other.png"})
+    {
+        const auto result = Boardmap_Run("layout job.toml --png line.png " + more);
+        EXPECT_EQ(result.status, 2) << more;
+        EXPECT_EQ(result.error, "--png says the format and the file; leave out --format, --json and --output\n");
+    }
+    const auto both = Boardmap_Run("layout job.toml --format svg --json");
+    EXPECT_EQ(both.status, 2);
+    EXPECT_EQ(both.error, "--json and --format both say the format; leave one out\n");
+}
+
+TEST_F(Layout, LettersThatTheFontLacksAreQuestionMarks)
+{
+    const auto Picture_Make = [&](const std::string& name)
+    {
+        SmallJob_Write();
+        std::string job = File_Read(In("job.toml"));
+        job.replace(job.find("A & B"), 5, name);
+        File_Write(In("job.toml"), job);
+        EXPECT_EQ(Boardmap_Run("layout job.toml --png line.png").status, 0);
+        return File_Read(In("line.png"));
+    };
+    EXPECT_EQ(Picture_Make("Gr\u00fcn \u2713"), Picture_Make("Gr?n ?"));
+    EXPECT_NE(Picture_Make("Gr\u00fcn"), Picture_Make("Grun"));
+}
+
 TEST_F(Layout, WhatIsNoJobIsRefusedAndNothingIsWritten)
 {
     SmallJob_Write();
@@ -130,6 +239,12 @@ TEST_F(Layout, WhatIsNoJobIsRefusedAndNothingIsWritten)
     EXPECT_EQ(broken.status, 2);
     EXPECT_THAT(broken.error, HasSubstr("job.toml:"));
     EXPECT_FALSE(std::filesystem::exists(In("line.svg")));
+    SmallJob_Write();
+    const auto folder = Boardmap_Run("layout job.toml --png none/line.png");
+    EXPECT_EQ(folder.status, 2);
+    EXPECT_EQ(std::count(folder.error.begin(), folder.error.end(), '\n'), 1) << folder.error;
+    EXPECT_THAT(folder.error, HasSubstr("none"));
+    EXPECT_EQ(Files(), std::vector<std::string>{"job.toml"});
 }
 
 #if !defined(_WIN32)
@@ -141,6 +256,20 @@ TEST_F(Layout, AClosedPipeFailsTheRun)
                                   "cat status");
     EXPECT_EQ(closed.out, "1\n");
     EXPECT_THAT(closed.error, HasSubstr("standard output"));
+}
+
+TEST_F(Layout, AFullDiskFailsTheRunAndLeavesNothing)
+{
+    SmallJob_Write();
+    const auto device = Boardmap_Run("layout job.toml --png /dev/full");
+    EXPECT_EQ(device.status, 1);
+    EXPECT_EQ(device.error, "/dev/full: cannot be written: No space left on device\n");
+    const auto limited =
+        Shell_Run("trap '' XFSZ; ulimit -f 1; \"$boardmap\" layout job.toml --png line.png"); // 512 bytes
+    EXPECT_EQ(limited.status, 1);
+    EXPECT_THAT(limited.error, HasSubstr("line.png: "));
+    EXPECT_EQ(std::count(limited.error.begin(), limited.error.end(), '\n'), 1) << limited.error;
+    EXPECT_EQ(Files(), std::vector<std::string>{"job.toml"});
 }
 
 #endif

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <array>
+#include <compare>
+#include <functional>
 #include <map>
 #include <random>
 #include <string>
@@ -38,6 +40,16 @@ inline constexpr std::array randomBoards = {
     SRandomBoard{"DataMapStyle = 7\nPrinterSupportBits = 2\n", 1, -1, 0, 1},
     SRandomBoard{"DataMapStyle = 7\nDataPushStyle = 1\n", 2, -1, 0, 1},
     SRandomBoard{"DataMapStyle = 9\n", 2, 0, 0, 4},
+};
+
+// Of the separation of a unit.
+struct SPixel
+{
+    int unit = 0;
+    int row = 0;
+    int column = 0;
+
+    auto operator<=>(const SPixel&) const = default;
 };
 
 class CRandomJobTest : public CCommandTest
@@ -118,6 +130,26 @@ protected:
             }
         }
         File_Write(In("job.toml"), text);
+    }
+
+    // Separations with these values.
+    void Pages_Write(const std::function<int(const SPixel&)>& value)
+    {
+        for (const auto& [unit, name] : m_pages)
+        {
+            std::vector<std::string> rows(static_cast<std::size_t>(m_rows),
+                                          std::string(static_cast<std::size_t>((m_columns * m_bits + 7) / 8), '\0'));
+            for (int row = 0; row < m_rows; ++row)
+            {
+                for (int column = 0; column < m_columns; ++column)
+                {
+                    const int at = column * m_bits;
+                    rows[static_cast<std::size_t>(row)][static_cast<std::size_t>(at / 8)] |=
+                        static_cast<char>(value({unit, row, column}) << (8 - m_bits - at % 8));
+                }
+            }
+            StripeTiff_Write(In(name), m_columns, m_bits, rows);
+        }
     }
 
     std::mt19937 m_random{20};

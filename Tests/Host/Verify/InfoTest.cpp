@@ -1,10 +1,15 @@
 // boardmap info: what it says of sound and of damaged files, of both formats and versions.
 #include "Tests/Host/Verify/VerifySupport.h"
 
+#include "Host/Job/Job.h"
 #include "Host/Model/Sha256.h"
+#include "Tests/Host/Command/RandomJob.h"
 #include "Tests/Host/Job/StripeTiff.h"
 
 #include <nlohmann/json.hpp>
+
+#include <array>
+#include <set>
 
 namespace
 {
@@ -131,6 +136,63 @@ TEST_F(Info, DropSizesAreCounted)
     }
 }
 
+class InfoOfRandomJob : public CRandomJobTest
+{
+};
+
+// The separations are known, and so are the dots of every unit by size, whatever the map makes of them. Where 1-bit
+// data prints with one drop size, that is the job's.
+TEST_F(InfoOfRandomJob, DotsAndDropSizesAreThoseOfTheSeparations)
+{
+    constexpr int jobs = 3 * static_cast<int>(randomBoards.size());
+    constexpr std::array sizes = {"", "Small", "Middle", "Big"};
+    std::set<std::string> maps;
+    for (int i = 0; i < jobs; ++i)
+    {
+        do
+        {
+            Job_WriteRandom(i % static_cast<int>(randomBoards.size()));
+        } while (File_Read(In("job.toml")).find("[InkStripe]") != std::string::npos);
+        // The layout with pairs of nozzles has no place for an odd one at the end.
+        const SJob job = Job_Load(In("job.toml"));
+        const bool bLastLost = job.m_map.m_class == EMapClass::Map_1 && job.m_nozzles % 2 == 1;
+        std::map<int, std::array<int, 4>> counts;
+        Pages_Write(
+            [&](const SPixel& pixel)
+            {
+                const int value = Number(0, (1 << m_bits) - 1);
+                if (!bLastLost || pixel.row % job.m_nozzles != job.m_nozzles - 1)
+                {
+                    ++counts[pixel.unit].at(static_cast<std::size_t>(value));
+                }
+                return value;
+            });
+        const auto converted = Boardmap_Run("convert job.toml --format raw -o out.raw");
+        ASSERT_EQ(converted.status, 0) << converted.error;
+        const auto info = nlohmann::json::parse(Boardmap_Run("info out.raw --json").out);
+        const std::string map = info["Board"]["Map"];
+        const bool bDotSize = map == "2" || map == "7";
+        for (const auto& entry : info["Dots"])
+        {
+            const auto& expected = counts[entry["UnitId"].get<int>()];
+            SCOPED_TRACE(File_Read(In("job.toml")) + info.dump());
+            ASSERT_EQ(entry["Dots"], expected[1] + expected[2] + expected[3]);
+            ASSERT_EQ(entry.contains("Small"), bDotSize || m_bits == 2);
+            for (std::size_t size = 1; size < sizes.size() && entry.contains("Small"); ++size)
+            {
+                const bool bTheSize = info["Board"]["DotSizeMode"] == sizes.at(size);
+                ASSERT_EQ(entry[sizes.at(size)], bDotSize ? (bTheSize ? expected[1] : 0) : expected.at(size));
+            }
+        }
+        for (const auto& band : info["Bands"])
+        {
+            ASSERT_EQ(band["StrayBits"], 0);
+        }
+        maps.insert(map);
+    }
+    EXPECT_EQ(maps.size(), 8U);
+}
+
 TEST_F(Info, DamageIsSaidWithItsPlaceAndTheRestIsRead)
 {
     m_stream.m_records[1][0] = 'X';
@@ -202,10 +264,10 @@ TEST_F(Info, AClosedOutputIsAFailure)
 {
     const auto full = Boardmap_Run("info good.raw > /dev/full");
     EXPECT_EQ(full.status, 1);
-    EXPECT_EQ(full.error, "standard output: cannot be written\n");
+    EXPECT_EQ(full.error, "standard output: cannot be written: No space left on device\n");
     const auto closed = Shell_Run("{ sleep 0.3; \"$boardmap\" info good.raw; echo $? >status; } | true; cat status");
     EXPECT_EQ(closed.out, "1\n");
-    EXPECT_EQ(closed.error, "standard output: cannot be written\n");
+    EXPECT_EQ(closed.error, "standard output: cannot be written: Broken pipe\n");
 }
 #endif
 

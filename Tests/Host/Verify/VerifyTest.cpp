@@ -53,15 +53,38 @@ TEST_F(Verify, AnOutputThatIsRightIsSaidToBe)
 TEST_F(Verify, OneBitIsFound)
 {
     m_stream.Byte(1, 30, 3) ^= static_cast<char>(0x80);
-    const bool bInk = Ink(0, 33, 19); // the pass runs from right to left: 39 - (30 - 24)
+    const std::string ink = Ink(0, 33, 19) ? "1" : "0"; // the pass runs from right to left: 39 - (30 - 24)
+    const std::string other = Ink(0, 33, 19) ? "0" : "1";
     Found_Expect(
         Stream_Verify(m_stream),
         {"band 1 (byte " + std::to_string(m_stream.m_header.size() + m_stream.m_records[0].size()) +
              "): 1 bit differs\n",
          "unit 0 (Cyan): 1 bit, ", "line 30; 1 on the page\n",
-         std::string("line 30, byte 3, bit 0 is ") + (bInk ? "0" : "1") + "; it should be " + (bInk ? "1" : "0") +
-             ": unit 0 (Cyan), nozzle 3, position 30: page row 19, column 33, where a.tif is " + (bInk ? "1" : "0"),
+         "    Unit 0 (Cyan), nozzle 3, at position 30 of band 1 (swath 1, right to left) prints row 19, column 33 "
+         "of the page, from a.tif; the separation has " +
+             ink + " of 1 there",
+         "The bit in question is line 30, byte 3, bit 0 (frame 3; ink): " + other + " in the output, BUT " + ink +
+             " BY THE JOB.",
          "1 difference from what job.toml asks for"});
+}
+
+TEST_F(Verify, ABitThatDiffersIsExplainedAsExplainDoes)
+{
+    m_stream.Byte(1, 30, 3) ^= static_cast<char>(0x80); // of the page
+    m_stream.Byte(1, 2, 9) ^= static_cast<char>(0x20);  // of a stripe's zone
+    m_stream.Byte(1, 30, 5) ^= static_cast<char>(0x04); // padding
+    const auto result = Stream_Verify(m_stream);
+    const auto json = nlohmann::json::parse(Stream_Verify(m_stream, "--json").out);
+    std::size_t number = 0;
+    for (const std::string place :
+         {"--line 2 --byte 9 --bit 2", "--line 30 --byte 3 --bit 0", "--line 30 --byte 5 --bit 5"})
+    {
+        const auto explained = Boardmap_Run("explain job.toml bad.raw --band 1 " + place);
+        EXPECT_EQ(explained.status, 1) << explained.error;
+        EXPECT_THAT(result.out, HasSubstr("    " + explained.out));
+        EXPECT_EQ(json["Differences"].at(0)["First"].at(number++),
+                  nlohmann::json::parse(Boardmap_Run("explain job.toml bad.raw --json --band 1 " + place).out));
+    }
 }
 
 TEST_F(Verify, SwappedUnitsAreFound)
@@ -121,10 +144,12 @@ TEST_F(Verify, AMissingStripeIsFound)
             m_stream.Byte(0, line, byte) &= static_cast<char>(0xDF);
         }
     }
-    Found_Expect(Stream_Verify(m_stream), {"band 0",
-                                           "unit 2 (Primer): 128 bits, 128 missing, 0 too many; lines 16 to 23; "
-                                           "128 in left stripes\n",
-                                           "position 16: left stripe, where Full is 1"});
+    Found_Expect(Stream_Verify(m_stream),
+                 {"band 0",
+                  "unit 2 (Primer): 128 bits, 128 missing, 0 too many; lines 16 to 23; "
+                  "128 in left stripes\n",
+                  "nozzle 0, at position 16 of band 0 (swath 0, left to right) prints position 0 "
+                  "of the unit's left ink stripe (Full); the stripe has 1 of 1 there"});
 }
 
 TEST_F(Verify, EachHeaderWordIsFound)
@@ -164,13 +189,16 @@ TEST_F(Verify, APaddingBitIsFound)
 {
     m_stream.Byte(3, 5, 2) |= 1;
     Found_Expect(Stream_Verify(m_stream), {"padding: 1 bit, 0 missing, 1 too many; line 5\n",
-                                           "line 5, byte 2, bit 7 is 1; it should be 0: padding, which is never set"});
+                                           "Line 5, byte 2, bit 7 of band 3 (swath 3, right to left) (frame 2) is the "
+                                           "place of unit 7, which the job does not have: it is never set. In the "
+                                           "output it is 1, WHICH IS WRONG."});
 }
 
 TEST_F(Verify, InkBelowThePageIsFound)
 {
     m_stream.Byte(3, 30, 12) |= static_cast<char>(0x40);
-    Found_Expect(Stream_Verify(m_stream), {"1 below the page\n", "unit 1, nozzle 12, position 30: page row 60"});
+    Found_Expect(Stream_Verify(m_stream), {"1 below the page\n", "Unit 1, nozzle 12, at position 30 of band 3",
+                                           "is below the page: its row would be 60, the page's last one is 55"});
 }
 
 TEST_F(Verify, AMissingBandIsFound)
@@ -241,6 +269,19 @@ TEST_F(Verify, LinesThatAreMissingAreFound)
     Found_Expect(Stream_Verify(m_stream), {"the number of lines is 80; it should be 88\n", ": 1 difference"});
 }
 
+TEST_F(Verify, RoomBehindALineIsFound)
+{
+    std::string& record = m_stream.m_records[2];
+    for (std::size_t line = lineCount; line > 0; --line)
+    {
+        record.insert(recordBytes + line * lineBytes, 4, '\1');
+    }
+    m_stream.Word_Set(2, 18, lineBytes + 4);
+    m_stream.Word_Set(2, 19, lineCount * (lineBytes + 4));
+    Found_Expect(Stream_Verify(m_stream),
+                 {"band 2", "the number of bytes of a line is 20; it should be 16\n", ": 1 difference"});
+}
+
 TEST_F(Verify, AnotherJobIsFound)
 {
     std::string job = m_job;
@@ -295,6 +336,56 @@ TEST_F(Verify, JsonSaysTheSame)
     EXPECT_EQ(difference["First"].at(0)["Column"], 33);
 }
 
+// Version 1 has no pass; everything else is compared.
+TEST_F(Verify, FilesOfVersionOneAreHeldAgainstTheirJob)
+{
+    const std::string folder = VERSION_1_FOLDER;
+    for (const std::string name : {"boards.raw", "boards.tif", "boards.lzw.tif"})
+    {
+        const auto result = Boardmap_Run("verify \"" + folder + "/job.toml\" \"" + folder + "/" + name + "\"");
+        EXPECT_EQ(result.status, 0) << name << result.out << result.error;
+    }
+    std::string bytes = File_Read(std::filesystem::path(folder) / "boards.raw");
+    bytes.at(bytes.size() - 12 - 3) ^= 0x10; // the end record, and a byte of the last line
+    File_Write(In("bad.raw"), bytes);
+    Found_Expect(Boardmap_Run("verify \"" + folder + "/job.toml\" bad.raw"),
+                 {"1 bit differs\n", ": 1 difference", "WHICH IS WRONG"});
+}
+
+TEST_F(Verify, ABitOfATiffIsFoundOnItsPage)
+{
+    ASSERT_EQ(Boardmap_Run("convert job.toml -o bad.tif").status, 0);
+    std::string bytes = File_Read(In("bad.tif"));
+    const std::string line = m_stream.Line_Get(2, 40) + m_stream.Line_Get(2, 41) + m_stream.Line_Get(2, 42);
+    const auto at = bytes.find(line);
+    ASSERT_NE(at, std::string::npos);
+    ASSERT_EQ(bytes.find(line, at + 1), std::string::npos);
+    bytes[at + 3] ^= 0x40;
+    File_Write(In("bad.tif"), bytes);
+    Found_Expect(Boardmap_Run("verify job.toml bad.tif"),
+                 {"band 2 (page 2): 1 bit differs\n", "The bit in question is line 40, byte 3, bit 1 "});
+}
+
+TEST_F(Verify, BandsOfBlankSwathsAreKnownWithSkipBlank)
+{
+    Separation_Write("a.tif", 40, 56, [](int, int y) { return y < 16 || y >= 48; });
+    std::string job = m_job.substr(0, m_job.find("[[CartInfo.Unit]]\nUnitId = 1")) +
+                      m_job.substr(m_job.find("[[CartInfo.Unit]]\nUnitId = 2"));
+    File_Write(In("all.toml"), job);
+    job.replace(job.find("Kind ="), 0, "SkipBlank = true\n");
+    File_Write(In("job.toml"), job);
+    ASSERT_EQ(Boardmap_Run("convert job.toml --format raw -o skipped.raw").status, 0);
+    EXPECT_EQ(Boardmap_Run("verify job.toml skipped.raw").status, 0);
+    EXPECT_THAT(Boardmap_Run("verify job.toml skipped.raw --bands 1").out, HasSubstr("1 band 1 to 1, 88 lines"));
+    ASSERT_EQ(Boardmap_Run("convert all.toml --format raw -o whole.raw").status, 0);
+    Found_Expect(Boardmap_Run("verify job.toml whole.raw"),
+                 {"the board info's SkipBlank is false; it should be true\n",
+                  "there is a band of swath 1, which has no ink and is left out with SkipBlank\n",
+                  "there is a band of swath 2, which has no ink and is left out with SkipBlank\n"});
+    Found_Expect(Boardmap_Run("verify all.toml skipped.raw"),
+                 {"band 1: this band is missing\n", "band 2: this band is missing\n"});
+}
+
 TEST_F(Verify, BadInputIsNoDifference)
 {
     EXPECT_EQ(Boardmap_Run("verify job.toml none.raw").status, 2);
@@ -305,15 +396,34 @@ TEST_F(Verify, BadInputIsNoDifference)
 }
 
 #if !defined(_WIN32)
+TEST_F(Verify, AnInterruptEndsTheRunWithStatus130AndSaysNothing)
+{
+    Separation_Write("big.tif", 6000, 4000, [](int x, int y) { return x == y; });
+    Job_Write("job.toml", {"big.tif", "big.tif", "big.tif"}, 400);
+    ASSERT_EQ(Boardmap_Run("convert job.toml --format raw -o big.raw").status, 0);
+    for (const std::string signal : {"INT", "TERM"})
+    {
+        const auto result = Shell_Run("touch log\n\"$boardmap\" verify job.toml big.raw --progress plain >out 2>log &\n"
+                                      "pid=$!\n"
+                                      "while kill -0 $pid && ! grep -q bands log; do sleep 0.02; done\n"
+                                      "kill -" +
+                                      signal +
+                                      " $pid; wait $pid; status=$?\n"
+                                      "cat out; tail -n 1 log; exit $status");
+        EXPECT_EQ(result.status, 130) << result.out << result.error;
+        EXPECT_EQ(result.out, "interrupted; nothing is said of the output\n");
+    }
+}
+
 TEST_F(Verify, AClosedOutputIsAFailure)
 {
     const auto result = Boardmap_Run("verify job.toml good.raw > /dev/full");
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.error, "standard output: cannot be written\n");
+    EXPECT_EQ(result.error, "standard output: cannot be written: No space left on device\n");
     const auto closed =
         Shell_Run("{ sleep 0.3; \"$boardmap\" verify job.toml good.raw; echo $? >status; } | true; cat status");
     EXPECT_EQ(closed.out, "1\n");
-    EXPECT_EQ(closed.error, "standard output: cannot be written\n");
+    EXPECT_EQ(closed.error, "standard output: cannot be written: Broken pipe\n");
 }
 #endif
 
