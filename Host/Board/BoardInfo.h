@@ -17,7 +17,7 @@ inline constexpr int g_boardVersion = 2;
 struct SBoardUnitInfo
 {
     int m_unitId = 0;    // its place in a board data frame
-    int m_direction = 0; // 1 = descending, 2 = ascending block order
+    int m_direction = 0; // the orientation of the unit's bands
     std::string m_name;  // the job's label, UTF-8; may be empty
 
     // From here on since version 2.

@@ -1,6 +1,8 @@
 // Gathering, copying and passing on of band sets.
 #include "Host/Command/BandSetFeeder.h"
 
+#include "KelCommon/KelWait.h"
+
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -8,8 +10,6 @@
 
 namespace
 {
-
-constexpr unsigned long waitMs = 100;
 
 // Null if there is no memory for it.
 std::unique_ptr<CBandData> Band_Copy(const CBandData& band)
@@ -52,11 +52,11 @@ void CBandSetFeeder::Sets_Free(CBandSetFIFO& fifo)
 
 bool CBandSetFeeder::OneLoop()
 {
-    if (!m_pOutput->HasSpaceEvent().Wait(waitMs, 0))
+    if (!m_pOutput->HasSpaceEvent().Wait(kelWait_Retried, 0))
     {
         return true;
     }
-    if (m_step.empty() && !m_inputs.front()->Full_WaitForOut(waitMs))
+    if (m_step.empty() && !m_inputs.front()->Full_WaitForOut(kelWait_Retried))
     {
         if (AreInputsCompleted())
         {
@@ -88,12 +88,12 @@ bool CBandSetFeeder::Step_Gather()
     {
         CBandDataFIFO& fifo = *m_inputs[m_step.size()];
         CBandData* band = nullptr;
-        if (!fifo.Full_Out(band, waitMs))
+        if (!fifo.Full_Out(band, kelWait_Retried))
         {
             return false;
         }
         m_step.push_back(Band_Copy(*band));
-        fifo.Empty_In(band, waitMs);
+        fifo.Empty_In(band, kelWait_Retried);
         if (m_step.back() == nullptr)
         {
             return true;

@@ -1,15 +1,10 @@
 // The output thread; see the header.
 #include "Host/Command/BoardOutput.h"
 
+#include "KelCommon/KelWait.h"
+
 #include <limits>
 #include <memory>
-
-namespace
-{
-
-constexpr unsigned waitMs = 100;
-
-} // namespace
 
 CBoardOutput::CBoardOutput(CBandDataFIFO_S& bands, CBoardWriter& writer) : m_pBands(&bands), m_pWriter(&writer) {}
 
@@ -52,7 +47,7 @@ bool CBoardOutput::OneLoop()
 void CBoardOutput::Band_Write()
 {
     CBandData* next = nullptr;
-    if (!m_pBands->Out(next, waitMs))
+    if (!m_pBands->Out(next, kelWait_Retried))
     {
         if (m_pBands->IsCompleted())
         {

@@ -6,6 +6,7 @@
 
 #include "Host/HostError.h"
 #include "Host/Input/SwathTurn.h"
+#include "KelCommon/KelWait.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -16,8 +17,6 @@
 
 namespace
 {
-
-constexpr unsigned long waitMs = 100;
 
 int Positions_Get(const SPassPlan& pass, int pageColumns)
 {
@@ -146,13 +145,13 @@ bool CSeparationProducer::Swath_Produce()
     if (m_swathIndex < m_swathCount)
     {
         CBandData* freeBand = nullptr;
-        if (!Rows_Read() || !m_pFIFO->Empty_Out(freeBand, waitMs))
+        if (!Rows_Read() || !m_pFIFO->Empty_Out(freeBand, kelWait_Retried))
         {
             return true;
         }
         std::unique_ptr<CBandData> band(freeBand);
         Band_Fill(*band);
-        if (!m_pFIFO->Full_In(band.get(), waitMs))
+        if (!m_pFIFO->Full_In(band.get(), kelWait_Retried))
         {
             throw CRunError("unit " + std::to_string(m_plan.unitIndex) + ": the band FIFO is full beyond its pool");
         }

@@ -52,7 +52,7 @@ struct SJobUnit
     bool HasSeparation() const { return !m_separation.empty(); }
 
     int m_unitId = 0;
-    int m_direction = 1;                    // 1 = descending, 2 = ascending block order
+    int m_direction = 1;                    // the orientation of the unit's bands
     std::string m_separation;               // as the job file names it, UTF-8; may be empty
     std::filesystem::path m_separationPath; // the same, found from the job file's folder
     std::string m_name;                     // a label, UTF-8; may be empty

@@ -18,10 +18,10 @@ struct SBandHeader
     std::int32_t m_swathIndex = 0;    // which swath of the page, from 0
     std::int32_t m_pageIndex = 0;     // which page of the job, from 0
     std::int32_t m_unitIndex = 0;     // the print unit that the band belongs to
-    std::int32_t m_unitDirection = 0; // the unit's orientation; 2 = ascending block order
+    std::int32_t m_unitDirection = 0; // the unit's orientation, which the maps read
     std::int32_t m_firstRow = 0;      // page row under the first nozzle
     std::int32_t m_rowCount = 0;      // page rows that the band holds; the nozzles beyond them get no ink
-    std::int32_t m_firstColumn = 0;   // page column of the first line
+    std::int32_t m_firstColumn = 0;   // leftmost page column of the band
     std::int32_t m_columnCount = 0;   // page columns that the band holds
     std::int32_t m_reserved_11 = 0;
     std::int32_t m_reserved_12 = 0;

@@ -14,7 +14,7 @@ struct SCartUnitInfo
     std::int32_t m_unitId = 0;
     std::int32_t m_colorIndex = 0; // which ink, for display
     std::int32_t m_headIndex = 0;  // which head, for display
-    std::int32_t m_direction = 0;  // 2 = ascending block order
+    std::int32_t m_direction = 0;  // the orientation of its bands
 };
 static_assert(offsetof(SCartUnitInfo, m_unitId) == 0 * 4);
 static_assert(offsetof(SCartUnitInfo, m_direction) == 3 * 4);

@@ -47,6 +47,29 @@ void* operator new(std::size_t size, std::align_val_t alignment)
     return Taken(std::aligned_alloc(unit, (size + unit - 1) / unit * unit));
 }
 
+// The others are those above in the standard libraries, but not in a sanitizer's.
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
+{
+    try
+    {
+        return operator new(size);
+    }
+    catch (const std::bad_alloc&)
+    {
+        return nullptr;
+    }
+}
+
+void* operator new[](std::size_t size)
+{
+    return operator new(size);
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept
+{
+    return operator new(size, tag);
+}
+
 void operator delete(void* block) noexcept
 {
     std::free(block);
@@ -55,6 +78,16 @@ void operator delete(void* block) noexcept
 void operator delete(void* block, std::size_t /*size*/) noexcept
 {
     std::free(block);
+}
+
+void operator delete[](void* block) noexcept
+{
+    operator delete(block);
+}
+
+void operator delete[](void* block, std::size_t /*size*/) noexcept
+{
+    operator delete(block);
 }
 
 void operator delete(void* block, std::align_val_t /*alignment*/) noexcept

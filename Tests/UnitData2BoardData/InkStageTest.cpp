@@ -93,7 +93,8 @@ TEST_F(InkStage, WhatBelongsToAUnitIsReadAnewInEveryStep)
     ASSERT_TRUE(m_pStage->OneLoop());
     ASSERT_TRUE(m_pStage->OneLoop());
     ASSERT_TRUE(m_pStage->OneLoop());
-    // Other offsets, another colour and another direction for unit 1; the record itself stays.
+    // Other offsets, another colour, direction and place in its colour group for unit 1; the record itself stays.
+    m_job.units[1].position = 3;
     m_job.units[1].horizon_2 = 4;
     m_job.units[1].horizon_1 = 5;
     m_job.units[1].color = {0x77};
@@ -106,6 +107,9 @@ TEST_F(InkStage, WhatBelongsToAUnitIsReadAnewInEveryStep)
     SCartSetup cart = m_config.m_cart;
     cart.m_units[1].m_direction = 8;
     Platform_Set(cart);
+    auto groups = m_config.m_colorGroups;
+    groups[patternLayoutGroup].m_positions[1] = 3;
+    Platform_Set(groups);
     Input_Hold(0, 0);
     m_pStage->m_processState = 3;
     ASSERT_TRUE(m_pStage->OneLoop());
