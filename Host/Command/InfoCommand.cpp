@@ -54,7 +54,8 @@ struct SOutputReport
 
 void Lines_Hash(const CBandData& band, CSha256& hash)
 {
-    const std::size_t lineBytes = (static_cast<std::size_t>(band.m_width) * band.m_bitsPerPixel + 7) / 8;
+    const auto lineBytes =
+        (static_cast<std::size_t>(band.m_width) * static_cast<std::size_t>(band.m_bitsPerPixel) + 7) / 8;
     for (int line = 0; line < band.m_height; ++line)
     {
         hash.Add({band.m_pData + std::int64_t{line} * band.m_bytesPerLine, lineBytes});

@@ -42,7 +42,7 @@ std::string Xml_Text(const std::string& text)
 
 } // namespace
 
-CSvgPicture::CSvgPicture(CByteSink& sink, SPictureFrame frame) : m_sink(sink)
+CSvgPicture::CSvgPicture(CByteSink& sink, const SPictureFrame& frame) : m_sink(sink)
 {
     for (const std::uint32_t color : frame.m_colors)
     {

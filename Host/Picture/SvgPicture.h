@@ -10,7 +10,7 @@ class CSvgPicture : public CPicture
 {
 public:
     // The sink must outlive this.
-    CSvgPicture(CByteSink& sink, SPictureFrame frame);
+    CSvgPicture(CByteSink& sink, const SPictureFrame& frame);
 
     void Box_Draw(const SPictureBox& box, std::size_t fill, std::size_t edge) override;
     void Text_Draw(std::int64_t x, std::int64_t y, const std::string& text, ETextAnchor anchor,

@@ -241,6 +241,9 @@ std::vector<std::string> ExampleJobs_Get()
     {
         names.push_back(entry.path().filename().string());
     }
+#if defined(BOARDMAP_SANITIZED) // walking a page takes ten times as long: the two jobs of the demonstration
+    std::erase_if(names, [](const std::string& name) { return !name.starts_with("demo-"); });
+#endif
     std::ranges::sort(names);
     return names;
 }
