@@ -350,18 +350,16 @@ std::vector<STwinPlace> CBoardTwin::Places_Of(int unitIndex, int unitDirection, 
     const long long unit = unitIndex;
     const long long lineBits = LineBitCount(nozzleCount);
     std::vector<STwinPlace> places;
-    const auto Add = [&](long long position, int bit)
+    const auto Place_Add = [&](const STwinPlace& place)
     {
-        if (position >= 0 && position < lineBits)
+        if (place.position >= 0 && place.position < lineBits)
         {
-            places.push_back({position, bit});
+            places.push_back(place);
         }
     };
-    const auto Add_Code = [&](long long position, int which)
-    {
-        Add(position, 0);
-        places.back().bDotCode = true;
-        places.back().bDotBit = DotCode_Bit(m_style.dotSizeMode, which);
+    const auto Add = [&](long long position, int bit) { Place_Add({position, bit}); };
+    const auto Add_Code = [&](long long position, int which) {
+        Place_Add({position, 0, true, DotCode_Bit(m_style.dotSizeMode, which)});
     };
     switch (m_style.style)
     {
@@ -409,8 +407,7 @@ std::vector<STwinPlace> CBoardTwin::Places_Of(int unitIndex, int unitDirection, 
         // The four bits behind a chunk that begins on a byte are the first of the next one.
         if (nozzle / 100 % 2 == 1 && nozzle % 100 < 4)
         {
-            Add(In_Chunk(nozzle / 100 - 1, 100 + nozzle % 100), 0);
-            places.back().bRepeat = true;
+            Place_Add({In_Chunk(nozzle / 100 - 1, 100 + nozzle % 100), 0, false, false, true});
         }
         break;
     }
