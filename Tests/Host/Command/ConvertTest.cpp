@@ -263,9 +263,9 @@ TEST_F(Convert, AllMistakesOfAJobAndItsSeparationsAreSaidAtOnce)
 
 TEST_F(Convert, AMistypedCommandNamesItsNearest)
 {
-    const auto near = Boardmap_Run("convrt job.toml");
-    EXPECT_EQ(near.status, 2);
-    EXPECT_EQ(near.error, "convrt: there is no such command; did you mean convert? boardmap --help lists them\n");
+    const auto nearest = Boardmap_Run("convrt job.toml");
+    EXPECT_EQ(nearest.status, 2);
+    EXPECT_EQ(nearest.error, "convrt: there is no such command; did you mean convert? boardmap --help lists them\n");
     EXPECT_EQ(Boardmap_Run("xyz").error,
               "xyz: there is no such command; the commands are init, check, convert, layout, "
               "explain, verify, info and kernels\n");
