@@ -48,13 +48,10 @@ struct SMapTestAccess
 
     static void MapDataSizeOfByte_Set(CBase& map, int size) { map.m_mapDataSizeOfByte = size; }
 
-    static EDotSizeMode DotSizeMode(const CPrintUnitDataMap_2& map)
+    template<class TMap>
+    static EDotSizeMode DotSizeMode(const TMap& map)
     {
-        return static_cast<EDotSizeMode>(map.m_dotSizeMode);
-    }
-    static EDotSizeMode DotSizeMode(const CPrintUnitDataMap_7& map)
-    {
-        return static_cast<EDotSizeMode>(map.m_dotSizeMode);
+        return static_cast<EDotSizeMode>(OwnMember(map));
     }
 
     static CPrintUnitDataMap_4* Map_4_New() { return new CPrintUnitDataMap_4(); }

@@ -78,6 +78,18 @@ protected:
         return Shell_Run("\"$boardmap\" " + arguments);
     }
 
+    // Sends the program a signal when it has begun to count bands. The output is what it wrote, and then the last line
+    // of what it said; neither leaves a file in the test's folder.
+    SCommandResult Boardmap_Interrupt(const std::string& arguments, const std::string& signal) const
+    {
+        const std::string log = '\'' + m_scratch.Path().string() + "/log'";
+        return Shell_Run(": >" + log + "\n\"$boardmap\" " + arguments + " --progress plain 2>" + log +
+                         " &\npid=$!\n"
+                         "while kill -0 $pid && ! grep -q bands " +
+                         log + "; do sleep 0.02; done\nkill -" + signal + " $pid; wait $pid; status=$?\ntail -n 1 " +
+                         log + "; exit $status");
+    }
+
 #endif
 
     // The names of the files in the test's folder.
@@ -130,6 +142,20 @@ protected:
             text << "[[CartInfo.Unit]]\nUnitId = " << unit++ << "\nSeparation = \"" << separation << "\"\n";
         }
         File_Write(In(name), text.str());
+    }
+
+    // A page of 4 x 3 for two units of 2 nozzles, an offset and a zone: small enough to follow by hand.
+    void SmallJob_Write() const
+    {
+        Separation_Write("c.tif", 4, 3, [](int x, int y) { return x == 1 && y == 2; });
+        Separation_Write("m.tif", 4, 3, [](int x, int) { return x == 0; });
+        File_Write(In("job.toml"),
+                   "Version = 1\n[DPOption]\nDataMapStyle = 6\nDataPushStyle = 2\nPrinterSupportBits = 1\n"
+                   "PrinterDataWidth = 8\n[PrintParam]\nBitsPerPixel = 1\nBidirectional = true\n[InkStripe]\n"
+                   "LeftStripeWidth = 6\nRightStripeWidth = 4\nUnitPitch = 2\nUnitPositionCount = 2\n"
+                   "[CartInfo]\nNozzles = 2\n"
+                   "[[CartInfo.Unit]]\nUnitId = 0\nName = \"Cyan\"\nSeparation = \"c.tif\"\nHorizon_1 = 1\n"
+                   "[[CartInfo.Unit]]\nUnitId = 3\nName = \"Magenta\"\nSeparation = \"m.tif\"\nHorizon_2 = 2\n");
     }
 
 #if defined(_WIN32)

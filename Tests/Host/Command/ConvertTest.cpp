@@ -488,14 +488,7 @@ TEST_F(Convert, AnInterruptEndsTheRunInOrderWithStatus130AndLeavesNoFile)
          {std::pair<std::string, std::string>{"INT", "base"}, {"TERM", "ink-stripe"}, {"INT", "one-fifo"}})
     {
         Job_Write("job.toml", units, 400, "[Stage]\nKind = \"" + kind + "\"\n");
-        const auto result = Shell_Run("mkdir -p ../$(basename \"$PWD\").log; log=../$(basename \"$PWD\").log/err\n"
-                                      "\"$boardmap\" convert job.toml --progress plain 2>$log &\n"
-                                      "pid=$!\n"
-                                      "while ! grep -q bands $log; do sleep 0.02; done\n"
-                                      "kill -" +
-                                      signal +
-                                      " $pid; wait $pid; status=$?\n"
-                                      "tail -n 1 $log; rm -r ../$(basename \"$PWD\").log; exit $status");
+        const auto result = Boardmap_Interrupt("convert job.toml", signal);
         EXPECT_EQ(result.status, 130) << result.out << result.error;
         EXPECT_EQ(result.out, "interrupted; nothing was written\n");
         EXPECT_THAT(Files(), ElementsAre("big.tif", "job.toml"));

@@ -153,15 +153,7 @@ TEST_F(Docs, CheckSaysWhatItsPageSays)
 
 TEST_F(Docs, ExplainSaysWhatItsPageSays)
 {
-    Separation_Write("c.tif", 4, 3, [](int x, int y) { return x == 1 && y == 2; });
-    Separation_Write("m.tif", 4, 3, [](int x, int) { return x == 0; });
-    File_Write(In("job.toml"),
-               "Version = 1\n[DPOption]\nDataMapStyle = 6\nDataPushStyle = 2\nPrinterSupportBits = 1\n"
-               "PrinterDataWidth = 8\n[PrintParam]\nBitsPerPixel = 1\nBidirectional = true\n[InkStripe]\n"
-               "LeftStripeWidth = 6\nRightStripeWidth = 4\nUnitPitch = 2\nUnitPositionCount = 2\n"
-               "[CartInfo]\nNozzles = 2\n"
-               "[[CartInfo.Unit]]\nUnitId = 0\nName = \"Cyan\"\nSeparation = \"c.tif\"\nHorizon_1 = 1\n"
-               "[[CartInfo.Unit]]\nUnitId = 3\nName = \"Magenta\"\nSeparation = \"m.tif\"\nHorizon_2 = 2\n");
+    SmallJob_Write();
     Examples_Check("Docs/explain.md", 1);
 }
 

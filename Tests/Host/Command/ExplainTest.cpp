@@ -102,20 +102,6 @@ protected:
 
     int Random_Pick(std::size_t count) { return Number(0, static_cast<int>(count) - 1); }
 
-    // A page of 4 x 3 for two units of 2 nozzles, an offset and a zone: small enough to follow by hand.
-    void SmallJob_Write()
-    {
-        Separation_Write("c.tif", 4, 3, [](int x, int y) { return x == 1 && y == 2; });
-        Separation_Write("m.tif", 4, 3, [](int x, int) { return x == 0; });
-        File_Write(In("job.toml"),
-                   "Version = 1\n[DPOption]\nDataMapStyle = 6\nDataPushStyle = 2\nPrinterSupportBits = 1\n"
-                   "PrinterDataWidth = 8\n[PrintParam]\nBitsPerPixel = 1\nBidirectional = true\n[InkStripe]\n"
-                   "LeftStripeWidth = 6\nRightStripeWidth = 4\nUnitPitch = 2\nUnitPositionCount = 2\n"
-                   "[CartInfo]\nNozzles = 2\n"
-                   "[[CartInfo.Unit]]\nUnitId = 0\nName = \"Cyan\"\nSeparation = \"c.tif\"\nHorizon_1 = 1\n"
-                   "[[CartInfo.Unit]]\nUnitId = 3\nName = \"Magenta\"\nSeparation = \"m.tif\"\nHorizon_2 = 2\n");
-    }
-
     SBands m_blank;
     SBands m_output;
     std::map<SPixel, int> m_values;

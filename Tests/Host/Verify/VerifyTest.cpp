@@ -403,13 +403,7 @@ TEST_F(Verify, AnInterruptEndsTheRunWithStatus130AndSaysNothing)
     ASSERT_EQ(Boardmap_Run("convert job.toml --format raw -o big.raw").status, 0);
     for (const std::string signal : {"INT", "TERM"})
     {
-        const auto result = Shell_Run(": >log\n\"$boardmap\" verify job.toml big.raw --progress plain >out 2>log &\n"
-                                      "pid=$!\n"
-                                      "while kill -0 $pid && ! grep -q bands log; do sleep 0.02; done\n"
-                                      "kill -" +
-                                      signal +
-                                      " $pid; wait $pid; status=$?\n"
-                                      "cat out; tail -n 1 log; exit $status");
+        const auto result = Boardmap_Interrupt("verify job.toml big.raw", signal);
         EXPECT_EQ(result.status, 130) << result.out << result.error;
         EXPECT_EQ(result.out, "interrupted; nothing is said of the output\n");
     }
