@@ -29,6 +29,10 @@ CPrintUnitDataMap_03_01::~CPrintUnitDataMap_03_01() = default;
 bool CPrintUnitDataMap_03_01::MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                                            int dstByteCount) const
 {
+    if (CMapLine::Map<Cut_BlockColumns>(*this, param, src, dst, dstByteCount))
+    {
+        return true;
+    }
     switch (m_bitMode)
     {
     case bitMode200:
@@ -38,10 +42,7 @@ bool CPrintUnitDataMap_03_01::MapData_Line(const SSrcBandDataParam& param, const
         MapData_Line_Bit_400(param, src, dst, dstByteCount);
         break;
     default:
-        if (!CMapLine::Map<Cut_BlockColumns>(*this, param, src, dst, dstByteCount))
-        {
-            MapData_Line_Normal(param, src, dst, dstByteCount);
-        }
+        MapData_Line_Normal(param, src, dst, dstByteCount);
         break;
     }
     return true;

@@ -56,7 +56,15 @@ struct SVectorColumns
             }
             return;
         }
-        Shuffle::Blocks_Do(byteCount, [=](int done) { Columns_Block<bStore, count>(columns, done, dst); });
+        int done = 0;
+        for (; byteCount - done >= size; done += size)
+        {
+            Columns_Block<bStore, count>(columns, done, dst);
+        }
+        if (done < byteCount)
+        {
+            Columns_Block<bStore, count>(columns, byteCount - size, dst);
+        }
     }
 
     // `count` columns, one after the other, null ones left out.
@@ -92,9 +100,9 @@ struct SVectorColumns
     {
         Type result[count];
         Columns_Interleave(columns, offset, result);
+        unsigned char* out = dst + offset * columnCount;
         for (int i = 0; i < size; ++i)
         {
-            unsigned char* out = dst + (offset + i) * columnCount;
             if constexpr (count == size)
             {
                 Write<bStore>(out, result[i]);
@@ -105,6 +113,7 @@ struct SVectorColumns
                 auto* word = reinterpret_cast<__m128i*>(out);
                 _mm_storel_epi64(word, bStore ? value : V::Or(_mm_loadl_epi64(word), value));
             }
+            out += columnCount;
         }
     }
 
@@ -116,7 +125,12 @@ struct SVectorColumns
             Columns_OneByOne<bStore>(columns, count, byteCount, dst, columnCount);
             return;
         }
-        Shuffle::Blocks_Do(byteCount, [=](int done) { Tile_Block<bStore, count>(columns, done, dst, columnCount); });
+        const int last = byteCount - size;
+        for (int done = 0; done < byteCount; done += size)
+        {
+            done = done < last ? done : last;
+            Tile_Block<bStore, count>(columns, done, dst, columnCount);
+        }
     }
 
     // Any number of columns, any of them null.

@@ -15,21 +15,6 @@ struct SVectorShuffle
     using Type = typename V::Type;
     static constexpr int size = V::size;
 
-    // Calls `block` with the offset of every whole vector of `byteCount` bytes, at least one vector, and of the last.
-    template<class TBlock>
-    static void Blocks_Do(int byteCount, const TBlock& block)
-    {
-        int done = 0;
-        for (; byteCount - done >= size; done += size)
-        {
-            block(done);
-        }
-        if (done < byteCount)
-        {
-            block(byteCount - size);
-        }
-    }
-
     // Interleaves the bytes of `count` vectors (1, 2, 4, 8 or 16); the result is in order, vector by vector. From array
     // to array at every step: a compiler that sees an array copied takes it for memory.
     template<int count, int merged = 2>

@@ -95,7 +95,11 @@ struct SVectorTranspose
             Rows_Block(rows, offset, byteCount, bSwapPairs, dst);
             return;
         }
-        Shuffle::Blocks_Do(byteCount,
-                           [=](int done) { Rows_Block(rows, offset + done, size, bSwapPairs, dst + 8 * done); });
+        const int last = byteCount - size;
+        for (int done = 0; done < byteCount; done += size)
+        {
+            done = done < last ? done : last;
+            Rows_Block(rows, offset + done, size, bSwapPairs, dst + 8 * done);
+        }
     }
 };

@@ -36,9 +36,13 @@ class CLineRun
 public:
     explicit CLineRun(const SMapPlan& plan) : m_plan(plan), m_style(*plan.m_pStyle), m_kernel(MapKernel_Get())
     {
-        for (int nibble = 0; nibble < 16 && cut == Cut_Nibbles; ++nibble)
+        if constexpr (cut == Cut_Nibbles)
         {
-            m_nibbles[nibble] = plan.m_pMap->AllMapData_Get()[2 * nibble + 1];
+            const unsigned char* table = plan.m_pMap->AllMapData_Get();
+            for (int nibble = 0; nibble < 16; ++nibble)
+            {
+                m_nibbles[nibble] = table[2 * nibble + 1];
+            }
         }
     }
 
@@ -76,9 +80,7 @@ private:
     static constexpr int planeCount = cut == Cut_Quads ? 2 : 1;
     static constexpr int columnsPerGroup = cut == Cut_Blocks ? blockCount : 1;
     // What is cut out of a line: the strips, and the bytes of all of them.
-    static constexpr int cutCount = cut == Cut_Planes || cut == Cut_Quads ? 2
-                                    : cut == Cut_BlockColumns             ? blockCount
-                                                                          : 1;
+    static constexpr int cutCount = Cut_StripCount(cut);
     static constexpr int pieceSize = (bBlocks ? 1 : 2) * transposeByteCountMax;
 
     // Sets the strips of the lines from `first` on, up to one that cannot join those before it. Returns that one.
@@ -106,7 +108,8 @@ private:
         {
             return false;
         }
-        const unsigned char** strips = m_strips + m_style.m_firstStrip + m_style.m_stripStep * unit;
+        const unsigned char** strips =
+            m_strips + (bRows ? m_style.m_firstStrip + m_style.m_stripStep * unit : cutCount * unit);
         if (strips[0] != nullptr)
         {
             return false;

@@ -30,8 +30,14 @@ constexpr bool Cut_IsRows(EMapCut cut)
     return cut <= Cut_Blocks;
 }
 
+// The strips that a cut makes of a line.
+constexpr int Cut_StripCount(EMapCut cut)
+{
+    return cut == Cut_BlockColumns ? 4 : cut == Cut_Planes || cut == Cut_Quads ? 2 : 1;
+}
+
 // What tells one style from another. Rows are counted from the most significant bit of the frame's first byte, columns
-// from its first byte.
+// from its first byte. Columns of a unit lie side by side, and so do units, from the first byte on.
 struct SStylePlan
 {
     bool (*m_pIsOf)(const CPrintUnitDataMap_Base& map); // whether the map is of exactly the style's class

@@ -104,16 +104,17 @@ private:
     static SMapPlan ColumnPlan_Get(const CPrintUnitDataMap_Base& map, TStyle style)
     {
         int columnCount = map.m_unitCount;
-        bool bHolds = true;
+        bool bHolds = style->m_firstStrip == 0 && style->m_stripStep == Cut_StripCount(style->m_cut);
         if (style->m_cut == Cut_BlockColumns)
         {
             columnCount = map.m_dataFrameWidth;
-            bHolds = static_cast<const CPrintUnitDataMap_03_01&>(map).m_bitMode == CPrintUnitDataMap_03_01::bitMode8;
+            bHolds = bHolds &&
+                     static_cast<const CPrintUnitDataMap_03_01&>(map).m_bitMode == CPrintUnitDataMap_03_01::bitMode8;
         }
         else if (style->m_cut == Cut_Nibbles)
         {
             // The one other table of this size that can be, of style 2, is the same.
-            bHolds = map.m_mapDataSize == 512 && map.m_unitMapDataSize == 512;
+            bHolds = bHolds && map.m_mapDataSize == 512 && map.m_unitMapDataSize == 512;
         }
         return bHolds && columnCount > 0 ? SMapPlan{&*style, &map, columnCount, columnCount / style->m_stripStep}
                                          : SMapPlan{};

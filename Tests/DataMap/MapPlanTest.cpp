@@ -219,6 +219,20 @@ TYPED_TEST(MapPlan, IsThereForAMapOfTheStyleAndForNoClassDerivedFromIt)
     EXPECT_FALSE(MapStyle_IsOwn(derived));
 }
 
+TEST(MapPlan_Get, KnowsNoUnitsWhoseColumnsLieApart)
+{
+    CPrintUnitDataMap_6 map;
+    ASSERT_TRUE(map.Init(1, 64));
+    const SStylePlan sideBySide{[](const CPrintUnitDataMap_Base&) { return true; }, Cut_Column, 0, 1, 1, 1, 0, 5};
+    ASSERT_TRUE(MapPlan_Get(map, sideBySide).IsThere());
+    SStylePlan apart = sideBySide;
+    apart.m_stripStep = 2;
+    EXPECT_FALSE(MapPlan_Get(map, apart).IsThere());
+    SStylePlan later = sideBySide;
+    later.m_firstStrip = 1;
+    EXPECT_FALSE(MapPlan_Get(map, later).IsThere());
+}
+
 namespace
 {
 // While it lives, the map may have another one's table; after that it has none, also when a check has thrown.
