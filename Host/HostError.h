@@ -21,6 +21,9 @@ public:
     // All of them at once, a line each.
     explicit CInputError(std::vector<SMistake> mistakes);
 
+    // What is wrong with a file, for who names it in words of its own: "there is no such file".
+    std::string WithoutFile() const;
+
     // Empty if the error was thrown as a text.
     std::vector<SMistake> Mistakes_Get() const { return m_mistakes == nullptr ? std::vector<SMistake>() : *m_mistakes; }
 

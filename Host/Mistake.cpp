@@ -2,6 +2,7 @@
 #include "Host/Mistake.h"
 
 #include "Host/HostError.h"
+#include "Host/ShownText.h"
 
 #include <algorithm>
 #include <functional>
@@ -21,8 +22,9 @@ std::string Mistake_Text(const SMistake& mistake)
 {
     const std::string place =
         ':' + std::to_string(mistake.m_place.m_line) + ':' + std::to_string(mistake.m_place.m_column);
-    return mistake.m_file + (mistake.m_place.m_line > 0 ? place : "") + ": " + (mistake.m_bWarning ? "warning: " : "") +
-           mistake.m_what + (mistake.m_fix.empty() ? "" : "; " + mistake.m_fix);
+    return Name_Shown(mistake.m_file) + (mistake.m_place.m_line > 0 ? place : "") + ": " +
+           (mistake.m_bWarning ? "warning: " : "") + mistake.m_what +
+           (mistake.m_fix.empty() ? "" : "; " + mistake.m_fix);
 }
 
 void CMistakeList::Sort()
@@ -51,6 +53,16 @@ void CMistakeList::Errors_Throw() const
         Mistakes_Sort(errors);
         throw CInputError(std::move(errors));
     }
+}
+
+std::string CInputError::WithoutFile() const
+{
+    if (m_mistakes == nullptr || m_mistakes->empty())
+    {
+        return what();
+    }
+    const SMistake& first = m_mistakes->front();
+    return first.m_what + (first.m_fix.empty() ? "" : "; " + first.m_fix);
 }
 
 CInputError::CInputError(std::vector<SMistake> mistakes)

@@ -2,10 +2,12 @@
 #include "Host/Board/BoardRawReader.h"
 
 #include "Host/Board/BoardRecord.h"
+#include "Host/InputFile.h"
 #include "Host/PathText.h"
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <fstream>
 #include <string_view>
 #include <utility>
@@ -71,18 +73,9 @@ struct CBoardRawReader::SRecord
 
 CBoardRawReader::CBoardRawReader(const std::filesystem::path& file)
     : CBoardReader(Path_Text(file), 0),
-      m_ownStream(std::make_unique<std::ifstream>(file, std::ios::binary)),
+      m_ownStream(std::make_unique<std::ifstream>(InputFile_Open(file, "board file"))),
       m_pStream(m_ownStream.get())
 {
-    std::error_code error;
-    if (std::filesystem::is_directory(file, error))
-    {
-        throw CInputError(m_name + ": is a folder, not a board stream");
-    }
-    if (!*m_pStream)
-    {
-        throw CInputError(m_name + ": cannot be opened");
-    }
     m_size = Stream_Size(*m_pStream);
     Header_Read();
 }
@@ -305,8 +298,13 @@ void CBoardRawReader::Offset_Set(std::int64_t offset)
 
 void CBoardRawReader::Bytes_Read(void* pData, std::size_t size, const std::string& part)
 {
+    errno = 0;
     m_pStream->read(static_cast<char*>(pData), static_cast<std::streamsize>(size));
     m_offset += m_pStream->gcount();
+    if (m_pStream->bad())
+    {
+        Refuse(m_offset, part + " cannot be read: " + SystemError_Text(errno));
+    }
     if (static_cast<std::size_t>(m_pStream->gcount()) != size)
     {
         Refuse(m_offset, "the stream ends inside " + part, "it was cut off");

@@ -3,17 +3,17 @@
 
 #include "Host/Board/BoardRawReader.h"
 #include "Host/Board/BoardTiffReader.h"
+#include "Host/InputFile.h"
 #include "Host/PathText.h"
 
 #include <fstream>
-#include <system_error>
 
 namespace
 {
 
 std::string Damage_Text(const std::string& file, const SBoardDamage& damage)
 {
-    std::string text = file + ": ";
+    std::string text = Name_Shown(file) + ": ";
     text += damage.m_offset >= 0 ? "byte " + std::to_string(damage.m_offset) + ": " : "";
     text += damage.m_page >= 0 ? "page " + std::to_string(damage.m_page) + ": " : "";
     return text + damage.m_what + (damage.m_fix.empty() ? "" : "; " + damage.m_fix);
@@ -29,26 +29,8 @@ CBoardDamageError::CBoardDamageError(const std::string& file, const SBoardDamage
 std::unique_ptr<CBoardReader> CBoardReader::Open(const std::filesystem::path& file)
 {
     const std::string name = Path_Text(file);
-    std::error_code error;
-    const std::filesystem::file_status status = std::filesystem::status(file, error);
-    if (status.type() == std::filesystem::file_type::not_found)
-    {
-        throw CInputError(name + ": there is no such file");
-    }
-    if (std::filesystem::is_directory(status))
-    {
-        throw CInputError(name + ": is a folder, not a board file");
-    }
-    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
-    {
-        throw CInputError(name + ": is a device or a pipe; board data is read from a file");
-    }
-    std::ifstream stream(file, std::ios::binary);
+    std::ifstream stream = InputFile_Open(file, "board file");
     char first[2] = {};
-    if (!stream)
-    {
-        throw CInputError(name + ": cannot be opened");
-    }
     stream.read(first, sizeof(first));
     if (stream.gcount() == 0)
     {

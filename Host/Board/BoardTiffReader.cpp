@@ -57,9 +57,7 @@ CBoardTiffReader::CBoardTiffReader(const std::filesystem::path& file) : CBoardRe
     }
     catch (const CInputError& error)
     {
-        const std::string text = error.what();
-        throw CBoardDamageError(m_name,
-                                {-1, -1, text.starts_with(m_name + ": ") ? text.substr(m_name.size() + 2) : text, ""});
+        throw CBoardDamageError(m_name, {-1, -1, error.WithoutFile(), ""});
     }
     m_size = static_cast<std::int64_t>(m_file->Size());
     m_info = Description_Read().m_info;

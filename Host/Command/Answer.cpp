@@ -2,10 +2,12 @@
 #include "Host/Command/Answer.h"
 
 #include "Host/Output/ByteSink.h"
+#include "Host/ShownText.h"
 
 void Answer_Print(const std::string& text)
 {
+    const std::string shown = Text_Shown(text);
     CStandardOutput output;
-    output.Write(text.data(), text.size());
+    output.Write(shown.data(), shown.size());
     output.Finish();
 }

@@ -238,10 +238,10 @@ std::string Answer_Text(const std::string& job, const CMistakeList& mistakes, co
     text += text.empty() ? "" : "\n";
     if (!page.HasPage())
     {
-        return text + job + ": " + Count_Text(errors, "error") +
+        return text + Name_Shown(job) + ": " + Count_Text(errors, "error") +
                (warnings > 0 ? ", " + Count_Text(warnings, "warning") : "") + "; the job cannot run\n";
     }
-    return text + job + ": " + (warnings > 0 ? Count_Text(warnings, "warning") : "no mistakes") + '\n' +
+    return text + Name_Shown(job) + ": " + (warnings > 0 ? Count_Text(warnings, "warning") : "no mistakes") + '\n' +
            Plan_Text(page);
 }
 

@@ -4,6 +4,7 @@
 #include "Host/Command/Answer.h"
 #include "Host/HostError.h"
 #include "Host/Job/JobNames.h"
+#include "Host/ShownText.h"
 
 #include <CLI/CLI.hpp>
 

@@ -65,9 +65,11 @@ bool IsSameFile(const std::filesystem::path& one, const std::filesystem::path& o
     {
         return true;
     }
-    const auto Full = [](const std::filesystem::path& path)
-    { return std::filesystem::weakly_canonical(std::filesystem::absolute(path)); };
-    return Full(one) == Full(other);
+    // What cannot be looked up, for example behind a folder that may not be entered, is told by who opens it.
+    const auto Full = [&error](const std::filesystem::path& path)
+    { return std::filesystem::weakly_canonical(std::filesystem::absolute(path, error), error); };
+    const std::filesystem::path full = Full(one);
+    return !full.empty() && full == Full(other);
 }
 
 // Nothing that the job reads may be written to.
@@ -76,7 +78,7 @@ void Written_Check(const std::filesystem::path& written, const SJob& job, const 
     const std::string hint = "; name another file";
     if (IsSameFile(written, jobFile))
     {
-        throw CInputError(Path_Text(written) + ": this is the job file itself" + hint);
+        throw CInputError(Path_Shown(written) + ": this is the job file itself" + hint);
     }
     for (const SJobUnit& unit : job.m_units)
     {
@@ -84,7 +86,7 @@ void Written_Check(const std::filesystem::path& written, const SJob& job, const 
         const bool bColor = !unit.m_stripeColor.m_path.empty() && IsSameFile(written, unit.m_stripeColor.m_path);
         if (bSeparation || bColor)
         {
-            throw CInputError(Path_Text(written) + ": the job reads this file" + hint);
+            throw CInputError(Path_Shown(written) + ": the job reads this file" + hint);
         }
     }
 }
@@ -94,11 +96,11 @@ void Log_Open(const SConvertOptions& options, const SJob& job)
     Written_Check(options.m_log, job, options.m_job);
     if (IsSameFile(options.m_log, options.m_output))
     {
-        throw CInputError(Path_Text(options.m_log) + ": the board data goes to this file; name another one for --log");
+        throw CInputError(Path_Shown(options.m_log) + ": the board data goes to this file; name another one for --log");
     }
     if (!CCustomBoostLog::File_Open(Path_Text(options.m_log), ESeverityLevel::Debug))
     {
-        throw CInputError(Path_Text(options.m_log) +
+        throw CInputError(Path_Shown(options.m_log) +
                           ": cannot be opened for writing; --log needs a file in a folder that is there");
     }
 }
@@ -182,7 +184,7 @@ bool Job_Convert(const SConvertOptions& options)
     result.m_warnings = page.Warnings_Get();
     for (const SMistake& warning : result.m_warnings)
     {
-        std::cerr << Mistake_Text(warning) << '\n' << std::flush;
+        std::cerr << Text_Shown(Mistake_Text(warning)) << '\n' << std::flush;
     }
     CConversion conversion(page);
     const CInterrupt interrupt; // from here on there is something to wind down

@@ -81,8 +81,9 @@ CExplainer::CExplainer(const std::filesystem::path& job, const std::filesystem::
     {
         if (info.m_version < g_boardVersion)
         {
-            throw CInputError(m_reader->Name() + ": is of version 1, which does not say where its bits are on the "
-                                                 "page; give the job, too");
+            throw CInputError(Name_Shown(m_reader->Name()) +
+                              ": is of version 1, which does not say where its bits are on the "
+                              "page; give the job, too");
         }
         try
         {
@@ -90,7 +91,7 @@ CExplainer::CExplainer(const std::filesystem::path& job, const std::filesystem::
         }
         catch (const CInputError& error)
         {
-            throw CInputError(m_reader->Name() + ": " + error.what());
+            throw CInputError(Name_Shown(m_reader->Name()) + ": " + error.what());
         }
         return;
     }
@@ -98,8 +99,8 @@ CExplainer::CExplainer(const std::filesystem::path& job, const std::filesystem::
                                                                    : Info_Difference(m_model->Info(), info);
     if (!difference.empty())
     {
-        throw CInputError(m_reader->Name() + ": was not made from " + Path_Text(job) + " as it is now: " + difference +
-                          " differs; convert the job again, or give one of the two only");
+        throw CInputError(Name_Shown(m_reader->Name()) + ": was not made from " + Path_Shown(job) + " as it is now: " +
+                          difference + " differs; convert the job again, or give one of the two only");
     }
 }
 
@@ -119,7 +120,7 @@ bool CExplainer::Band_Next()
         return false;
     }
     ++m_bandNo;
-    const std::string place = m_reader->Name() + ": " + m_reader->Place() + ": ";
+    const std::string place = Name_Shown(m_reader->Name()) + ": " + m_reader->Place() + ": ";
     if (m_band.m_swathIndex < 0 || m_band.m_swathIndex >= m_model->SwathCount())
     {
         throw CInputError(place + "m_swathIndex is " + std::to_string(m_band.m_swathIndex) + "; the page has " +

@@ -1,6 +1,8 @@
 // Answers from the page model, and their words.
 #include "Host/Command/Explanation.h"
 
+#include "Host/ShownText.h"
+
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -167,7 +169,7 @@ std::string Point_Text(const SExplanation& explanation, const SBoardInfo& info)
     {
     case EModelArea::Page:
         return "prints row " + Number_Of(point.m_row) + ", column " + Number_Of(point.m_column) +
-               " of the page, from " + unit.m_separation;
+               " of the page, from " + Text_Printable(unit.m_separation);
     case EModelArea::Below:
         return "is below the page: its row would be " + Number_Of(point.m_row) + ", the page's last one is " +
                Number_Of(info.m_pageHeight - 1);

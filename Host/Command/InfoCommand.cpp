@@ -201,8 +201,9 @@ std::string Board_Text(const SBoardInfo& info)
 
 std::string Unit_Text(const SBoardUnitInfo& unit)
 {
-    std::string text = "unit " + std::to_string(unit.m_unitId) + (unit.m_name.empty() ? "" : " (" + unit.m_name + ")");
-    text += unit.m_separation.empty() ? "" : ", prints " + unit.m_separation;
+    std::string text =
+        "unit " + std::to_string(unit.m_unitId) + (unit.m_name.empty() ? "" : " (" + Text_Printable(unit.m_name) + ")");
+    text += unit.m_separation.empty() ? "" : ", prints " + Text_Printable(unit.m_separation);
     return text + (unit.m_stripeColor.empty() ? "" : ", stripes " + unit.m_stripeColor);
 }
 
@@ -248,8 +249,8 @@ std::string Report_Text(const SOutputReport& report)
     if (!report.m_format.empty())
     {
         const SBoardInfo& info = report.m_info;
-        text << report.m_file << ": " << (report.m_format == "tiff" ? "TIFF" : "board stream") << ", version "
-             << info.m_version << (info.m_generator.empty() ? "" : ", by " + info.m_generator) << "; "
+        text << Name_Shown(report.m_file) << ": " << (report.m_format == "tiff" ? "TIFF" : "board stream")
+             << ", version " << info.m_version << (info.m_generator.empty() ? "" : ", by " + info.m_generator) << "; "
              << report.m_fileSize << " bytes\n"
              << Board_Text(info);
         for (std::size_t i = 0; i < info.m_units.size(); ++i)
@@ -266,7 +267,7 @@ std::string Report_Text(const SOutputReport& report)
     }
     for (const SBoardDamage& damage : report.m_damages)
     {
-        text << report.m_file << ": damaged: " << Damage_Text(damage) << '\n';
+        text << Name_Shown(report.m_file) << ": damaged: " << Damage_Text(damage) << '\n';
     }
     return text.str();
 }

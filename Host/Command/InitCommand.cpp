@@ -120,7 +120,7 @@ void Draft_Check(const fs::path& file, const std::string& text, const std::vecto
         mistakes.Add(mistake);
         if (mistake.m_bWarning)
         {
-            std::cerr << Mistake_Text(mistake) << '\n' << std::flush;
+            std::cerr << Text_Shown(Mistake_Text(mistake)) << '\n' << std::flush;
         }
     }
     mistakes.Errors_Throw();
@@ -132,7 +132,11 @@ std::vector<SSeparationInfo> Infos_Get(const std::vector<std::string>& files)
     std::vector<SSeparationInfo> infos;
     for (const std::string& file : files)
     {
-        if (std::optional<SSeparationInfo> info = Info_Get(file, mistakes))
+        if (!Text_IsUtf8(file))
+        {
+            mistakes.Add({false, file, {0, 0}, "file", "the name is not UTF-8, as a job file is", "rename it"});
+        }
+        else if (std::optional<SSeparationInfo> info = Info_Get(file, mistakes))
         {
             infos.push_back(std::move(*info));
         }
@@ -153,12 +157,12 @@ void Output_Check(const fs::path& output, const std::vector<std::string>& files,
     {
         if (fs::equivalent(output, Path_FromText(file), error))
         {
-            throw CInputError(Path_Text(output) + ": this is a separation; name another file for the job");
+            throw CInputError(Path_Shown(output) + ": this is a separation; name another file for the job");
         }
     }
     if (!bForce && fs::exists(fs::symlink_status(output, error)))
     {
-        throw CInputError(Path_Text(output) + ": is there already; --force replaces it, -o names another file");
+        throw CInputError(Path_Shown(output) + ": is there already; --force replaces it, -o names another file");
     }
 }
 

@@ -97,7 +97,8 @@ int Layout_Run(const CArguments& arguments)
     }
     else
     {
-        const std::string text = output.m_format == ELayoutFormat::Json ? Layout_Json(layout) : Layout_Text(layout);
+        const std::string text =
+            output.m_format == ELayoutFormat::Json ? Layout_Json(layout) : Text_Shown(Layout_Text(layout));
         sink->Write(text.data(), text.size());
     }
     sink->Finish();

@@ -1,6 +1,7 @@
 // boardmap's entry: runs the command line, prints what went wrong, and picks the exit status.
 #include "Host/Command/CommandLine.h"
 #include "Host/HostError.h"
+#include "Host/ShownText.h"
 #include "Platform/Helper/ProcessHelper.h"
 
 #include <exception>
@@ -17,7 +18,7 @@ int main(int argumentCount, char** arguments)
     }
     catch (const CInputError& error)
     {
-        std::cerr << error.what() << '\n';
+        std::cerr << Text_Shown(error.what()) << '\n';
         return Exit_BadInput;
     }
     catch (const std::bad_alloc&)
@@ -26,7 +27,7 @@ int main(int argumentCount, char** arguments)
     }
     catch (const std::exception& error)
     {
-        std::cerr << error.what() << '\n';
+        std::cerr << Text_Shown(error.what()) << '\n';
     }
     catch (...)
     {

@@ -2,6 +2,7 @@
 #include "Host/Command/RunResult.h"
 
 #include "Host/Command/Progress.h"
+#include "Host/ShownText.h"
 
 #include <nlohmann/json.hpp>
 
@@ -40,7 +41,7 @@ std::string RunResult_Text(const SRunResult& result)
     const double rate = result.m_seconds > 0 ? static_cast<double>(result.m_bytes) / result.m_seconds : 0;
     std::ostringstream text;
     text.precision(3);
-    text << result.m_output << ": " << result.m_bands << (result.m_bands == 1 ? " band, " : " bands, ")
+    text << Name_Shown(result.m_output) << ": " << result.m_bands << (result.m_bands == 1 ? " band, " : " bands, ")
          << result.m_lines << " lines, " << result.m_bytes << " bytes of board data\n"
          << "  " << result.m_seconds << " s, " << ByteText_Make(rate) << "/s; the stage was mapping for "
          << result.m_mappingSeconds << " s\n  stalls: " << result.m_inputStalls << " on input ("

@@ -182,7 +182,7 @@ int Verify_Run(const CArguments& arguments)
     const CJobPage page(Path_FromText(arguments.Text_Get("JOB")));
     for (const SMistake& warning : page.Warnings_Get())
     {
-        std::cerr << Mistake_Text(warning) << '\n' << std::flush;
+        std::cerr << Text_Shown(Mistake_Text(warning)) << '\n' << std::flush;
     }
     const auto reader = CBoardReader::Open(Path_FromText(outputName));
     const std::int64_t swathCount = page.Geometry().m_swathCount;

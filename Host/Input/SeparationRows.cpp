@@ -41,7 +41,8 @@ public:
         const auto count = static_cast<std::size_t>(m_page.rowBytes);
         if (m_file.Bytes_Read(position, bytes, count) != count)
         {
-            m_file.Fail(Place(row, "strip", strip) + " cannot be read: the file ends early or does not answer");
+            m_file.Fail(Place(row, "strip", strip) + " cannot be read: " +
+                        (m_file.ReadError().empty() ? "the file ends early" : m_file.ReadError()));
         }
         if (m_page.fillOrder == FILLORDER_LSB2MSB)
         {

@@ -2,14 +2,16 @@
 #include "Host/Input/TiffFile.h"
 
 #include "Host/HostError.h"
+#include "Host/InputFile.h"
+#include "Host/PathText.h"
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdio>
-#include <filesystem>
 #include <limits>
+#include <new>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 namespace
@@ -30,11 +32,14 @@ std::string Message_Format(const char* format, va_list arguments)
     return message;
 }
 
-void KeepFirst(std::string& kept, const char* format, va_list arguments)
+void KeepFirst(std::string& kept, const char* format, va_list arguments) noexcept
 {
-    if (kept.empty())
+    try
     {
-        kept = Message_Format(format, arguments);
+        kept = kept.empty() ? Message_Format(format, arguments) : kept;
+    }
+    catch (const std::bad_alloc&)
+    {
     }
 }
 
@@ -53,27 +58,12 @@ CTiffFile::CTiffFile(std::string path, std::int64_t maxBlockBytes) : m_path(std:
 
 void CTiffFile::File_Open()
 {
-    const std::filesystem::path path(std::u8string(m_path.begin(), m_path.end()));
-    std::error_code error;
-    const auto status = std::filesystem::status(path, error);
-    if (status.type() == std::filesystem::file_type::not_found)
-    {
-        Fail("there is no such file");
-    }
-    if (std::filesystem::is_directory(status))
-    {
-        Fail("this is a folder; a separation is a TIFF file");
-    }
-    if (!error && !std::filesystem::is_regular_file(status))
-    {
-        Fail("this is no regular file; a separation is read from a TIFF file on disk");
-    }
-    m_stream.open(path, std::ios::binary);
+    m_stream = InputFile_Open(Path_FromText(m_path), "TIFF file");
     m_stream.seekg(0, std::ios::end);
     const std::streamoff size = m_stream ? std::streamoff(m_stream.tellg()) : std::streamoff(-1);
     if (size < 0)
     {
-        Fail("the file cannot be opened for reading" + (error ? ": " + error.message() : std::string()));
+        Fail("this file has no size; a TIFF file is read from a disk");
     }
     m_size = static_cast<std::uint64_t>(size);
     m_streamPosition = m_size;
@@ -87,7 +77,7 @@ void CTiffFile::Tiff_Open(std::int64_t maxBlockBytes)
 {
     if (!HasTiffMark())
     {
-        Fail("this is not a TIFF file");
+        Fail(m_readError.empty() ? "this is not a TIFF file" : "cannot be read: " + m_readError);
     }
     const std::unique_ptr<TIFFOpenOptions, SOptionsFree> options(TIFFOpenOptionsAlloc());
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), &CTiffFile::Error_Keep, this);
@@ -126,7 +116,12 @@ std::size_t CTiffFile::Bytes_Read(std::uint64_t position, unsigned char* bytes, 
     {
         m_stream.seekg(static_cast<std::streamoff>(position));
     }
+    errno = 0;
     m_stream.read(reinterpret_cast<char*>(bytes), static_cast<std::streamsize>(count));
+    if (m_stream.bad())
+    {
+        m_readError = SystemError_Text(errno);
+    }
     const auto got = static_cast<std::size_t>(m_stream.gcount());
     m_streamPosition = position + got;
     return got;
@@ -136,16 +131,19 @@ void CTiffFile::Messages_Clear()
 {
     m_firstError.clear();
     m_firstWarning.clear();
+    m_readError.clear();
 }
 
 void CTiffFile::Fail(const std::string& what) const
 {
-    throw CInputError(m_path + ": " + what);
+    throw CInputError({SMistake{false, m_path, {0, 0}, "file", what, ""}});
 }
 
 void CTiffFile::Fail_WithMessage(const std::string& what) const
 {
-    const std::string& message = m_firstError.empty() ? m_firstWarning : m_firstError;
+    const std::string& message = !m_readError.empty()   ? m_readError
+                                 : m_firstError.empty() ? m_firstWarning
+                                                        : m_firstError;
     Fail(message.empty() ? what : what + ": " + message);
 }
 
@@ -187,7 +185,8 @@ toff_t CTiffFile::Client_Size(thandle_t file)
     return static_cast<CTiffFile*>(file)->m_size;
 }
 
-// Both return 1: dealt with, so that libtiff's process-wide handlers, which print, are not called.
+// Both return 1: dealt with, so that libtiff's process-wide handlers, which print, are not called. Nothing may be
+// thrown through its frames, which are C: where there is no memory for the message, it is left out.
 int CTiffFile::Error_Keep(TIFF*, void* file, const char*, const char* format, va_list arguments)
 {
     KeepFirst(static_cast<CTiffFile*>(file)->m_firstError, format, arguments);

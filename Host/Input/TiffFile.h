@@ -34,11 +34,12 @@ public:
     // What libtiff has said since the last Messages_Clear; empty if nothing.
     const std::string& FirstError() const { return m_firstError; }
     const std::string& FirstWarning() const { return m_firstWarning; }
+    const std::string& ReadError() const { return m_readError; } // the system's reason why bytes could not be read
     void Messages_Clear();
 
     // Throws the CInputError "<path>: <what>".
     [[noreturn]] void Fail(const std::string& what) const;
-    // The same, followed by what libtiff said: its first error, or else its first warning.
+    // The same, followed by why: the system's reason, libtiff's first error, or else its first warning.
     [[noreturn]] void Fail_WithMessage(const std::string& what) const;
 
 private:
@@ -67,5 +68,6 @@ private:
     std::uint64_t m_clientPosition = 0; // where libtiff believes that it stands
     std::string m_firstError;
     std::string m_firstWarning;
+    std::string m_readError;
     std::unique_ptr<TIFF, SCloser> m_tiff; // last: closing it still reads the members above
 };

@@ -5,6 +5,7 @@
 #include "Host/Job/JobCheck.h"
 #include "Host/Job/JobNames.h"
 #include "Host/Job/JobReader.h"
+#include "Host/ShownText.h"
 
 bool Job_Read(const std::filesystem::path& file, SJob& job, CMistakeList& mistakes)
 {

@@ -661,8 +661,5 @@ SMistake Separation_Mistake(const SJob& job, const SJobUnit& unit, std::string r
 
 SMistake Separation_Fault(const SJob& job, const SJobUnit& unit, const CInputError& error)
 {
-    const std::string path = Path_Text(unit.m_separationPath);
-    const std::string text = error.what();
-    return Separation_Mistake(job, unit, "separation",
-                              text.starts_with(path + ": ") ? text.substr(path.size()) : ": " + text, "");
+    return Separation_Mistake(job, unit, "separation", ": " + error.WithoutFile(), "");
 }

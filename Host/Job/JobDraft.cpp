@@ -3,6 +3,7 @@
 
 #include "Host/HostError.h"
 #include "Host/Job/JobNames.h"
+#include "Host/ShownText.h"
 
 #include <algorithm>
 #include <array>
@@ -54,31 +55,16 @@ std::string Lower_Of(std::string text)
     return text;
 }
 
-// A text of a TOML file, in its quotes.
+// A text of a TOML file, UTF-8, in its quotes.
 std::string Toml_Text(const std::string& text)
 {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string quoted = "\"";
+    std::string escaped;
     for (const char letter : text)
     {
-        const auto code = static_cast<unsigned char>(letter);
-        if (letter == '"' || letter == '\\')
-        {
-            quoted += '\\';
-            quoted += letter;
-        }
-        else if (code < 0x20U || code == 0x7FU)
-        {
-            quoted += "\\u00";
-            quoted += digits[code / 16U];
-            quoted += digits[code % 16U];
-        }
-        else
-        {
-            quoted += letter;
-        }
+        escaped += letter == '"' || letter == '\\' ? "\\" : "";
+        escaped += letter;
     }
-    return quoted + '"';
+    return '"' + Name_Shown(escaped) + '"';
 }
 
 // Whether the map gets pixels of the depth that it is made for.

@@ -178,30 +178,3 @@ std::optional<std::string> Name_Nearest(std::string_view name, std::span<const s
     }
     return nearest;
 }
-
-std::string Text_Printable(std::string_view text)
-{
-    constexpr std::size_t longestText = 120;
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string printable;
-    for (const char letter : text)
-    {
-        const auto code = static_cast<unsigned char>(letter);
-        // Cut between characters, not inside one of several bytes.
-        if (printable.size() >= longestText && (code & 0xC0U) != 0x80U)
-        {
-            return printable + "...";
-        }
-        if (code < 0x20U || code == 0x7FU)
-        {
-            printable += "\\x";
-            printable += digits[code / 16U];
-            printable += digits[code % 16U];
-        }
-        else
-        {
-            printable += letter;
-        }
-    }
-    return printable;
-}

@@ -44,6 +44,3 @@ std::string Names_List(std::span<const std::string> names, std::string_view last
 // The name that takes the fewest insertions, deletions and substitutions from `name`, whatever the case of its letters;
 // nothing if more than half of the longer one of the two would have to change.
 std::optional<std::string> Name_Nearest(std::string_view name, std::span<const std::string> known);
-
-// A text from the file for a message: control characters as \xNN, no longer than a line.
-std::string Text_Printable(std::string_view text);

@@ -4,6 +4,7 @@
 #include "Host/HostError.h"
 #include "Host/Job/JobTables.h"
 #include "Host/Job/JobValues.h"
+#include "Host/Job/KeyDepth.h"
 #include "Host/PathText.h"
 #include "Platform/BandData/BandData.h"
 
@@ -327,6 +328,13 @@ void CJobReader::Defaults_Fill()
 
 SJob JobText_Parse(const std::filesystem::path& file, const std::string& text, CMistakeList& mistakes)
 {
+    constexpr int mostKeyParts = 16; // a job's own keys have three
+    if (const std::optional<SFilePlace> place = KeyDepth_Find(text, mostKeyParts))
+    {
+        throw CInputError({SMistake{false, Path_Text(file), *place, "syntax",
+                                    "here is a key of more than " + std::to_string(mostKeyParts) + " parts",
+                                    "a job's keys have at most three"}});
+    }
     try
     {
         const toml::table root = toml::parse(text);

@@ -2,12 +2,12 @@
 #include "Host/Job/JobReader.h"
 
 #include "Host/HostError.h"
+#include "Host/InputFile.h"
 #include "Host/PathText.h"
 
 #include <cerrno>
 #include <cstddef>
 #include <fstream>
-#include <system_error>
 
 namespace
 {
@@ -19,35 +19,12 @@ constexpr std::size_t longestFile = std::size_t{4} << 20U;
     throw CInputError({SMistake{false, Path_Text(file), {0, 0}, "file", reason, ""}});
 }
 
-std::string SystemError_Text(int error)
-{
-    return error == 0 ? "unknown reason" : std::generic_category().message(error);
-}
-
 } // namespace
 
 std::string JobText_Read(const std::filesystem::path& file)
 {
-    std::error_code error;
-    const std::filesystem::file_status status = std::filesystem::status(file, error);
-    if (status.type() == std::filesystem::file_type::not_found)
-    {
-        File_Refuse(file, "there is no such job file");
-    }
-    if (std::filesystem::is_directory(status))
-    {
-        File_Refuse(file, "is a folder, not a job file");
-    }
-    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
-    {
-        File_Refuse(file, "is a device or a pipe, not a job file"); // opening it could wait for ever
-    }
+    std::ifstream stream = InputFile_Open(file, "job file");
     errno = 0;
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream)
-    {
-        File_Refuse(file, "cannot be opened: " + SystemError_Text(errno));
-    }
     std::string text(longestFile + 1, '\0');
     stream.read(text.data(), static_cast<std::streamsize>(text.size()));
     if (stream.bad())

@@ -1,6 +1,8 @@
 // Values of toml++ nodes, and the texts of what is wrong with them.
 #include "Host/Job/JobValues.h"
 
+#include "Host/ShownText.h"
+
 #include <algorithm>
 #include <sstream>
 #include <utility>

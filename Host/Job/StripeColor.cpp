@@ -51,15 +51,13 @@ void Size_Check(const SJob& job, const SJobUnit& unit, const SSeparationInfo& in
 // Opens the unit's file; what is wrong with it names the unit and its line.
 std::unique_ptr<CSeparationReader> Color_Open(const SJob& job, const SJobUnit& unit)
 {
-    const std::string path = Path_Text(unit.m_stripeColor.m_path);
     try
     {
-        return std::make_unique<CSeparationReader>(path);
+        return std::make_unique<CSeparationReader>(Path_Text(unit.m_stripeColor.m_path));
     }
     catch (const CInputError& error)
     {
-        const std::string text = error.what();
-        Color_Refuse(job, unit, text.starts_with(path) ? text.substr(path.size()) : ": " + text, "");
+        Color_Refuse(job, unit, ": " + error.WithoutFile(), "");
     }
 }
 

@@ -94,7 +94,7 @@ COutputFile::COutputFile(const fs::path& target, ESpecialFile specialFile)
     const fs::path folder = m_target.has_parent_path() ? m_target.parent_path() : fs::path(".");
     if (!fs::is_directory(folder, error))
     {
-        throw CInputError(m_name + ": there is no folder " + Path_Text(folder));
+        throw CInputError(m_name + ": there is no folder " + Path_Shown(folder));
     }
     Open_Temporary();
 }

@@ -128,7 +128,7 @@ TEST_F(Check, AFileThatIsNoJobIsAMistakeToo)
     EXPECT_THAT(Boardmap_Run("check job.toml").out,
                 AllOf(StartsWith("job.toml:1:"), HasSubstr("\njob.toml: 1 error; the job cannot run\n")));
     EXPECT_EQ(Boardmap_Run("check gone.toml").out,
-              "gone.toml: there is no such job file\ngone.toml: 1 error; the job cannot run\n");
+              "gone.toml: there is no such file\ngone.toml: 1 error; the job cannot run\n");
     EXPECT_EQ(Boardmap_Run("check gone.toml").status, 2);
     EXPECT_THAT(Rules_Of(CJson::parse(Boardmap_Run("check gone.toml --json").out)), ElementsAre("file"));
     EXPECT_EQ(Boardmap_Run("check").status, 2);

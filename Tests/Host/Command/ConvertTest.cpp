@@ -15,6 +15,7 @@
 #include <memory>
 #include <thread>
 
+using testing::AnyOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -414,6 +415,20 @@ TEST_F(Convert, APipeIsNoJobFile)
     EXPECT_EQ(result.error, "pipe.toml: is a device or a pipe, not a job file\n");
 }
 
+TEST_F(Convert, NamesReachTheTerminalOnOneLineAndWithoutControls)
+{
+    for (const char* command :
+         {"check", "convert", "layout", "info", "explain --unit 0 --nozzle 0 --position 0 --band 0"})
+    {
+        const auto result =
+            Shell_Run(std::string("\"$boardmap\" ") + command + " \"$(printf 'a\\033[31m\\nb\\342\\200\\256c')\"");
+        EXPECT_EQ(result.status, 2);
+        EXPECT_THAT(result.out + result.error, StartsWith("a\\u001b[31m\\u000ab\\u202ec: there is no such file\n"))
+            << command;
+        EXPECT_THAT(result.out + result.error, Not(AnyOf(HasSubstr("\x1B"), HasSubstr("\xE2\x80\xAE")))) << command;
+    }
+}
+
 TEST_F(Convert, AFileSizeLimitFailsTheRunAndLeavesNoFile)
 {
     Separation_Write("a.tif", 4000, 100, &Pattern);
@@ -446,7 +461,7 @@ TEST_F(Convert, FilesMayHaveNamesInAnyScript)
     EXPECT_EQ(Files().size(), 4U);
 
     const std::u8string missing = u8"convert \u4ED5.toml";
-    const std::u8string message = u8"\u4ED5.toml: there is no such job file\n";
+    const std::u8string message = u8"\u4ED5.toml: there is no such file\n";
     EXPECT_EQ(Boardmap_Run({missing.begin(), missing.end()}).error, std::string(message.begin(), message.end()));
 }
 

@@ -116,7 +116,7 @@ TEST_F(BrokenSeparation, AFileThatIsNotThere)
 TEST_F(BrokenSeparation, AFolderInPlaceOfAFile)
 {
     std::filesystem::create_directory(m_path);
-    EXPECT_EQ(Refusal_Get(m_path), "this is a folder; a separation is a TIFF file");
+    EXPECT_EQ(Refusal_Get(m_path), "is a folder, not a TIFF file");
 }
 
 TEST_F(BrokenSeparation, AFileThatMayNotBeRead)
@@ -127,7 +127,7 @@ TEST_F(BrokenSeparation, AFileThatMayNotBeRead)
     {
         GTEST_SKIP() << "this user may read every file";
     }
-    EXPECT_EQ(Refusal_Get(m_path), "the file cannot be opened for reading");
+    EXPECT_EQ(Refusal_Get(m_path), "cannot be opened: Permission denied");
 }
 
 TEST_F(BrokenSeparation, AFileThatIsNoTiff)

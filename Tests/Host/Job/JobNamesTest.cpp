@@ -38,12 +38,3 @@ TEST(JobNames, ListsReadAsSentences)
     EXPECT_EQ(Names_List(std::vector<std::string>{"a", "b"}, "or"), "a or b");
     EXPECT_EQ(Names_List(g_known, "and"), "Kind, SkipBlank and InputBands");
 }
-
-TEST(JobNames, PrintableTextStaysOneShortLine)
-{
-    EXPECT_EQ(Text_Printable("a\tb\n\x7F\x1B"), "a\\x09b\\x0a\\x7f\\x1b");
-    EXPECT_EQ(Text_Printable("gr\xC3\xBCn"), "gr\xC3\xBCn");
-    EXPECT_EQ(Text_Printable(std::string(120, 'x')), std::string(120, 'x'));
-    EXPECT_EQ(Text_Printable(std::string(121, 'x')), std::string(120, 'x') + "...");
-    EXPECT_EQ(Text_Printable(std::string(119, 'x') + "\xC3\xBC\xC3\xBC"), std::string(119, 'x') + "\xC3\xBC...");
-}

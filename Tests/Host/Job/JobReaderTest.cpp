@@ -155,7 +155,7 @@ TEST(JobReader, StripeColoursAreSolidOrFiles)
             {"\"Full\"", "\"full\"", "job.toml:26:15: StripeColor is \"full\"; did you mean \"Full\"? It" + takes},
             {"\"Full\"", "\"Extreme\"", "job.toml:26:15: StripeColor is \"Extreme\"; it" + takes},
             {"\"Full\"", "\"\"", "job.toml:26:15: StripeColor is \"\"; it" + takes},
-            {"\"Full\"", "\"a.tif\\u0000\"", "job.toml:26:15: StripeColor is \"a.tif\\x00\"; it" + takes},
+            {"\"Full\"", "\"a.tif\\u0000\"", "job.toml:26:15: StripeColor is \"a.tif\\u0000\"; it" + takes},
             {"\"Full\"", "1", "job.toml:26:15: StripeColor is 1; it takes a text in quotes"},
         });
 }
@@ -307,7 +307,7 @@ TEST(JobReader, ValuesOutsideTheirRangeAreRefused)
                  {
                      {"\"page.tif\"", "\"\"", "job.toml:12:14: Separation is \"\"; it takes the name of a TIFF file"},
                      {"\"page.tif\"", "\"a\\u0000b\"",
-                      "job.toml:12:14: Separation is \"a\\x00b\"; it takes the name of a TIFF file"},
+                      "job.toml:12:14: Separation is \"a\\u0000b\"; it takes the name of a TIFF file"},
                  });
     for (const int alignment : {1, 2, 4, 8, 16, 32, 64})
     {
@@ -337,7 +337,7 @@ TEST(JobReader, UnknownKeysAreRefusedWithTheNearestKnownOne)
              "InkStripe and CartInfo"},
             {"Version = 1", "Version = 1\nVersoin = 1", "job.toml:2:1: unknown key Versoin; did you mean Version?"},
             {"Version = 1", "Version = 1\n\"a\\nb\" = 1",
-             "job.toml:2:1: unknown key a\\x0ab; known here are Version, Stage, DPOption, DPConfig, PrintParam, "
+             "job.toml:2:1: unknown key a\\u000ab; known here are Version, Stage, DPOption, DPConfig, PrintParam, "
              "InkStripe and CartInfo"},
             {"SkipBlank = true", "SkipBlank = true\nNozzles = 400",
              "job.toml:6:1: unknown key Nozzles in [Stage]; it belongs in [CartInfo]"},
@@ -501,7 +501,7 @@ TEST(JobLoad, FilesThatCannotBeJobsAreOneClearErrorEach)
     const auto error_of = [](const std::filesystem::path& file)
     { return Error_Of<CInputError>([&] { Job_Load(file); }); };
     const std::filesystem::path file = folder / "job.toml";
-    EXPECT_EQ(error_of(file), file.string() + ": there is no such job file");
+    EXPECT_EQ(error_of(file), file.string() + ": there is no such file");
     EXPECT_EQ(error_of(folder.Path()), folder.Path().string() + ": is a folder, not a job file");
     File_Write(file, "");
     EXPECT_EQ(error_of(file), file.string() + ": the job file is empty");

@@ -264,9 +264,9 @@ TEST(BoardRaw, FileThatCannotBeOpenedIsRefused)
 {
     const CTestFolder folder;
     EXPECT_EQ(Error_Of<CInputError>([&] { CBoardRawReader(folder / "missing"); }),
-              (folder / "missing").string() + ": cannot be opened");
+              (folder / "missing").string() + ": there is no such file");
     EXPECT_EQ(Error_Of<CInputError>([&] { CBoardRawReader(folder.Path()); }),
-              folder.Path().string() + ": is a folder, not a board stream");
+              folder.Path().string() + ": is a folder, not a board file");
 }
 
 TEST(BoardRaw, AbandonedWriterLeavesTheExistingFileAndNoTemporaryFile)
