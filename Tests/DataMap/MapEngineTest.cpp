@@ -496,3 +496,53 @@ TEST(MapEngine, NoLineAtAllIsTrueAndTouchesNothing)
         EXPECT_EQ(dst, Bytes(64, 0x11));
     }
 }
+
+namespace
+{
+// A map of eight units, given one before the first and one behind the last: those columns are another frame's, where
+// the line's bytes go all the same.
+template<class TMap, class... TArguments>
+void Columns_ExpectBesideTheFrame(TArguments... arguments)
+{
+    constexpr int bits = 400;
+    constexpr std::size_t margin = 64;
+    const auto map = Map_Init<TMap>(arguments...);
+    const auto lookUps = LookUpMap_Init<TMap>(arguments...);
+    ASSERT_TRUE(MapPlan_Get(*map).IsThere());
+    std::mt19937 random(7);
+    const Bytes pixels = Bytes_Random(random, 400);
+    for (const std::vector<int>& order :
+         {std::vector<int>{-1, 0, 1, 2, 3, 4, 5, 6, 7}, {0, 1, 2, 3, 4, 5, 6, 7, 8}, {7, 8, 6, 5, 4, -1, 3, 2, 1, 0}})
+    {
+        std::vector<SSrcBandLine> lines;
+        for (const int unit : order)
+        {
+            lines.push_back({Param_Make(unit, bits), pixels.data() + 10 * (unit + 1)});
+        }
+        const CMapScratch scratch(*lookUps);
+        for (SSrcBandLine& line : lines)
+        {
+            line.m_param.m_customParam = scratch.Get();
+        }
+        Bytes expected(4096);
+        for (const SSrcBandLine& line : lines)
+        {
+            lookUps->MapData_Line(line.m_param, line.m_pLine, expected.data() + margin, 4000);
+        }
+        for (const std::string& name : KernelNames_Available())
+        {
+            const CKernelGuard guard(name);
+            Bytes board(4096);
+            Lines_Map(*map, lines, board.data() + margin, 4000);
+            EXPECT_EQ(board, expected) << name << ", first unit " << order.front();
+        }
+    }
+}
+} // namespace
+
+TEST(MapEngine, UnitsBesideTheFrameGoWhereTheStylesOwnLinePutsThem)
+{
+    Columns_ExpectBesideTheFrame<CPrintUnitDataMap_6>(1, 8);
+    Columns_ExpectBesideTheFrame<CPrintUnitDataMap_7>(static_cast<EDotSizeMode>(3), 8);
+    Columns_ExpectBesideTheFrame<CPrintUnitDataMap_03_01>(1, 32);
+}
