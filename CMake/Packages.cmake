@@ -108,9 +108,19 @@ if(GZIP_PROGRAM)
         install(FILES ${PROJECT_BINARY_DIR}/Generated/changelog.Debian.gz DESTINATION ${doc_folder}/${name}
             COMPONENT ${component})
     endforeach()
-    execute_process(COMMAND ${GZIP_PROGRAM} -9nc ${PROJECT_SOURCE_DIR}/Docs/boardmap.1
-        OUTPUT_FILE ${PROJECT_BINARY_DIR}/Generated/boardmap.1.gz COMMAND_ERROR_IS_FATAL ANY)
-    install(FILES ${PROJECT_BINARY_DIR}/Generated/boardmap.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+endif()
+if(TARGET pages AND UNIX)
+    set(pages ${PROJECT_BINARY_DIR}/Generated/pages)
+    install(CODE "
+        file(GLOB pages ${pages}/*.1)
+        foreach(page IN LISTS pages)
+            execute_process(COMMAND ${GZIP_PROGRAM} -9nkf \${page} COMMAND_ERROR_IS_FATAL ANY)
+        endforeach()" COMPONENT Tools)
+    install(DIRECTORY ${pages}/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT Tools FILES_MATCHING PATTERN "*.1.gz")
+    install(FILES ${pages}/boardmap.bash DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions
+        RENAME boardmap COMPONENT Tools)
+    install(FILES ${pages}/_boardmap DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/zsh/vendor-completions COMPONENT Tools)
+    install(FILES ${pages}/boardmap.fish DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/fish/vendor_completions.d
         COMPONENT Tools)
 endif()
 include(CPack)

@@ -44,6 +44,9 @@ struct SCommandOption
 
     // "output" of "-o,--output", "JOB" of "JOB".
     std::string Name() const;
+
+    // "-o" and "--output".
+    std::vector<std::string> Names() const;
 };
 
 struct SCommandExample
@@ -93,6 +96,13 @@ struct SCommand
 
 // The table, in the order of the help.
 std::span<const SCommand* const> Commands();
+
+// What boardmap is, in a line and in a paragraph.
+const char* ProgramSummary_Get();
+const char* ProgramText_Get();
+
+// What the exit statuses of a command mean, or of any command for null.
+std::string ExitStatus_Text(const SCommand* pCommand);
 
 // The version that this program was built as: "1.2.0"; and "boardmap 1.2.0".
 const char* ProgramVersion_Get();

@@ -74,12 +74,6 @@ void Option_Add(CLI::App& app, const SCommandOption& option)
     added->transform(CLI::Validator([option](std::string& text) { return Value_Wrong(option, text); }, ""));
 }
 
-std::string ExitStatus_Text(const std::string& failed)
-{
-    return "Exit status: 0 done; 1 " + (failed.empty() ? "failed while running" : failed) +
-           "; 2 bad usage or bad input; 130 interrupted.\nWhatever goes wrong, nothing half-written is left behind.";
-}
-
 std::string Footer_Make(const SCommand& command)
 {
     std::string text = command.m_text + (command.m_text.empty() ? "" : "\n");
@@ -88,7 +82,7 @@ std::string Footer_Make(const SCommand& command)
         text += (&example == &command.m_examples.front() ? "Examples:\n" : "") + ("  " + example.m_line) + "\n      " +
                 example.m_what + '\n';
     }
-    return text + ExitStatus_Text(command.m_exitText);
+    return text + ExitStatus_Text(&command);
 }
 
 CLI::App* Command_Add(CLI::App& app, const SCommand& command)
@@ -142,12 +136,12 @@ CArguments Arguments_Get(const CLI::App& app, const SCommand& command)
 
 int CommandLine_Run(const std::vector<std::string>& words)
 {
-    CLI::App app("boardmap: print unit separations in, head-driver board data out.", "boardmap");
+    CLI::App app(std::string("boardmap: ") + ProgramSummary_Get(), "boardmap");
     app.set_version_flag("-V,--version", ProgramName_Get(), "Print the version and exit");
     app.set_help_flag("-h,--help", "Print this text and exit");
     app.allow_windows_style_options(false); // on no system: a name may begin with a slash
     app.require_subcommand(1);
-    app.footer(ExitStatus_Text(""));
+    app.footer(ExitStatus_Text(nullptr));
     std::vector<CLI::App*> added;
     for (const SCommand* pCommand : Commands())
     {

@@ -11,12 +11,32 @@
 #include "Host/Command/VerifyCommand.h"
 
 #include <array>
+#include <sstream>
 
 std::span<const SCommand* const> Commands()
 {
     static const std::array commands = {&Command_Init(),    &Command_Check(),  &Command_Convert(), &Command_Layout(),
                                         &Command_Explain(), &Command_Verify(), &Command_Info(),    &Command_Kernels()};
     return commands;
+}
+
+const char* ProgramSummary_Get()
+{
+    return "print unit separations in, head-driver board data out";
+}
+
+const char* ProgramText_Get()
+{
+    return "boardmap takes the separations of a page, one TIFF for each print unit, and writes the data that the\n"
+           "head-driver boards of an inkjet printer expect: one band for each pass of the carriage, in which the bits\n"
+           "of all units are interleaved. A job file names the separations and describes the carriage and its boards.";
+}
+
+std::string ExitStatus_Text(const SCommand* pCommand)
+{
+    const bool bOwn = pCommand != nullptr && !pCommand->m_exitText.empty();
+    return "Exit status: 0 done; 1 " + (bOwn ? pCommand->m_exitText : "failed while running") +
+           "; 2 bad usage or bad input; 130 interrupted.\nWhatever goes wrong, nothing half-written is left behind.";
 }
 
 const char* ProgramVersion_Get()
@@ -32,6 +52,17 @@ std::string ProgramName_Get()
 std::string SCommandOption::Name() const
 {
     return IsArgument() ? m_names : m_names.substr(m_names.find("--") + 2);
+}
+
+std::vector<std::string> SCommandOption::Names() const
+{
+    std::vector<std::string> names;
+    std::istringstream text(m_names);
+    for (std::string name; std::getline(text, name, ',');)
+    {
+        names.push_back(name);
+    }
+    return names;
 }
 
 std::string CArguments::Text_Get(const std::string& name) const
