@@ -1,10 +1,11 @@
 // The convert command: job, conversion, writer, and what the user is told.
 #include "Host/Command/Convert.h"
 
+#include "Host/Command/Answer.h"
 #include "Host/Command/BoardOutput.h"
 #include "Host/Command/Command.h"
 #include "Host/Command/Conversion.h"
-#include "Host/Command/Interrupt.h"
+#include "Host/Interrupt.h"
 #include "Host/Command/RunResult.h"
 #include "Host/HostError.h"
 #include "Host/Job/JobPage.h"
@@ -138,14 +139,21 @@ bool Bands_Write(CConversion& conversion, CBoardWriter& writer, CProgress& progr
         }
         conversion.Error_Check();
         const SBoardCount count = output.Count_Get();
+        if (CProcessHelper::StatusRequest_Take())
+        {
+            progress.Clear();
+            std::cerr << "boardmap: " << count.bands << " bands, " << count.lines << " lines, " << count.bytes
+                      << " bytes written; its thread " << (output.WaitExit(0) ? "ended" : "runs") << '\n'
+                      << conversion.Status_Text(count.bands) << std::flush;
+        }
         progress.Update(count.bands, count.bytes);
     }
-    output.Error_Check();
-    conversion.Error_Check();
-    if (CInterrupt::IsRequested()) // while the last band was on its way
+    if (CInterrupt::IsRequested()) // while the last band was on its way, or had nobody to take it
     {
         return false;
     }
+    output.Error_Check();
+    conversion.Error_Check();
     writer.Finish();
     const SBoardCount count = output.Count_Get();
     result.m_bands = count.bands;
@@ -187,7 +195,6 @@ bool Job_Convert(const SConvertOptions& options)
         std::cerr << Text_Shown(Mistake_Text(warning)) << '\n' << std::flush;
     }
     CConversion conversion(page);
-    const CInterrupt interrupt; // from here on there is something to wind down
     const std::unique_ptr<CBoardWriter> writer = Writer_Make(options, page);
     {
         CProgress progress(options.m_progress, page.Geometry().m_swathCount);
@@ -199,8 +206,15 @@ bool Job_Convert(const SConvertOptions& options)
         progress.Finish(result.m_bands, result.m_bytes);
     }
     Result_Complete(result, options, conversion);
-    (IsStandardOutput(options.m_output) ? std::cerr : std::cout)
-        << (options.m_bJson ? RunResult_Json(result) : RunResult_Text(result)) << std::flush;
+    const std::string summary = options.m_bJson ? RunResult_Json(result) : RunResult_Text(result);
+    if (IsStandardOutput(options.m_output))
+    {
+        std::cerr << summary << std::flush;
+    }
+    else
+    {
+        Answer_Print(summary);
+    }
     return true;
 }
 
@@ -208,5 +222,13 @@ bool Job_Convert(const SConvertOptions& options)
 
 bool Convert_Run(const SConvertOptions& options)
 {
-    return Job_Convert(Options_Complete(options));
+    const CInterrupt interrupt(Exit_Interrupted, "interrupted; nothing was written\n"); // outlives what is wound down
+    try
+    {
+        return Job_Convert(Options_Complete(options));
+    }
+    catch (const CInterruptedError&)
+    {
+        return false;
+    }
 }
