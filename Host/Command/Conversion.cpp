@@ -60,10 +60,16 @@ void CFailureRecords::Record_Add(const SLogRecord& record)
     }
 }
 
-std::string CFailureRecords::Text_Get() const
+bool CFailureRecords::IsTelling() const
 {
     const std::lock_guard guard(m_lock);
-    const bool bTelling = std::ranges::any_of(m_records, &SRecord::m_bTelling);
+    return std::ranges::any_of(m_records, &SRecord::m_bTelling);
+}
+
+std::string CFailureRecords::Text_Get() const
+{
+    const bool bTelling = IsTelling();
+    const std::lock_guard guard(m_lock);
     std::string text;
     for (std::size_t i = 0; i < std::min(m_records.size(), 2 * keptRecords); ++i)
     {
@@ -193,7 +199,7 @@ void CConversion::Error_Check()
 std::string CConversion::Failure_Text() const
 {
     const std::string seen = m_watch.Failure_Text();
-    const std::string records = m_failures.Text_Get();
+    const std::string records = seen.empty() || m_failures.IsTelling() ? m_failures.Text_Get() : "";
     return seen + (seen.empty() || records.empty() ? "" : "; ") + records;
 }
 

@@ -30,6 +30,9 @@ public:
     // does: "failure (UnitData2BoardData_Base:240), m_processState = 3 (UnitData2BoardData_Base:103)".
     std::string Text_Get() const;
 
+    // Whether there is one that says something.
+    bool IsTelling() const;
+
     // Whether a thread of a band converter has told that it ends.
     bool HasLostWorker() const { return m_bLostWorker; }
 

@@ -102,7 +102,8 @@ void Log_Open(const SConvertOptions& options, const SJob& job)
     if (!CCustomBoostLog::File_Open(Path_Text(options.m_log), ESeverityLevel::Debug))
     {
         throw CInputError(Path_Shown(options.m_log) +
-                          ": cannot be opened for writing; --log needs a file in a folder that is there");
+                          ": cannot be opened for writing; --log needs a file in a folder that is there, or a pipe that "
+                          "somebody reads");
     }
 }
 
@@ -122,8 +123,18 @@ std::unique_ptr<CBoardWriter> Writer_Make(const SConvertOptions& options, const 
     return std::make_unique<CBoardTiffWriter>(options.m_output, info, size, options.m_compression);
 }
 
+// Throws if a record is lost to the log.
+void Log_Check(const SConvertOptions& options)
+{
+    if (const int error = CCustomBoostLog::File_Error(); !options.m_log.empty() && error != 0)
+    {
+        throw CRunError(Path_Shown(options.m_log) + ": cannot be written: " + std::generic_category().message(error));
+    }
+}
+
 // Has all the board bands written, and completes the output. False if the user interrupted it.
-bool Bands_Write(CConversion& conversion, CBoardWriter& writer, CProgress& progress, SRunResult& result)
+bool Bands_Write(CConversion& conversion, CBoardWriter& writer, CProgress& progress, const SConvertOptions& options,
+                 SRunResult& result)
 {
     const auto begin = std::chrono::steady_clock::now();
     CBoardOutput output(*conversion.Output(), writer);
@@ -154,6 +165,7 @@ bool Bands_Write(CConversion& conversion, CBoardWriter& writer, CProgress& progr
     }
     output.Error_Check();
     conversion.Error_Check();
+    Log_Check(options);
     writer.Finish();
     const SBoardCount count = output.Count_Get();
     result.m_bands = count.bands;
@@ -199,7 +211,7 @@ bool Job_Convert(const SConvertOptions& options)
     {
         CProgress progress(options.m_progress, page.Geometry().m_swathCount);
         conversion.Start();
-        if (!Bands_Write(conversion, *writer, progress, result))
+        if (!Bands_Write(conversion, *writer, progress, options, result))
         {
             return false;
         }

@@ -265,6 +265,13 @@ int CFileWriter::Open_Special(const std::string& path, StopTest isStopped)
     }
 }
 
+int CFileWriter::Append_To(const std::string& path)
+{
+    m_descriptor = open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0666);
+    m_bOwned = m_descriptor >= 0;
+    return m_bOwned ? 0 : errno;
+}
+
 int CFileWriter::Write(const void* pData, std::size_t size, StopTest isStopped)
 {
     const std::size_t piece = Piece_Of(m_descriptor);

@@ -1,5 +1,5 @@
-// Bytes to a file, through the system's own calls: a file in the making that takes its name when it is complete, or
-// something that is there already, a device, a pipe or a standard stream.
+// Bytes to a file, through the system's own calls: a file in the making that takes its name when it is complete, one
+// that grows, or something that is there already, a device, a pipe or a standard stream.
 //
 // Nothing is buffered and nothing is thrown. Every operation returns 0 or the C library's error number. One thread at a
 // time; a writer is told to give up waiting through the function that it is given, which may look at an atomic flag.
@@ -35,6 +35,9 @@ public:
 
     // Opens a device or a pipe that is there. Waits for a reader of a named pipe, until `isStopped` returns true.
     int Open_Special(const std::string& path, StopTest isStopped);
+
+    // Opens a file to write behind its end; makes it if it is not there. A pipe without a reader is an error.
+    int Append_To(const std::string& path);
 
     // Writes to the standard output of the process, or to the descriptor of the C library's given stream.
     void Standard_Use(int descriptor) { m_descriptor = descriptor; }

@@ -175,16 +175,20 @@ int CFileWriter::Open_Special(const std::string& path, StopTest /*isStopped*/)
     return error;
 }
 
-int CFileWriter::Write(const void* pData, std::size_t size, StopTest isStopped)
+int CFileWriter::Append_To(const std::string& path)
+{
+    const int error = _wsopen_s(&m_descriptor, Path_Of(path).c_str(), _O_WRONLY | _O_APPEND | _O_CREAT | _O_BINARY,
+                                _SH_DENYNO, _S_IREAD | _S_IWRITE);
+    m_bOwned = error == 0;
+    return error;
+}
+
+int CFileWriter::Write(const void* pData, std::size_t size, StopTest /*isStopped*/)
 {
     constexpr std::size_t piece = std::size_t{1} << 20U;
     const auto* pNext = static_cast<const char*>(pData);
     while (size > 0)
     {
-        if (isStopped != nullptr && isStopped())
-        {
-            return stopped;
-        }
         const int count = _write(m_descriptor, pNext, static_cast<unsigned>(std::min(size, piece)));
         if (count <= 0)
         {
