@@ -40,3 +40,10 @@ class CRunError : public std::runtime_error
 public:
     using std::runtime_error::runtime_error;
 };
+
+// The user asked to end while something had to be waited for. Who asked is told by the command.
+class CInterruptedError : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};

@@ -47,6 +47,9 @@ void KelLog_Write(const SKelLogSite& site, std::string_view message)
 {
     auto& logger = CCustomBoostLog::BoostLog_Get();
     using Scope = logging::attributes::named_scope;
+    // What the logging library keeps for each thread is made here, where it may throw: a sentry, which would make it
+    // too, may not, and would end the program when there is no memory.
+    static_cast<void>(Scope::get_scopes());
     const Scope::sentry scope(Literal(site.function), Literal(site.fileName), static_cast<unsigned>(site.line),
                               logging::attributes::named_scope_entry::function);
     BOOST_LOG_SEV(logger, site.severity) << message;

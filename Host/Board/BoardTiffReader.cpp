@@ -1,6 +1,7 @@
 // Pages, strips and descriptions through libtiff, held against the file before anything is decoded.
 #include "Host/Board/BoardTiffReader.h"
 
+#include "Host/Input/TiffExpansion.h"
 #include "Host/Input/TiffFile.h"
 #include "Host/PathText.h"
 
@@ -18,25 +19,6 @@ T Tag_GetOr(TIFF* tiff, std::uint32_t tag, T otherwise)
 {
     T value = {};
     return TIFFGetField(tiff, tag, &value) == 1 ? value : otherwise;
-}
-
-// The most bytes that one byte of compressed data can stand for; 0: another program's compression.
-std::uint64_t Expansion_Most(std::uint16_t compression)
-{
-    switch (compression)
-    {
-    case COMPRESSION_NONE:
-        return 1;
-    case COMPRESSION_PACKBITS:
-        return 64; // 128 bytes for two
-    case COMPRESSION_LZW:
-        return 3072; // a string of nearly 4096 bytes for 12 bits
-    case COMPRESSION_ADOBE_DEFLATE:
-    case COMPRESSION_DEFLATE:
-        return 1040; // 258 bytes for 2 bits
-    default:
-        return 0;
-    }
 }
 
 } // namespace
@@ -115,7 +97,7 @@ void CBoardTiffReader::Blocks_Check(const SPageSize& size) const
 {
     TIFF* tiff = m_file->Handle();
     const auto compression = Tag_GetOr<std::uint16_t>(tiff, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
-    const std::uint64_t expansion = Expansion_Most(compression);
+    const std::uint64_t expansion = TiffExpansion_Most(compression);
     if (expansion == 0)
     {
         Refuse("compression " + std::to_string(compression),

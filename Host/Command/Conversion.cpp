@@ -5,9 +5,9 @@
 #include "Host/Job/JobApply.h"
 #include "Host/Job/JobCheck.h"
 #include "Host/Job/JobGeometry.h"
+#include "Host/Job/JobNames.h"
 #include "Platform/DataProcess/BandDataFIFO_S.h"
-#include "UnitData2BoardData/UnitData2BoardData_AllUnit_2.h"
-#include "UnitData2BoardData/UnitData2BoardData_S_AllUnit.h"
+#include "Platform/ThreadStatus/ThreadStatus.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -30,16 +30,7 @@ void Stall_Add(SStallStatistic& sum, const SStallStatistic& part)
 } // namespace
 
 CFailureRecords::CFailureRecords()
-    : m_listenerId(CCustomBoostLog::Listener_Add(
-          [this](const SLogRecord& record)
-          {
-              const std::lock_guard guard(m_lock);
-              if (record.severity == ESeverityLevel::Error && m_records.size() < keptRecords)
-              {
-                  m_records.push_back(record.message + " (" + record.fileName + ':' + std::to_string(record.line) +
-                                      ')');
-              }
-          }))
+    : m_listenerId(CCustomBoostLog::Listener_Add([this](const SLogRecord& record) { Record_Add(record); }))
 {
 }
 
@@ -48,13 +39,42 @@ CFailureRecords::~CFailureRecords()
     CCustomBoostLog::Listener_Remove(m_listenerId);
 }
 
-std::string CFailureRecords::Text_Get() const
+// Whatever a line generator writes, it ends after it; what it throws is told by the thread frame.
+void CFailureRecords::Record_Add(const SLogRecord& record)
+{
+    if (record.severity != ESeverityLevel::Error)
+    {
+        return;
+    }
+    const bool bFrame = record.fileName == "KelBaseThread";
+    if (record.fileName == "Unit2Board_Line" || (bFrame && record.message.find("CUnit2Board") != std::string::npos))
+    {
+        m_bLostWorker = true;
+    }
+    const std::lock_guard guard(m_lock);
+    const bool bTelling = record.message != "failure" && !record.message.starts_with("m_processState");
+    if (m_records.size() < keptRecords || bTelling)
+    {
+        m_records.push_back({record.message + " (" + record.fileName + ':' + std::to_string(record.line) + ')',
+                             bTelling});
+    }
+}
+
+bool CFailureRecords::IsTelling() const
 {
     const std::lock_guard guard(m_lock);
+    return std::ranges::any_of(m_records, &SRecord::m_bTelling);
+}
+
+std::string CFailureRecords::Text_Get() const
+{
+    const bool bTelling = IsTelling();
+    const std::lock_guard guard(m_lock);
     std::string text;
-    for (const std::string& record : m_records)
+    for (std::size_t i = 0; i < std::min(m_records.size(), 2 * keptRecords); ++i)
     {
-        text += (text.empty() ? "" : ", ") + record;
+        const SRecord& record = m_records[i];
+        text += record.m_bTelling == bTelling ? (text.empty() ? "" : ", ") + record.m_text : "";
     }
     return text;
 }
@@ -123,7 +143,7 @@ bool CConversion::Stage_Create()
     std::ranges::transform(m_fifos, std::back_inserter(inputs), [](const auto& fifo) { return fifo.get(); });
     if (m_job.m_stageKind == EStageKind::OneFIFO)
     {
-        auto stage = std::make_unique<CUnitData2BoardData_AllUnit_2>();
+        auto stage = std::make_unique<CWatchedStage<CUnitData2BoardData_AllUnit_2>>(m_watch);
         auto* pStage = stage.get();
         m_stage = std::move(stage);
         m_feeder = std::make_unique<CBandSetFeeder>(inputs, m_bandSets, m_job.m_bSkipBlank);
@@ -131,11 +151,11 @@ bool CConversion::Stage_Create()
     }
     if (m_job.m_stageKind == EStageKind::InkStripe)
     {
-        m_stage = std::make_unique<CUnitData2BoardData_S_AllUnit>();
+        m_stage = std::make_unique<CWatchedStage<CUnitData2BoardData_S_AllUnit>>(m_watch);
     }
     else
     {
-        m_stage = std::make_unique<CUnitData2BoardData_Base>();
+        m_stage = std::make_unique<CWatchedStage<CUnitData2BoardData_Base>>(m_watch);
     }
     return m_stage->Create(m_job.m_bSkipBlank, inputs);
 }
@@ -171,8 +191,44 @@ void CConversion::Error_Check()
     }
     if (m_stage->WaitExit(0) && !m_stage->IsThreadSuccess())
     {
-        throw CRunError("the conversion stage stopped before the end of the page: " + m_failures.Text_Get());
+        throw CRunError("the conversion stage stopped before the end of the page: " + Failure_Text());
     }
+}
+
+// What was seen of it, and what the library says.
+std::string CConversion::Failure_Text() const
+{
+    const std::string seen = m_watch.Failure_Text();
+    const std::string records = seen.empty() || m_failures.IsTelling() ? m_failures.Text_Get() : "";
+    return seen + (seen.empty() || records.empty() ? "" : "; ") + records;
+}
+
+std::string CConversion::Status_Text(std::int64_t bandsTaken)
+{
+    const auto Thread_Text = [](TamBaseThread& thread) { return thread.WaitExit(0) ? "ended" : "runs"; };
+    const int made = m_watch.BandCount_Get();
+    std::string text = "stage " + EnumName_Get(EnumNames_StageKind(), static_cast<int>(m_job.m_stageKind)) + ": thread " +
+                       Thread_Text(*m_stage) + ", state " + StageState_Text(m_watch.State_Get()) + ", " +
+                       std::to_string(made) + " bands made, " +
+                       (CThreadStatusMonitor::BusyCount_Get(ECustomThreadId::UnitData2BoardData) > 0 ? "busy" : "idle") +
+                       '\n';
+    if (m_watch.IsConverterRunning())
+    {
+        text += "band converter: maps band " + std::to_string(made) + " on " +
+                std::to_string(GC_DPConfig()->LineGeneratorCount_Of_DataMap_Get()) + " line threads\n";
+    }
+    for (std::size_t i = 0; i < m_producers.size(); ++i)
+    {
+        const int queued = m_producers[i]->QueuedCount_Get();
+        text += Job_UnitText(*m_units[i]) + ": thread " + Thread_Text(*m_producers[i]) + ", " +
+                std::to_string(queued) + " bands queued, " + std::to_string(queued - m_fifos[i]->TakenCount_Get()) +
+                " of " + std::to_string(m_job.m_inputBands) + " wait\n";
+    }
+    if (m_feeder != nullptr)
+    {
+        text += std::string("band set feeder: thread ") + Thread_Text(*m_feeder) + '\n';
+    }
+    return text + "output: " + std::to_string(std::max<std::int64_t>(made - bandsTaken, 0)) + " bands wait\n";
 }
 
 // A separation that turns out to be damaged names the unit and its line, as one that could not be opened.

@@ -4,11 +4,13 @@
 #pragma once
 
 #include "Host/Command/BandSetFeeder.h"
+#include "Host/Command/StageWatch.h"
 #include "Host/Input/SeparationProducer.h"
 #include "Host/Job/JobPage.h"
 #include "Platform/Log/CustomBoostLog.h"
 #include "UnitData2BoardData/UnitData2BoardData_Base.h"
 
+#include <atomic>
 #include <exception>
 #include <memory>
 #include <mutex>
@@ -24,12 +26,28 @@ public:
     CFailureRecords(const CFailureRecords&) = delete;
     CFailureRecords& operator=(const CFailureRecords&) = delete;
 
-    // "failure (UnitData2BoardData_Base:240), m_processState = 3 (UnitData2BoardData_Base:103)"
+    // "Start thread error. name = CUnit2Board (KelBaseThread:55)": those that say something beyond a failure. If none
+    // does: "failure (UnitData2BoardData_Base:240), m_processState = 3 (UnitData2BoardData_Base:103)".
     std::string Text_Get() const;
 
+    // Whether there is one that says something.
+    bool IsTelling() const;
+
+    // Whether a thread of a band converter has told that it ends.
+    bool HasLostWorker() const { return m_bLostWorker; }
+
 private:
+    struct SRecord
+    {
+        std::string m_text;
+        bool m_bTelling = false;
+    };
+
+    void Record_Add(const SLogRecord& record);
+
     mutable std::mutex m_lock;
-    std::vector<std::string> m_records;
+    std::vector<SRecord> m_records;
+    std::atomic<bool> m_bLostWorker{false};
     int m_listenerId;
 };
 
@@ -63,16 +81,22 @@ public:
 
     SConversionStall Stall_Get() const;
 
+    // What every part is doing and what waits between them, a line each, for somebody who looks on. `bandsTaken`: board
+    // bands that were taken from the output.
+    std::string Status_Text(std::int64_t bandsTaken);
+
 private:
     void Producer_Make(const SJobUnit& unit, std::unique_ptr<CSeparationReader> reader);
     SSwathPlan SwathPlan_Make(const SJobUnit& unit) const;
     bool Stage_Create();
+    std::string Failure_Text() const;
     [[noreturn]] void Producer_Rethrow(const SJobUnit& unit, const std::exception_ptr& error) const;
 
     const SJob& m_job;
     int m_pageWidth;
     CFailureRecords m_failures;
-    std::vector<std::unique_ptr<CBandDataFIFO>> m_fifos;
+    CStageWatch m_watch{m_failures};
+    std::vector<std::unique_ptr<CUnitBandFIFO>> m_fifos;
     std::vector<std::unique_ptr<CSeparationProducer>> m_producers;
     std::vector<const SJobUnit*> m_units;     // the producers', in their order; the job's
     CBandSetFeeder::CBandSetFIFO m_bandSets;  // between the feeder and the one-FIFO stage

@@ -1,10 +1,11 @@
 // The convert command: job, conversion, writer, and what the user is told.
 #include "Host/Command/Convert.h"
 
+#include "Host/Command/Answer.h"
 #include "Host/Command/BoardOutput.h"
 #include "Host/Command/Command.h"
 #include "Host/Command/Conversion.h"
-#include "Host/Command/Interrupt.h"
+#include "Host/Interrupt.h"
 #include "Host/Command/RunResult.h"
 #include "Host/HostError.h"
 #include "Host/Job/JobPage.h"
@@ -101,7 +102,8 @@ void Log_Open(const SConvertOptions& options, const SJob& job)
     if (!CCustomBoostLog::File_Open(Path_Text(options.m_log), ESeverityLevel::Debug))
     {
         throw CInputError(Path_Shown(options.m_log) +
-                          ": cannot be opened for writing; --log needs a file in a folder that is there");
+                          ": cannot be opened for writing; --log needs a file in a folder that is there, or a pipe that "
+                          "somebody reads");
     }
 }
 
@@ -121,8 +123,18 @@ std::unique_ptr<CBoardWriter> Writer_Make(const SConvertOptions& options, const 
     return std::make_unique<CBoardTiffWriter>(options.m_output, info, size, options.m_compression);
 }
 
+// Throws if a record is lost to the log.
+void Log_Check(const SConvertOptions& options)
+{
+    if (const int error = CCustomBoostLog::File_Error(); !options.m_log.empty() && error != 0)
+    {
+        throw CRunError(Path_Shown(options.m_log) + ": cannot be written: " + std::generic_category().message(error));
+    }
+}
+
 // Has all the board bands written, and completes the output. False if the user interrupted it.
-bool Bands_Write(CConversion& conversion, CBoardWriter& writer, CProgress& progress, SRunResult& result)
+bool Bands_Write(CConversion& conversion, CBoardWriter& writer, CProgress& progress, const SConvertOptions& options,
+                 SRunResult& result)
 {
     const auto begin = std::chrono::steady_clock::now();
     CBoardOutput output(*conversion.Output(), writer);
@@ -138,14 +150,22 @@ bool Bands_Write(CConversion& conversion, CBoardWriter& writer, CProgress& progr
         }
         conversion.Error_Check();
         const SBoardCount count = output.Count_Get();
+        if (CProcessHelper::StatusRequest_Take())
+        {
+            progress.Clear();
+            std::cerr << "boardmap: " << count.bands << " bands, " << count.lines << " lines, " << count.bytes
+                      << " bytes written; its thread " << (output.WaitExit(0) ? "ended" : "runs") << '\n'
+                      << conversion.Status_Text(count.bands) << std::flush;
+        }
         progress.Update(count.bands, count.bytes);
     }
-    output.Error_Check();
-    conversion.Error_Check();
-    if (CInterrupt::IsRequested()) // while the last band was on its way
+    if (CInterrupt::IsRequested()) // while the last band was on its way, or had nobody to take it
     {
         return false;
     }
+    output.Error_Check();
+    conversion.Error_Check();
+    Log_Check(options);
     writer.Finish();
     const SBoardCount count = output.Count_Get();
     result.m_bands = count.bands;
@@ -187,20 +207,26 @@ bool Job_Convert(const SConvertOptions& options)
         std::cerr << Text_Shown(Mistake_Text(warning)) << '\n' << std::flush;
     }
     CConversion conversion(page);
-    const CInterrupt interrupt; // from here on there is something to wind down
     const std::unique_ptr<CBoardWriter> writer = Writer_Make(options, page);
     {
         CProgress progress(options.m_progress, page.Geometry().m_swathCount);
         conversion.Start();
-        if (!Bands_Write(conversion, *writer, progress, result))
+        if (!Bands_Write(conversion, *writer, progress, options, result))
         {
             return false;
         }
         progress.Finish(result.m_bands, result.m_bytes);
     }
     Result_Complete(result, options, conversion);
-    (IsStandardOutput(options.m_output) ? std::cerr : std::cout)
-        << (options.m_bJson ? RunResult_Json(result) : RunResult_Text(result)) << std::flush;
+    const std::string summary = options.m_bJson ? RunResult_Json(result) : RunResult_Text(result);
+    if (IsStandardOutput(options.m_output))
+    {
+        std::cerr << summary << std::flush;
+    }
+    else
+    {
+        Answer_Print(summary);
+    }
     return true;
 }
 
@@ -208,5 +234,13 @@ bool Job_Convert(const SConvertOptions& options)
 
 bool Convert_Run(const SConvertOptions& options)
 {
-    return Job_Convert(Options_Complete(options));
+    const CInterrupt interrupt(Exit_Interrupted, "interrupted; nothing was written\n"); // outlives what is wound down
+    try
+    {
+        return Job_Convert(Options_Complete(options));
+    }
+    catch (const CInterruptedError&)
+    {
+        return false;
+    }
 }

@@ -21,5 +21,5 @@ struct SConvertOptions
 
 // Runs the whole command on the calling thread, the library's and the producers' threads beside it. True when the board
 // data is complete and in its place; false when the user interrupted it, with nothing left behind. Throws CInputError
-// or CRunError, with nothing left behind either.
+// or CRunError, with nothing left behind either, but for a CRunError that says that the summary could not be told.
 bool Convert_Run(const SConvertOptions& options);

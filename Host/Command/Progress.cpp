@@ -34,9 +34,15 @@ CProgress::CProgress(EProgress mode, std::int64_t bandCount)
 
 CProgress::~CProgress()
 {
+    Clear();
+}
+
+void CProgress::Clear()
+{
     if (m_mode == EProgress::Bar && m_bDrawn)
     {
         std::cerr << "\r\x1b[K" << std::flush;
+        m_bDrawn = false;
     }
 }
 

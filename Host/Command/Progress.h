@@ -27,6 +27,9 @@ public:
     // `bandsDone` bands, `bytesDone` bytes of board data are done. Cheap; draws a few times a second at most.
     void Update(std::int64_t bandsDone, std::int64_t bytesDone);
 
+    // Takes the bar off the screen, until it is drawn again: something else is to be said.
+    void Clear();
+
     // Draws the last state and leaves it on the screen.
     void Finish(std::int64_t bandsDone, std::int64_t bytesDone);
 

@@ -2,7 +2,7 @@
 #include "Host/Command/VerifyCommand.h"
 
 #include "Host/Command/Answer.h"
-#include "Host/Command/Interrupt.h"
+#include "Host/Interrupt.h"
 #include "Host/Command/Progress.h"
 #include "Host/Command/Verification.h"
 #include "Host/HostError.h"
@@ -191,7 +191,7 @@ int Verify_Run(const CArguments& arguments)
     SVerifyResult result;
     {
         CProgress progress(arguments.Choice_Get("progress", EProgress::Auto), last - range.m_first + 1);
-        const CInterrupt interrupt;
+        const CInterrupt interrupt(Exit_Interrupted, "interrupted; nothing is said of the output\n");
         const auto OnProgress = [&](std::int64_t bands, std::int64_t bytes)
         {
             progress.Update(bands, bytes);

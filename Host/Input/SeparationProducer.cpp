@@ -56,6 +56,13 @@ std::unique_ptr<CBandData> Band_Create(const SUnitBandSize& size, int alignBytes
 
 } // namespace
 
+bool CUnitBandFIFO::Full_Out(CBandData*& band, unsigned long timeoutMs)
+{
+    const bool bTaken = CBandDataFIFO::Full_Out(band, timeoutMs);
+    m_takenCount += bTaken ? 1 : 0;
+    return bTaken;
+}
+
 int SwathCount_Get(int pageRows, int nozzles)
 {
     return (pageRows - 1) / nozzles + 1;
@@ -77,7 +84,7 @@ SUnitBandSize UnitBandSize_Get(const SSeparationInfo& separation, const SSwathPl
     return {plan.nozzles * pixelsPerNozzle, static_cast<int>(lines), bitsPerPixel / pixelsPerNozzle};
 }
 
-std::unique_ptr<CBandDataFIFO> UnitBandPool_Create(const std::string& name, const SUnitBandSize& size, int count,
+std::unique_ptr<CUnitBandFIFO> UnitBandPool_Create(const std::string& name, const SUnitBandSize& size, int count,
                                                    int alignBytes)
 {
     std::vector<std::unique_ptr<CBandData>> bands;
@@ -88,7 +95,7 @@ std::unique_ptr<CBandDataFIFO> UnitBandPool_Create(const std::string& name, cons
     }
     std::vector<CBandData*> pointers;
     std::ranges::transform(bands, std::back_inserter(pointers), [](const auto& band) { return band.get(); });
-    auto fifo = std::make_unique<CBandDataFIFO>(name);
+    auto fifo = std::make_unique<CUnitBandFIFO>(name);
     if (!fifo->Create(pointers.data(), count))
     {
         throw CRunError("the band FIFO " + name + " does not take its " + std::to_string(count) + " bands");

@@ -10,6 +10,7 @@
 #include "KelCommon/KelBaseThread.h"
 #include "Platform/DataProcess/BandDataFIFO.h"
 
+#include <atomic>
 #include <cstddef>
 #include <exception>
 #include <memory>
@@ -56,9 +57,24 @@ int SwathCount_Get(int pageRows, int nozzles);
 // lines cannot be counted.
 SUnitBandSize UnitBandSize_Get(const SSeparationInfo& separation, const SSwathPlan& plan);
 
+// The FIFO between a producer and the stage, which counts what the stage takes.
+class CUnitBandFIFO : public CBandDataFIFO
+{
+public:
+    using CBandDataFIFO::CBandDataFIFO;
+
+    bool Full_Out(CBandData*& band, unsigned long timeoutMs) override;
+
+    // Bands that the stage has taken so far. Any thread.
+    int TakenCount_Get() const { return m_takenCount; }
+
+private:
+    std::atomic<int> m_takenCount{0};
+};
+
 // Makes a FIFO with a pool of `count` (at least 1) free bands of this size, their lines aligned to `alignBytes`. `name`
 // is for log records. Throws CRunError, with the sizes, if a band cannot hold so much or there is no memory.
-std::unique_ptr<CBandDataFIFO> UnitBandPool_Create(const std::string& name, const SUnitBandSize& size, int count,
+std::unique_ptr<CUnitBandFIFO> UnitBandPool_Create(const std::string& name, const SUnitBandSize& size, int count,
                                                    int alignBytes);
 
 class CSeparationProducer : public CKelBaseThread<CSeparationProducer>
@@ -73,6 +89,9 @@ public:
     // Why the producer ended before its page did: a CInputError of the separation, or what else was thrown; null as
     // long as nothing went wrong. A producer that failed never marks its FIFO completed. Any thread, any time.
     std::exception_ptr Error_Get() const;
+
+    // Swaths that have been queued. Any thread, any time.
+    int QueuedCount_Get() const { return m_swathIndex; }
 
 protected:
     // One swath, or a wait of up to 100 ms for a free band.
@@ -102,7 +121,7 @@ private:
 
     // Where the page stands. Kept from loop to loop, so that neither a full pipeline nor a stop and a new start loses
     // rows.
-    int m_swathIndex = 0;
+    std::atomic<int> m_swathIndex = 0;
     int m_rowsRead = 0;  // of this swath
     bool m_bInk = false; // seen in this swath, or nobody wants to know
 

@@ -2,6 +2,7 @@
 #include "Host/Input/SeparationReader.h"
 
 #include "Host/Input/SeparationRows.h"
+#include "Host/Input/TiffExpansion.h"
 #include "Host/Input/TiffFile.h"
 
 #include <algorithm>
@@ -236,6 +237,16 @@ void CSeparationReader::Block_Check(const STiffPage& page, std::uint32_t index)
     {
         m_file->Fail(name + " has " + std::to_string(size) + " bytes of compressed data; at most " +
                      std::to_string(m_limit.maxBlockBytes) + " can be decoded (write the file with smaller strips)");
+    }
+    else
+    {
+        const std::uint64_t rowBytes = page.bTiled ? page.tileRowBytes : page.rowBytes;
+        const std::uint64_t rows = page.PlainBytes(index) / rowBytes;
+        if (!TiffExpansion_Fits(page.compression, size, rows, rowBytes))
+        {
+            m_file->Fail(name + " has " + std::to_string(size) + " bytes of compressed data, which cannot be " +
+                         std::to_string(rows) + " rows of " + std::to_string(rowBytes) + " bytes");
+        }
     }
 }
 

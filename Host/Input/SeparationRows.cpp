@@ -94,7 +94,6 @@ public:
                       " bytes) is too large to be decoded; at most " + std::to_string(limit) + " bytes");
         }
         m_blockBytes = static_cast<std::size_t>(m_blockRowBytes * m_blockHeight);
-        m_blocks.resize(m_blockBytes * m_blocksAcross);
     }
 
     void Row_Read(std::uint32_t row, unsigned char* bytes) override
@@ -117,6 +116,7 @@ public:
 private:
     void Blocks_Decode(std::uint32_t row)
     {
+        m_blocks.resize(m_blockBytes * m_blocksAcross); // not before somebody reads: a page may be refused until then
         for (std::uint32_t block = 0; block < m_blocksAcross; ++block)
         {
             const std::uint32_t index = row / m_blockHeight * m_blocksAcross + block;

@@ -80,6 +80,10 @@ void CTiffFile::Tiff_Open(std::int64_t maxBlockBytes)
         Fail(m_readError.empty() ? "this is not a TIFF file" : "cannot be read: " + m_readError);
     }
     const std::unique_ptr<TIFFOpenOptions, SOptionsFree> options(TIFFOpenOptionsAlloc());
+    if (options == nullptr)
+    {
+        throw std::bad_alloc();
+    }
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), &CTiffFile::Error_Keep, this);
     TIFFOpenOptionsSetWarningHandlerExtR(options.get(), &CTiffFile::Warning_Keep, this);
     TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), static_cast<tmsize_t>(maxBlockBytes));

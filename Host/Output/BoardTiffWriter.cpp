@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <utility>
 
 namespace
@@ -141,6 +142,10 @@ struct CBoardTiffWriter::STiff
     STiff(COutputFile& file, bool bBigTiff)
     {
         TIFFOpenOptions* pOptions = TIFFOpenOptionsAlloc();
+        if (pOptions == nullptr)
+        {
+            throw std::bad_alloc();
+        }
         TIFFOpenOptionsSetErrorHandlerExtR(pOptions, &Tiff_KeepError, &m_message);
         TIFFOpenOptionsSetWarningHandlerExtR(pOptions, &Tiff_DropWarning, nullptr);
         m_pHandle = TIFFClientOpenExt(file.Name().c_str(), bBigTiff ? "w8" : "w", &file, &Tiff_Read, &Tiff_Write,
@@ -215,9 +220,23 @@ void CBoardTiffWriter::Tags_Set(const CBandData& band, std::uint32_t rowsPerStri
     TIFFSetField(pTiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE);
     TIFFSetField(pTiff, TIFFTAG_COMPRESSION, Compression_Tag(m_compression));
     TIFFSetField(pTiff, TIFFTAG_ROWSPERSTRIP, rowsPerStrip);
-    TIFFSetField(pTiff, TIFFTAG_SOFTWARE, "boardmap");
-    TIFFSetField(pTiff, TIFFTAG_IMAGEDESCRIPTION, Description_Make(band).c_str());
+    Text_Set(TIFFTAG_SOFTWARE, "boardmap");
+    Text_Set(TIFFTAG_IMAGEDESCRIPTION, Description_Make(band));
     PageNumber_Set();
+}
+
+// libtiff takes a text for set when there was no memory for it, and reads it when it writes the page.
+void CBoardTiffWriter::Text_Set(std::uint32_t tag, const std::string& text)
+{
+    TIFF* pTiff = m_tiff->m_pHandle;
+    const char* pKept = nullptr;
+    const bool bSet = TIFFSetField(pTiff, tag, text.c_str()) == 1;
+    if (!bSet || TIFFGetField(pTiff, tag, &pKept) != 1 || pKept == nullptr)
+    {
+        TIFFUnsetField(pTiff, tag);
+        throw CRunError(m_file->Name() + ": there is no memory for the " + std::to_string(text.size()) +
+                        " bytes that band " + std::to_string(BandCount()) + " says of itself");
+    }
 }
 
 std::string CBoardTiffWriter::Description_Make(const CBandData& band) const

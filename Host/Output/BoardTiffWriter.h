@@ -50,6 +50,7 @@ private:
     void Finish_All() override;
     void Tags_Set(const CBandData& band, std::uint32_t rowsPerStrip);
     std::string Description_Make(const CBandData& band) const;
+    void Text_Set(std::uint32_t tag, const std::string& text);
     void PageNumber_Set();
     void Strips_Write(const CBandData& band, std::uint32_t rowsPerStrip);
     const unsigned char* Strip_Rows(const CBandData& band, std::uint32_t firstRow, std::uint32_t rowCount);

@@ -1,14 +1,13 @@
-// Files and standard output, through the C++ and C libraries; errno is read for the reason of a failure, since their
-// streams keep none.
+// Files and standard output; what the system says of a failure becomes a text.
 #include "Host/Output/ByteSink.h"
 
+#include "Host/Interrupt.h"
 #include "Host/HostError.h"
 #include "Host/PathText.h"
 #include "Platform/Helper/ProcessHelper.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <random>
 #include <system_error>
 
 namespace fs = std::filesystem;
@@ -31,31 +30,6 @@ fs::path Links_Follow(fs::path path)
         path = path.parent_path() / fs::read_symlink(path, error);
     }
     return path;
-}
-
-std::string RandomDigits()
-{
-    constexpr std::string_view digits = "0123456789abcdef";
-    constexpr int digitCount = 16;
-    std::random_device device;
-    std::uniform_int_distribution<std::size_t> choice(0, digits.size() - 1);
-    std::string text;
-    for (int i = 0; i < digitCount; ++i)
-    {
-        text += digits[choice(device)];
-    }
-    return text;
-}
-
-fs::path TemporaryName(const fs::path& target)
-{
-    // A name that is nearly as long as a name may be leaves no room for another part.
-    constexpr std::size_t longestName = 200;
-    const fs::path name = target.filename();
-    fs::path temporary = ".";
-    temporary += name.native().size() <= longestName ? name : fs::path("boards");
-    temporary += ".part-" + RandomDigits();
-    return target.parent_path() / temporary;
 }
 
 // Whether a failed open is the fault of the name that the user gave.
@@ -82,8 +56,12 @@ COutputFile::COutputFile(const fs::path& target, ESpecialFile specialFile)
         {
             throw CInputError(m_name + ": is a device or a pipe; this format needs a regular file");
         }
-        m_target = target;
-        Open_InPlace();
+        CProcessHelper::WriteSignals_Ignore();
+        m_bSpecial = true;
+        if (const int failed = m_writer.Open_Special(Path_Text(target), &CInterrupt::IsRequested); failed != 0)
+        {
+            Open_Refuse(failed);
+        }
         return;
     }
     // Replacing a file asks nothing of the file itself; who took away its owner's leave to write meant to keep it.
@@ -96,38 +74,26 @@ COutputFile::COutputFile(const fs::path& target, ESpecialFile specialFile)
     {
         throw CInputError(m_name + ": there is no folder " + Path_Shown(folder));
     }
-    Open_Temporary();
-}
-
-COutputFile::~COutputFile()
-{
-    Temporary_Remove();
-}
-
-void COutputFile::Open_InPlace()
-{
-    CProcessHelper::WriteSignals_Ignore();
-    errno = 0;
-    if (m_buffer.open(m_target, std::ios::out | std::ios::binary) == nullptr)
+    if (const int failed = m_writer.Create_For(Path_Text(m_target)); failed != 0)
     {
-        Open_Refuse(errno);
+        if (failed == EPERM && fs::exists(status))
+        {
+            throw CInputError(m_name + ": its owner and its access rights cannot be given to a new file; name another "
+                                       "file, or take this one away");
+        }
+        Open_Refuse(failed);
     }
 }
 
-void COutputFile::Open_Temporary()
-{
-    const fs::path temporary = TemporaryName(m_target);
-    errno = 0;
-    if (m_buffer.open(temporary, std::ios::in | std::ios::out | std::ios::trunc | std::ios::binary) == nullptr)
-    {
-        Open_Refuse(errno);
-    }
-    m_temporary = temporary;
-}
+COutputFile::~COutputFile() = default;
 
-void COutputFile::Open_Refuse(int error)
+void COutputFile::Open_Refuse(int error) const
 {
     const std::string text = m_name + ": cannot be written: " + SystemError_Text(error);
+    if (error == CFileWriter::stopped)
+    {
+        throw CInterruptedError(text);
+    }
     if (IsNameError(error))
     {
         throw CInputError(text);
@@ -139,95 +105,66 @@ void COutputFile::Write(const void* pData, std::size_t size)
 {
     if (!TryWrite(pData, size))
     {
-        throw CRunError(m_name + ": cannot be written: " + m_failure);
+        Failure_Throw();
     }
 }
 
 bool COutputFile::TryWrite(const void* pData, std::size_t size)
 {
-    errno = 0;
-    const auto count = static_cast<std::streamsize>(size);
-    if (!m_failure.empty() || !Position_Reach(ELastAction::Write) ||
-        m_buffer.sputn(static_cast<const char*>(pData), count) != count)
+    if (m_error != 0 || Failure_Set(m_bSpecial ? m_writer.Write(pData, size, &CInterrupt::IsRequested)
+                                               : m_writer.Write_At(pData, size, m_position)))
     {
-        Failure_Set();
         return false;
     }
-    m_position += count;
-    m_bufferPosition = m_position;
+    m_position += static_cast<std::int64_t>(size);
     m_size = std::max(m_size, m_position);
     return true;
 }
 
 std::size_t COutputFile::TryRead(void* pData, std::size_t size)
 {
-    errno = 0;
-    if (!m_failure.empty() || !Position_Reach(ELastAction::Read))
+    std::size_t count = 0;
+    if (m_error != 0 || Failure_Set(m_writer.Read_At(pData, size, m_position, count)))
     {
-        Failure_Set();
         return 0;
     }
-    const std::streamsize count = m_buffer.sgetn(static_cast<char*>(pData), static_cast<std::streamsize>(size));
-    m_position += count;
-    m_bufferPosition = m_position;
-    return static_cast<std::size_t>(count);
+    m_position += static_cast<std::int64_t>(count);
+    return count;
 }
 
-// Moves the buffer to m_position where it is not; a buffer also has to be told between reading and writing.
-bool COutputFile::Position_Reach(ELastAction action)
+// True if it is one. Throws nothing: libtiff may be calling, which knows no exceptions.
+bool COutputFile::Failure_Set(int error)
 {
-    const bool bTurn = m_lastAction != ELastAction::None && m_lastAction != action;
-    m_lastAction = action;
-    if (m_bufferPosition == m_position && !bTurn)
-    {
-        return true;
-    }
-    m_bufferPosition = m_position;
-    return m_buffer.pubseekpos(m_position) == std::filebuf::pos_type(m_position);
+    m_error = m_error == 0 ? error : m_error;
+    return error != 0;
 }
 
-void COutputFile::Failure_Set()
+std::string COutputFile::Failure_Text() const
 {
-    if (m_failure.empty())
+    return m_error == 0 ? "" : SystemError_Text(m_error);
+}
+
+void COutputFile::Failure_Throw() const
+{
+    const std::string text = m_name + ": cannot be written: " + Failure_Text();
+    if (m_error == CFileWriter::stopped)
     {
-        m_failure = SystemError_Text(errno);
+        throw CInterruptedError(text);
     }
+    throw CRunError(text);
 }
 
 void COutputFile::Finish()
 {
-    errno = 0;
-    if (m_buffer.pubsync() != 0 || m_buffer.close() == nullptr)
+    if (m_error != 0)
     {
-        Failure_Set();
+        m_writer.Discard();
+        Failure_Throw();
     }
-    if (!m_failure.empty())
+    if (const int error = m_writer.Place(); error != 0)
     {
-        Temporary_Remove();
-        throw CRunError(m_name + ": cannot be written: " + m_failure);
-    }
-    if (m_temporary.empty())
-    {
-        return;
-    }
-    std::error_code error;
-    fs::rename(m_temporary, m_target, error);
-    if (error)
-    {
-        Temporary_Remove();
-        throw CRunError(m_name + ": cannot be replaced: " + error.message());
-    }
-    m_temporary.clear();
-}
-
-void COutputFile::Temporary_Remove()
-{
-    m_buffer.close();
-    if (!m_temporary.empty())
-    {
-        std::error_code error;
-        fs::remove(m_temporary, error);
-        m_temporary.clear();
+        throw CRunError(m_name + (m_bSpecial ? ": cannot be written: " : ": cannot be completed: ") +
+                        SystemError_Text(error));
     }
 }
 
@@ -235,27 +172,21 @@ CStandardOutput::CStandardOutput(std::FILE* pStream) : m_pStream(pStream)
 {
     CProcessHelper::WriteSignals_Ignore();
     CProcessHelper::StandardOutput_Binary();
+    std::fflush(m_pStream);
+    m_writer.Standard_Use(CProcessHelper::Descriptor_Of(m_pStream));
 }
 
 void CStandardOutput::Write(const void* pData, std::size_t size)
 {
-    errno = 0;
-    if (std::fwrite(pData, 1, size, m_pStream) != size)
+    const int error = m_writer.Write(pData, size, &CInterrupt::IsRequested);
+    if (error == CFileWriter::stopped)
     {
-        Failure_Throw();
+        throw CInterruptedError(m_name + ": nobody reads it");
+    }
+    if (error != 0)
+    {
+        throw CRunError(m_name + ": cannot be written: " + SystemError_Text(error));
     }
 }
 
-void CStandardOutput::Finish()
-{
-    errno = 0;
-    if (std::fflush(m_pStream) != 0)
-    {
-        Failure_Throw();
-    }
-}
-
-void CStandardOutput::Failure_Throw() const
-{
-    throw CRunError(m_name + ": cannot be written: " + SystemError_Text(errno));
-}
+void CStandardOutput::Finish() {}

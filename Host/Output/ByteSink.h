@@ -1,12 +1,14 @@
 // Where a writer's bytes go: a file that appears under its name only when it is complete, or standard output. One
-// thread at a time; nothing here knows what the bytes mean.
+// thread at a time; nothing here knows what the bytes mean. Who has to wait for the reader of a pipe looks for an
+// interrupt meanwhile.
 #pragma once
+
+#include "Platform/Helper/FileWriter.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 class CByteSink
@@ -14,7 +16,8 @@ class CByteSink
 public:
     virtual ~CByteSink() = default;
 
-    // Throws CRunError, with the name and the system's reason, if the bytes cannot be written.
+    // Throws CRunError, with the name and the system's reason, if the bytes cannot be written; CInterruptedError if the
+    // user did not want to wait for that.
     virtual void Write(const void* pData, std::size_t size) = 0;
 
     // All bytes are written: makes the result complete. Throws CRunError. Once, as the last call.
@@ -31,14 +34,15 @@ enum class ESpecialFile
     WriteInPlace, // straight into it: no temporary file, no seeking; a pipe's reader that goes away fails a write
 };
 
-// A file in the making. The bytes go to a temporary file in the same folder, ".page.tif.part-" and a random number,
-// which takes the place of the target in Finish. Without Finish the destructor removes it, and a target that was there
-// before stays as it was. A target that is a symbolic link stays one; the file that it names is replaced.
+// A file in the making. The bytes go to a temporary file in the same folder, without a name or with a hidden one (see
+// CFileWriter), which takes the place of the target in Finish, when its bytes are on the disk. Without Finish nothing is
+// left of it, and a target that was there before stays as it was. One that is replaced hands on its access rights and
+// its owner. A target that is a symbolic link stays one; the file that it names is replaced.
 class COutputFile : public CByteSink
 {
 public:
     // Throws CInputError if the target cannot be a file: it is a folder, its folder is missing or may not be written
-    // to; CRunError if the system fails otherwise.
+    // to, it is write-protected itself; CRunError if the system fails otherwise; CInterruptedError as Write does.
     COutputFile(const std::filesystem::path& target, ESpecialFile specialFile);
     ~COutputFile() override;
     COutputFile(const COutputFile&) = delete;
@@ -57,32 +61,20 @@ public:
     std::int64_t Size() const { return m_size; }
 
     // The system's reason for the first failure; empty if there was none.
-    const std::string& Failure_Text() const { return m_failure; }
+    std::string Failure_Text() const;
 
 private:
-    enum class ELastAction
-    {
-        None,
-        Read,
-        Write,
-    };
-
-    void Open_InPlace();
-    void Open_Temporary();
-    [[noreturn]] void Open_Refuse(int error);
-    bool Position_Reach(ELastAction action);
-    void Failure_Set();
-    void Temporary_Remove();
+    [[noreturn]] void Open_Refuse(int error) const;
+    bool Failure_Set(int error);
+    [[noreturn]] void Failure_Throw() const;
 
     std::string m_name;
-    std::filesystem::path m_target;    // with links followed
-    std::filesystem::path m_temporary; // empty: none is there
-    std::filebuf m_buffer;
-    std::int64_t m_position = 0;       // where the next action takes place
-    std::int64_t m_bufferPosition = 0; // where the buffer stands
+    std::filesystem::path m_target; // with links followed
+    CFileWriter m_writer;
+    bool m_bSpecial = false;
+    std::int64_t m_position = 0; // where the next action takes place
     std::int64_t m_size = 0;
-    ELastAction m_lastAction = ELastAction::None;
-    std::string m_failure;
+    int m_error = 0; // the first that the system told; 0: none
 };
 
 // Standard output as a stream of bytes.
@@ -98,8 +90,7 @@ public:
     const std::string& Name() const override { return m_name; }
 
 private:
-    [[noreturn]] void Failure_Throw() const;
-
     std::string m_name = "standard output";
     std::FILE* m_pStream;
+    CFileWriter m_writer;
 };

@@ -1,21 +1,29 @@
 // The process and its console, through the system's own calls.
 #include "Platform/Helper/ProcessHelper.h"
 
+#include "Platform/Helper/FileWriter.h"
 #include "Platform/Thread/CreateThread.h"
 
 #define PSAPI_VERSION 2 // the functions of the system's base library
 #include <psapi.h>
 #include <shellapi.h>
 
+#include <array>
 #include <atomic>
+#include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <fcntl.h>
 #include <io.h>
 
 namespace
 {
 
-std::atomic<void (*)()> g_pCloseHandler{nullptr};
+// What the C library makes of Ctrl-C, and what a program raises by itself.
+constexpr std::array endSignals = {SIGINT, SIGTERM};
+
+std::atomic<const CProcessHelper::SEndPlan*> g_pPlan{nullptr};
+std::atomic<bool> g_bEnding{false}; // the plan's first request has come
 
 std::string Utf8_Make(const wchar_t* text)
 {
@@ -32,6 +40,50 @@ bool IsConsole(DWORD standardHandle)
     return GetConsoleMode(GetStdHandle(standardHandle), &mode) != 0;
 }
 
+// Ends the process unless it forgets the plan in time.
+DWORD WINAPI Grace_Run(void* plan)
+{
+    const auto* pPlan = static_cast<const CProcessHelper::SEndPlan*>(plan);
+    Sleep(static_cast<DWORD>(pPlan->m_graceMs));
+    if (g_pPlan == pPlan && g_bEnding)
+    {
+        CFileWriter::HiddenFiles_Remove();
+        DWORD written = 0;
+        WriteFile(GetStdHandle(STD_ERROR_HANDLE), pPlan->m_pText, static_cast<DWORD>(std::strlen(pPlan->m_pText)),
+                  &written, nullptr);
+        TerminateProcess(GetCurrentProcess(), static_cast<UINT>(pPlan->m_exitStatus));
+    }
+    return 0;
+}
+
+// True if the request is the plan's; else the process is about to end.
+bool End_Begin()
+{
+    const CProcessHelper::SEndPlan* const pPlan = g_pPlan;
+    if (pPlan == nullptr || g_bEnding.exchange(true))
+    {
+        CFileWriter::HiddenFiles_Remove();
+        return false;
+    }
+    pPlan->m_pNote();
+    const HANDLE thread =
+        CreateThread(nullptr, 0, &Grace_Run, const_cast<CProcessHelper::SEndPlan*>(pPlan), 0, nullptr);
+    if (thread != nullptr)
+    {
+        CloseHandle(thread);
+    }
+    return true;
+}
+
+extern "C" void Signal_Handle(int signalNumber)
+{
+    std::signal(signalNumber, SIG_DFL);
+    if (!End_Begin())
+    {
+        std::raise(signalNumber);
+    }
+}
+
 // Runs on a thread that the system makes for it.
 BOOL WINAPI Close_Handle(DWORD event)
 {
@@ -39,12 +91,10 @@ BOOL WINAPI Close_Handle(DWORD event)
     {
         return FALSE; // a signal of the C library
     }
-    void (*const pHandler)() = g_pCloseHandler.exchange(nullptr);
-    if (pHandler == nullptr)
+    if (!End_Begin())
     {
         return FALSE;
     }
-    pHandler();
     if (event != CTRL_BREAK_EVENT)
     {
         Sleep(INFINITE); // the system ends the process when this returns, so it is left to the process to end
@@ -105,6 +155,11 @@ std::int64_t CProcessHelper::PeakMemoryBytes()
 
 void CProcessHelper::WriteSignals_Ignore() {}
 
+int CProcessHelper::Descriptor_Of(std::FILE* pStream)
+{
+    return _fileno(pStream);
+}
+
 void CProcessHelper::StandardOutput_Binary()
 {
     std::fflush(stdout);
@@ -116,14 +171,32 @@ std::int64_t CProcessHelper::ProcessId()
     return GetCurrentProcessId();
 }
 
-void CProcessHelper::TerminalClose_Handle(void (*pHandler)())
+// The C library finds out by itself what is not open, and gives its numbers to nothing else.
+void CProcessHelper::StandardDescriptors_Open() {}
+
+void CProcessHelper::EndRequests_Handle(const SEndPlan* pPlan)
 {
     SetConsoleCtrlHandler(&Close_Handle, FALSE);
-    g_pCloseHandler = pHandler;
-    if (pHandler != nullptr)
+    g_bEnding = false;
+    g_pPlan = pPlan;
+    for (const int endSignal : endSignals)
+    {
+        if (std::signal(endSignal, pPlan == nullptr ? SIG_DFL : &Signal_Handle) == SIG_IGN)
+        {
+            std::signal(endSignal, SIG_IGN);
+        }
+    }
+    if (pPlan != nullptr)
     {
         SetConsoleCtrlHandler(&Close_Handle, TRUE); // again as the last, which is asked first
     }
+}
+
+void CProcessHelper::StatusRequests_Mark() {}
+
+bool CProcessHelper::StatusRequest_Take()
+{
+    return false;
 }
 
 CConsoleText::CConsoleText() : m_formerCodePage(GetConsoleOutputCP())

@@ -1,6 +1,7 @@
 // The shared logger, and the one sink that takes its records to the console, the file and the listeners.
 #include "Platform/Log/CustomBoostLog.h"
 
+#include "Platform/Helper/FileWriter.h"
 #include "Platform/Log/SeverityLogger.h"
 
 #include <boost/date_time/posix_time/posix_time_types.hpp>
@@ -17,11 +18,10 @@
 #include <array>
 #include <atomic>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <limits>
 #include <map>
+#include <memory>
 #include <sstream>
 #include <utility>
 
@@ -129,7 +129,8 @@ public:
 
     int m_consoleMinimum = nothing;
     int m_fileMinimum = nothing;
-    std::ofstream m_file; // unbuffered: every record is one write of the system's
+    std::unique_ptr<CFileWriter> m_file; // unbuffered: every record is one write of the system's
+    int m_fileError = 0;                 // the first
     std::map<int, CCustomBoostLog::Listener> m_listeners;
     int m_lastListenerId = 0;
 
@@ -137,10 +138,12 @@ private:
     void Line_Write(const std::string& line, int severity)
     {
         bool bConsole = severity >= m_consoleMinimum;
-        if (severity >= m_fileMinimum && !m_file.write(line.data(), static_cast<std::streamsize>(line.size())))
+        if (severity >= m_fileMinimum)
         {
-            m_file.clear();  // the next record tries again
-            bConsole = true; // and this one is not lost
+            const auto noWaiting = [] { return true; };
+            const int error = m_file->Write(line.data(), line.size(), noWaiting);
+            m_fileError = m_fileError == 0 ? error : m_fileError;
+            bConsole = bConsole || error != 0; // it is not lost; the next record tries again
         }
         if (bConsole && !std::cerr.write(line.data(), static_cast<std::streamsize>(line.size())))
         {
@@ -210,10 +213,8 @@ void CCustomBoostLog::Console_Close()
 
 bool CCustomBoostLog::File_Open(const std::string& path, ESeverityLevel minimum)
 {
-    std::ofstream file;
-    file.rdbuf()->pubsetbuf(nullptr, 0);
-    file.open(std::filesystem::path(reinterpret_cast<const char8_t*>(path.c_str())), std::ios::app | std::ios::binary);
-    if (!file.is_open())
+    auto file = std::make_unique<CFileWriter>();
+    if (file->Append_To(path) != 0)
     {
         return false;
     }
@@ -221,6 +222,7 @@ bool CCustomBoostLog::File_Open(const std::string& path, ESeverityLevel minimum)
         [&](CRecordBackend& places)
         {
             places.m_file = std::move(file);
+            places.m_fileError = 0;
             places.m_fileMinimum = static_cast<int>(minimum);
         });
     return true;
@@ -231,9 +233,18 @@ void CCustomBoostLog::File_Close()
     State().Places_Change(
         [](CRecordBackend& places)
         {
-            places.m_file.close();
+            const int error = places.m_file == nullptr ? 0 : places.m_file->Place();
+            places.m_fileError = places.m_fileError == 0 ? error : places.m_fileError;
+            places.m_file.reset();
             places.m_fileMinimum = nothing;
         });
+}
+
+int CCustomBoostLog::File_Error()
+{
+    int error = 0;
+    State().Places_Change([&](const CRecordBackend& places) { error = places.m_fileError; });
+    return error;
 }
 
 int CCustomBoostLog::Listener_Add(Listener listener)

@@ -7,8 +7,8 @@
 // No record is dropped. The thread that writes a record waits until every place has taken it: there is no queue that
 // could overflow, records are never reordered within a thread, and those in the file have reached the system before a
 // crash could lose them. The price, a slow place slowing its writer, is paid only by records, which the data path
-// writes on failure alone. A record that the file does not take (a full disk) goes to standard error instead; the next
-// record tries the file again. Opening, changing or closing one place never costs another a record.
+// writes on failure alone. A record that the file does not take (a full disk, a pipe that nobody empties) goes to
+// standard error instead, and File_Error tells; the next record tries the file again. Opening, changing or closing one place never costs another a record.
 //
 // Everything here may be called from any thread.
 #pragma once
@@ -47,9 +47,14 @@ public:
     static void Console_Close();
 
     // Records of at least `minimum` are appended to the file at `path` (UTF-8), each by one write. Replaces
-    // a file opened before. False if the file cannot be opened for writing; a file opened before then stays.
+    // a file opened before. False if the file cannot be opened for writing, or is a pipe that nobody reads; a file opened
+    // before then stays.
     static bool File_Open(const std::string& path, ESeverityLevel minimum);
     static void File_Close();
+
+    // Why the file opened last did not take a record, or could not be closed: the C library's number of the first
+    // failure since it was opened; 0: it took them all.
+    static int File_Error();
 
     // `listener` is called for every record, on the thread that wrote it, under the sink's lock: it must neither write
     // records nor call anything of this class, and what it throws reaches the writer of the record. Returns a number

@@ -1,5 +1,5 @@
 // Interrupts as a flag: signals, and what a system does when the terminal is closed.
-#include "Host/Command/Interrupt.h"
+#include "Host/Interrupt.h"
 
 #include <gtest/gtest.h>
 
@@ -13,12 +13,12 @@ TEST(Interrupt, ASignalSetsTheFlagUntilTheNextOneBegins)
 {
     for (const int signalNumber : {SIGINT, SIGTERM})
     {
-        const CInterrupt interrupt;
+        const CInterrupt interrupt(130, "ended\n");
         EXPECT_FALSE(CInterrupt::IsRequested());
         std::raise(signalNumber);
         EXPECT_TRUE(CInterrupt::IsRequested());
     }
-    const CInterrupt next;
+    const CInterrupt next(130, "ended\n");
     EXPECT_FALSE(CInterrupt::IsRequested());
 }
 
@@ -43,7 +43,7 @@ TEST(Interrupt, ABreakSetsTheFlagAndTheSecondOneIsLeftToTheSystem)
     const CImportTable platform("ControllerPlatform.dll");
     const auto former = platform.Replace("SetConsoleCtrlHandler", &Handler_Keep);
     {
-        const CInterrupt interrupt;
+        const CInterrupt interrupt(130, "ended\n");
         ASSERT_NE(g_pHandler, nullptr);
         EXPECT_EQ(g_pHandler(CTRL_C_EVENT), FALSE); // a signal of the C library
         EXPECT_FALSE(CInterrupt::IsRequested());
@@ -59,7 +59,7 @@ TEST(Interrupt, ABreakSetsTheFlagAndTheSecondOneIsLeftToTheSystem)
 
 TEST(Interrupt, AClosedTerminalSetsTheFlag)
 {
-    const CInterrupt interrupt;
+    const CInterrupt interrupt(130, "ended\n");
     std::raise(SIGHUP);
     EXPECT_TRUE(CInterrupt::IsRequested());
 }
@@ -70,7 +70,7 @@ TEST(InterruptDeathTest, ASecondOneEndsTheProcess)
     {
         const auto interruptTwice = [signalNumber]
         {
-            const CInterrupt interrupt;
+            const CInterrupt interrupt(130, "ended\n");
             std::raise(signalNumber);
             std::raise(signalNumber);
         };
