@@ -13,8 +13,8 @@ extern "C"
     void __tsan_switch_to_fiber(void* fiber, unsigned flags);
     void __tsan_acquire(void* address);
     void __tsan_release(void* address);
-    void AnnotateIgnoreReadsAndWritesBegin(const char* file, int line);
-    void AnnotateIgnoreReadsAndWritesEnd(const char* file, int line);
+    void AnnotateIgnoreReadsBegin(const char* file, int line);
+    void AnnotateIgnoreReadsEnd(const char* file, int line);
 }
 #endif
 
@@ -42,15 +42,15 @@ private:
     void* m_outside = nullptr;
 };
 
-// What the scheduler does on a thread's behalf is no access of that thread's.
-class CSanitizerUnseen
+// What is done in between is no access of the running thread's. (To ignore reads ignores writes, too.)
+inline void Sanitizer_Unseen_Begin()
 {
-public:
-    CSanitizerUnseen() { AnnotateIgnoreReadsAndWritesBegin(__FILE__, __LINE__); }
-    ~CSanitizerUnseen() { AnnotateIgnoreReadsAndWritesEnd(__FILE__, __LINE__); }
-    CSanitizerUnseen(const CSanitizerUnseen&) = delete;
-    CSanitizerUnseen& operator=(const CSanitizerUnseen&) = delete;
-};
+    AnnotateIgnoreReadsBegin(__FILE__, __LINE__);
+}
+inline void Sanitizer_Unseen_End()
+{
+    AnnotateIgnoreReadsEnd(__FILE__, __LINE__);
+}
 
 inline void Sanitizer_Acquire(const void* object)
 {
@@ -68,11 +68,19 @@ struct CSanitizerFiber
     void Enter() {}
     void Leave() {}
 };
-struct CSanitizerUnseen
-{
-    CSanitizerUnseen() {} // NOLINT(modernize-use-equals-default): an object of it is no unused variable
-};
+inline void Sanitizer_Unseen_Begin() {}
+inline void Sanitizer_Unseen_End() {}
 inline void Sanitizer_Acquire(const void* /*object*/) {}
 inline void Sanitizer_Release(const void* /*object*/) {}
 
 #endif
+
+// What the scheduler does on a thread's behalf.
+class CSanitizerUnseen
+{
+public:
+    CSanitizerUnseen() { Sanitizer_Unseen_Begin(); }
+    ~CSanitizerUnseen() { Sanitizer_Unseen_End(); }
+    CSanitizerUnseen(const CSanitizerUnseen&) = delete;
+    CSanitizerUnseen& operator=(const CSanitizerUnseen&) = delete;
+};

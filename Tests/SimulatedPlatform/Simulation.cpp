@@ -186,6 +186,10 @@ SSimulationResult CWorld::Run(const std::function<void()>& scenario)
         m_current = std::exchange(m_next, nullptr);
         m_current->strand->Resume();
     }
+    for (const auto& thread : m_threads)
+    {
+        Sanitizer_Acquire(thread.get()); // the next run comes behind all of this one
+    }
     m_current = nullptr;
     g_world = nullptr;
     g_bInside = false;
@@ -607,6 +611,7 @@ void SimulatedThread_Close(SSimulatedThread& thread)
 
 CSimulationPause::CSimulationPause()
 {
+    Sanitizer_Unseen_Begin();
     if (g_world != nullptr)
     {
         ++g_world->m_pauseDepth;
@@ -619,6 +624,7 @@ CSimulationPause::~CSimulationPause()
     {
         --g_world->m_pauseDepth;
     }
+    Sanitizer_Unseen_End();
 }
 
 // What the compiler calls in every basic block of what is compiled with -fsanitize-coverage=trace-pc.

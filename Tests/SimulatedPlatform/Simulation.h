@@ -118,7 +118,8 @@ bool SimulatedThread_Wait(SSimulatedThread& thread, unsigned long timeoutMs);
 unsigned long SimulatedThread_ExitCode(const SSimulatedThread& thread);
 void SimulatedThread_Close(SSimulatedThread& thread);
 
-// No point is one while such an object lives: what is done meanwhile is done at once, as far as threads can tell.
+// No point is one while such an object lives: what is done meanwhile is done at once, as far as threads and
+// ThreadSanitizer can tell. For what a scenario notes down.
 class CSimulationPause
 {
 public:

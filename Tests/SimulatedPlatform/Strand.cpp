@@ -28,10 +28,21 @@ SExceptionState& ExceptionState_Get()
     return *reinterpret_cast<SExceptionState*>(abi::__cxa_get_globals());
 }
 
-// Stacks with a guard page, kept for the next fiber.
-class CKeptStacks
+constexpr std::size_t stackBytes = 128 * 1024; // with a guard page
+
+#ifdef SIMULATION_TSAN
+
+// The sanitizer takes a stack that is used again for what it was before, but knows a new one.
+using CStacks = boost::context::protected_fixedsize_stack;
+
+#else
+
+// Stacks that are kept for the next fiber.
+class CStacks
 {
 public:
+    explicit CStacks(std::size_t /*bytes*/) {}
+
     boost::context::stack_context allocate() // NOLINT(readability-identifier-naming): the library's name
     {
         if (Kept().empty())
@@ -49,8 +60,6 @@ public:
     }
 
 private:
-    static constexpr std::size_t stackBytes = 256 * 1024;
-
     static std::vector<boost::context::stack_context>& Kept()
     {
         static auto& kept = *new std::vector<boost::context::stack_context>();
@@ -58,11 +67,13 @@ private:
     }
 };
 
+#endif
+
 class CFiberStrand : public CStrand
 {
 public:
     explicit CFiberStrand(std::function<void()> body)
-        : m_body(std::move(body)), m_inside(std::allocator_arg, CKeptStacks(),
+        : m_body(std::move(body)), m_inside(std::allocator_arg, CStacks(stackBytes),
                                             [this](boost::context::fiber&& outside)
                                             {
                                                 m_outside = std::move(outside);

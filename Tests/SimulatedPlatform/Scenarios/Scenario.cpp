@@ -19,6 +19,8 @@ namespace
 // What a crash writes: made before, since little can be called when it happens.
 std::array<char, 256> g_current{};
 
+int g_raceCount = 0; // that ThreadSanitizer has reported
+
 [[noreturn]] void Crash_Report(int signal)
 {
     constexpr const char* before = "\nThis schedule crashed: ";
@@ -35,14 +37,26 @@ SSimulationResult Schedule_Try(const SScenario& scenario, const SSimulationSetup
     SPlainHook::failingCreation = 0;
     SPlainHook::creationCount = 0;
     SPlainHook::startedCount = 0;
+    g_raceCount = 0;
     const std::int64_t before = LiveAllocations_Count();
     SSimulationResult result = Simulation_Run(setup, scenario.run);
     const auto own = static_cast<std::int64_t>(!result.trace.empty()) + static_cast<std::int64_t>(!result.findings.empty());
     leftBlocks = LiveAllocations_Count() - before - own;
+    if (g_raceCount > 0)
+    {
+        result.findings.push_back("ThreadSanitizer has reported a race, above");
+    }
     return result;
 }
 
 } // namespace
+
+#ifdef SIMULATION_TSAN
+extern "C" [[gnu::visibility("default")]] void __tsan_on_report(void* /*report*/) // NOLINT(bugprone-reserved-identifier)
+{
+    ++g_raceCount;
+}
+#endif
 
 const std::vector<SScenario>& Scenarios_Get()
 {

@@ -1,7 +1,6 @@
 // The three stages, each fed by a producer and emptied by a consumer: to the end, stopped, failing, and side by side.
 #include "KelCommon/KelWait.h"
 #include "PlainHook.h"
-#include "SanitizerFiber.h"
 #include "Scenario.h"
 #include "SimulatedJob.h"
 #include "StageScenarios.h"
@@ -376,7 +375,6 @@ private:
     void State_Count()
     {
         const CSimulationPause pause;
-        const CSanitizerUnseen unseen;
         StopStates_Get().at(static_cast<std::size_t>(std::clamp(m_stage.m_processState, 0, 5)))++;
     }
 
@@ -431,7 +429,7 @@ void Scenario_Stopped()
     Expect(line.Create(), "a stage cannot be made");
     CScenarioThread producer("producer", [&line] { line.Produce_All(); });
     CScenarioThread consumer("consumer", [&line] { line.Consume(); });
-    Dawdle(800);
+    Dawdle(Simulation_Random(3) == 0 ? 10 : 800);
     Sleep(rest == 0 ? 0 : Simulation_Random(400));
     line.Stop();
     consumer.Join();
