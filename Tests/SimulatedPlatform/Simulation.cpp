@@ -123,6 +123,7 @@ private:
     void Switch();
     SThread* Next_Choose();
     SThread* Runnable_Take();
+    bool EndsEarly(const SThread& thread);
     bool IsQuiet(const SThread& thread) const;
     void Quiet_Count(EPoint point);
     void Priority_Change();
@@ -152,6 +153,7 @@ private:
     std::int64_t m_lowestPriority = 0;
 
     std::uint64_t m_blockMean;
+    bool m_bEarly; // waits of the platform may end early, as the contract allows
 };
 
 CWorld* g_world = nullptr;
@@ -163,10 +165,15 @@ CWorld* World_Get()
 }
 
 CWorld::CWorld(const SSimulationSetup& setup)
-    : m_scenarioRandom(setup.seed * 2 + 1), m_setup(setup), m_random(setup.seed * 2),
-      m_longestBurst(std::uint64_t{8} << 2 * m_random.Below(4)), m_longestStretch(std::uint64_t{16} << m_random.Below(9)),
-      m_pointsToChange(1 + m_random.Below(m_longestStretch)), m_changesLeft(1 + m_random.Below(5)),
-      m_blockMean(std::uint64_t{1} << 2 * m_random.Below(5))
+    : m_scenarioRandom(setup.seed * 2 + 1),
+      m_setup(setup),
+      m_random(setup.seed * 2),
+      m_longestBurst(std::uint64_t{8} << 2 * m_random.Below(4)),
+      m_longestStretch(std::uint64_t{16} << m_random.Below(9)),
+      m_pointsToChange(1 + m_random.Below(m_longestStretch)),
+      m_changesLeft(1 + m_random.Below(5)),
+      m_blockMean(std::uint64_t{1} << 2 * m_random.Below(5)),
+      m_bEarly(setup.seed % 4 == 3)
 {
 }
 
@@ -325,6 +332,10 @@ SThread* CWorld::Next_Choose()
             {
                 continue;
             }
+            if (EndsEarly(*thread))
+            {
+                thread->deadline = m_nowMs;
+            }
             if (thread->condition == nullptr || thread->deadline <= m_nowMs || (*thread->condition)())
             {
                 m_runnable.push_back(thread.get());
@@ -347,6 +358,13 @@ SThread* CWorld::Next_Choose()
         }
         Clock_Jump(nearest, nearestLong);
     }
+}
+
+// Seldom, and never a join or a lock.
+bool CWorld::EndsEarly(const SThread& thread)
+{
+    return m_bEarly && thread.condition != nullptr && thread.deadline != never && thread.deadline > m_nowMs &&
+           (thread.point == EPoint::EventWait || thread.point == EPoint::Monitor) && m_random.Below(100) == 0;
 }
 
 SThread* CWorld::Runnable_Take()

@@ -14,8 +14,9 @@ namespace
 
 constexpr const char* usage =
     "usage: SimulationRun [--schedules N] [--seed S] [--scenario NAME] [--policy POLICY] [--strands KIND] [--trace]\n"
+    "                     [--first]\n"
     "\n"
-    "Runs the library in simulated worlds until one of them shows something that should not be.\n"
+    "Runs the library in simulated worlds, each scenario until a schedule shows something that should not be.\n"
     "\n"
     "  --schedules N    how many, over all chosen scenarios; 10000. With --policy and without this: 1\n"
     "  --seed S         the first one's; the others' follow. 1\n"
@@ -23,6 +24,7 @@ constexpr const char* usage =
     "  --policy POLICY  random, bursts, priorities; or all, in turns\n"
     "  --strands KIND   what threads are made of: fibers, or threads (slow; for debuggers)\n"
     "  --trace          prints every step of the last schedule\n"
+    "  --first          ends with the first finding, whatever scenarios are left\n"
     "  --list           prints the scenarios\n"
     "\n"
     "Exit status: 0 nothing was found, 1 something was, 2 the arguments are wrong.\n";
@@ -35,6 +37,7 @@ struct SArguments
     std::string policy = "all";
     EStrand strand = EStrand::Fiber;
     bool bTrace = false;
+    bool bFirst = false;
     bool bList = false;
 };
 
@@ -98,6 +101,10 @@ SArguments Arguments_Read(int count, char** arguments)
         {
             read.bTrace = true;
         }
+        else if (name == "--first")
+        {
+            read.bFirst = true;
+        }
         else if (name == "--list")
         {
             read.bList = true;
@@ -135,7 +142,8 @@ class CRun
 {
 public:
     explicit CRun(const SArguments& arguments)
-        : m_arguments(arguments), m_policy(Policy_Find(arguments.policy)),
+        : m_arguments(arguments),
+          m_policy(Policy_Find(arguments.policy)),
           m_total(arguments.schedules.value_or(m_policy ? 1 : 10000))
     {
     }
@@ -149,7 +157,7 @@ public:
         for (const SScenario& scenario : Scenarios_Get())
         {
             const bool bAll = m_arguments.scenario == "all";
-            if (bAll || scenario.name == m_arguments.scenario)
+            if ((bAll || scenario.name == m_arguments.scenario) && !(bFound && m_arguments.bFirst))
             {
                 bKnown = true;
                 bFound = !Scenario_Go(scenario, bAll ? Schedule_Count(scenario, m_total) : m_total) || bFound;
@@ -185,8 +193,8 @@ private:
             }
             if (!result.findings.empty())
             {
-                std::printf("%s, after %llu schedules:\n", scenario.name.c_str(),
-                            static_cast<unsigned long long>(number + 1));
+                std::printf("%s, after %llu schedules, %llu in all:\n", scenario.name.c_str(),
+                            static_cast<unsigned long long>(number + 1), static_cast<unsigned long long>(m_runCount));
                 for (const std::string& finding : result.findings)
                 {
                     std::printf("  %s\n", finding.c_str());

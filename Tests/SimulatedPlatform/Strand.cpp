@@ -73,14 +73,15 @@ class CFiberStrand : public CStrand
 {
 public:
     explicit CFiberStrand(std::function<void()> body)
-        : m_body(std::move(body)), m_inside(std::allocator_arg, CStacks(stackBytes),
-                                            [this](boost::context::fiber&& outside)
-                                            {
-                                                m_outside = std::move(outside);
-                                                m_body();
-                                                m_sanitizer.Leave();
-                                                return std::move(m_outside);
-                                            })
+        : m_body(std::move(body)),
+          m_inside(std::allocator_arg, CStacks(stackBytes),
+                   [this](boost::context::fiber&& outside)
+                   {
+                       m_outside = std::move(outside);
+                       m_body();
+                       m_sanitizer.Leave();
+                       return std::move(m_outside);
+                   })
     {
     }
 

@@ -30,7 +30,8 @@ public:
     template<class TCondition>
     bool Wait(TCondition condition, unsigned long timeoutMs)
     {
-        return Simulation_Wait(EPoint::Monitor, this, timeoutMs, std::ref(condition), [this] { Sanitizer_Acquire(this); });
+        return Simulation_Wait(EPoint::Monitor, this, timeoutMs, std::ref(condition),
+                               [this] { Sanitizer_Acquire(this); });
     }
 
     template<class TCondition, class TChange>

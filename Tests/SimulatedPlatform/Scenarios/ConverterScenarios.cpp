@@ -107,7 +107,8 @@ void Scenario_ConvertWithoutThread()
 {
     CBandWork work;
     const auto map = Map_Draw();
-    SPlainHook::failingCreation = 1 + static_cast<int>(Simulation_Random(static_cast<unsigned>(work.GeneratorCount() + 1)));
+    SPlainHook::failingCreation =
+        1 + static_cast<int>(Simulation_Random(static_cast<unsigned>(work.GeneratorCount() + 1)));
     {
         CUnit2Board converter;
         Expect(!work.Create(converter, *map), "a converter is made without one of its threads");

@@ -40,7 +40,8 @@ SSimulationResult Schedule_Try(const SScenario& scenario, const SSimulationSetup
     g_raceCount = 0;
     const std::int64_t before = LiveAllocations_Count();
     SSimulationResult result = Simulation_Run(setup, scenario.run);
-    const auto own = static_cast<std::int64_t>(!result.trace.empty()) + static_cast<std::int64_t>(!result.findings.empty());
+    const auto own =
+        static_cast<std::int64_t>(!result.trace.empty()) + static_cast<std::int64_t>(!result.findings.empty());
     leftBlocks = LiveAllocations_Count() - before - own;
     if (g_raceCount > 0)
     {
@@ -52,7 +53,8 @@ SSimulationResult Schedule_Try(const SScenario& scenario, const SSimulationSetup
 } // namespace
 
 #ifdef SIMULATION_TSAN
-extern "C" [[gnu::visibility("default")]] void __tsan_on_report(void* /*report*/) // NOLINT(bugprone-reserved-identifier)
+extern "C" [[gnu::visibility("default")]] void
+__tsan_on_report(void* /*report*/) // NOLINT(bugprone-reserved-identifier)
 {
     ++g_raceCount;
 }
@@ -101,8 +103,10 @@ SSimulationSetup Schedule_Setup(std::uint64_t firstSeed, std::uint64_t number)
 std::uint64_t Schedule_Count(const SScenario& scenario, std::uint64_t total)
 {
     const auto& all = Scenarios_Get();
-    const int shares = std::accumulate(all.begin(), all.end(), 0, [](int sum, const SScenario& each) { return sum + each.share; });
-    return (total * static_cast<std::uint64_t>(scenario.share) + static_cast<std::uint64_t>(shares) - 1) / static_cast<std::uint64_t>(shares);
+    const int shares =
+        std::accumulate(all.begin(), all.end(), 0, [](int sum, const SScenario& each) { return sum + each.share; });
+    return (total * static_cast<std::uint64_t>(scenario.share) + static_cast<std::uint64_t>(shares) - 1) /
+           static_cast<std::uint64_t>(shares);
 }
 
 std::string Schedule_Describe(const SScenario& scenario, const SSimulationSetup& setup)
@@ -145,7 +149,8 @@ void ExpectEqual(long long actual, long long expected, const char* what)
 {
     if (actual != expected)
     {
-        Simulation_Finding(std::string(what) + ": " + std::to_string(actual) + " instead of " + std::to_string(expected));
+        Simulation_Finding(std::string(what) + ": " + std::to_string(actual) + " instead of " +
+                           std::to_string(expected));
     }
 }
 

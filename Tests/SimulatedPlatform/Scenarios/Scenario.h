@@ -12,8 +12,8 @@
 struct SScenario
 {
     std::string name;
-    std::string title;     // what happens in it
-    int share = 1;         // of the schedules of a run over all scenarios
+    std::string title; // what happens in it
+    int share = 1;     // of the schedules of a run over all scenarios
     void (*run)() = nullptr;
 };
 

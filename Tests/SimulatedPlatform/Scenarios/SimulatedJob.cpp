@@ -77,10 +77,7 @@ std::vector<SSimulatedJob> Jobs_Make()
 class CFaultyMap : public CPrintUnitDataMap_5
 {
 public:
-    CFaultyMap(EMapFault fault, int atCall) : m_fault(fault), m_callsLeft(atCall)
-    {
-        CPrintUnitDataMap_5::Init(1, 16);
-    }
+    CFaultyMap(EMapFault fault, int atCall) : m_fault(fault), m_callsLeft(atCall) { CPrintUnitDataMap_5::Init(1, 16); }
 
     bool MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                       int dstByteCount) const override

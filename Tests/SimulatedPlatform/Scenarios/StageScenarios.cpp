@@ -1,9 +1,9 @@
 // The three stages, each fed by a producer and emptied by a consumer: to the end, stopped, failing, and side by side.
+#include "StageScenarios.h"
 #include "KelCommon/KelWait.h"
 #include "PlainHook.h"
 #include "Scenario.h"
 #include "SimulatedJob.h"
-#include "StageScenarios.h"
 
 #include <algorithm>
 #include <array>
@@ -273,7 +273,8 @@ public:
     {
         for (std::size_t step = 0; step < stepCount; ++step)
         {
-            const unsigned rest = m_producerRestMs == 0 ? 0 : static_cast<unsigned>(Simulation_Random(m_producerRestMs));
+            const unsigned rest =
+                m_producerRestMs == 0 ? 0 : static_cast<unsigned>(Simulation_Random(m_producerRestMs));
             m_restedMs += rest;
             Sleep(rest);
             const bool bLast = step + 1 == stepCount;
@@ -294,7 +295,8 @@ public:
     {
         while (m_takenCount < m_boards.size())
         {
-            const unsigned rest = m_consumerRestMs == 0 ? 0 : static_cast<unsigned>(Simulation_Random(m_consumerRestMs));
+            const unsigned rest =
+                m_consumerRestMs == 0 ? 0 : static_cast<unsigned>(Simulation_Random(m_consumerRestMs));
             m_restedMs += rest;
             Sleep(rest);
             const bool bOver = m_bOver;
@@ -400,7 +402,8 @@ void Line_Run(const SSimulatedJob& job, unsigned producerMs, unsigned consumerMs
     Expect(line.Create(), "a stage cannot be made");
     CScenarioThread producer("producer", [&line] { line.Produce_All(); });
     line.Consume();
-    Expect(line.LastTakenMs() <= before + line.RestedMs(), "threads sat through a wait, though there was something to do");
+    Expect(line.LastTakenMs() <= before + line.RestedMs(),
+           "threads sat through a wait, though there was something to do");
     producer.Join();
     line.ExpectComplete();
 }
@@ -453,8 +456,8 @@ void Scenario_Unread()
     while (line.Board_Take(0))
     {
     }
-    ExpectEqual(static_cast<long long>(line.TakenCount()),
-                static_cast<long long>(std::min(room, line.BoardCount())), "board bands in a full output");
+    ExpectEqual(static_cast<long long>(line.TakenCount()), static_cast<long long>(std::min(room, line.BoardCount())),
+                "board bands in a full output");
 }
 
 // The producer ends in the middle of a step and says nothing.
@@ -555,7 +558,8 @@ std::vector<SScenario> StageScenarios_Get()
         {"one-fifo", "The one-FIFO stage converts a job", 4, &Scenario_Flow<SOneFIFOStage>},
         {"base-slow", "The base stage between a slow producer and a slow reader", 1, &Scenario_Slow<SBaseStage>},
         {"ink-slow", "The ink-stripe stage between a slow producer and a slow reader", 2, &Scenario_Slow<SInkStage>},
-        {"one-fifo-slow", "The one-FIFO stage between a slow producer and a slow reader", 2, &Scenario_Slow<SOneFIFOStage>},
+        {"one-fifo-slow", "The one-FIFO stage between a slow producer and a slow reader", 2,
+         &Scenario_Slow<SOneFIFOStage>},
         {"base-stopped", "The base stage is stopped at some moment", 2, &Scenario_Stopped<SBaseStage>},
         {"ink-stopped", "The ink-stripe stage is stopped at some moment", 3, &Scenario_Stopped<SInkStage>},
         {"one-fifo-stopped", "The one-FIFO stage is stopped at some moment", 3, &Scenario_Stopped<SOneFIFOStage>},

@@ -1,5 +1,5 @@
-// A recursive lock and the guard that holds it for a scope. Their operations are the simulation's; to be destroyed while
-// somebody holds it is a finding.
+// A recursive lock and the guard that holds it for a scope. Their operations are the simulation's; to be destroyed
+// while somebody holds it is a finding.
 #pragma once
 
 class CCustomCriticalSection

@@ -1,5 +1,5 @@
-// A manual-reset event: set until it is reset. Its operations are the simulation's; to be destroyed while somebody waits
-// is a finding.
+// A manual-reset event: set until it is reset. Its operations are the simulation's; to be destroyed while somebody
+// waits is a finding.
 #pragma once
 
 class CCustomManualResetEvent
