@@ -153,7 +153,7 @@ private:
     std::int64_t m_lowestPriority = 0;
 
     std::uint64_t m_blockMean;
-    bool m_bEarly; // waits of the platform may end early, as the contract allows
+    int m_earlyLeft; // waits of the platform that may end early, as the contract allows
 };
 
 CWorld* g_world = nullptr;
@@ -173,7 +173,7 @@ CWorld::CWorld(const SSimulationSetup& setup)
       m_pointsToChange(1 + m_random.Below(m_longestStretch)),
       m_changesLeft(1 + m_random.Below(5)),
       m_blockMean(std::uint64_t{1} << 2 * m_random.Below(5)),
-      m_bEarly(setup.seed % 4 == 3)
+      m_earlyLeft(setup.seed % 4 == 3 ? 30 : 0)
 {
 }
 
@@ -363,8 +363,13 @@ SThread* CWorld::Next_Choose()
 // Seldom, and never a join or a lock.
 bool CWorld::EndsEarly(const SThread& thread)
 {
-    return m_bEarly && thread.condition != nullptr && thread.deadline != never && thread.deadline > m_nowMs &&
-           (thread.point == EPoint::EventWait || thread.point == EPoint::Monitor) && m_random.Below(100) == 0;
+    if (m_earlyLeft == 0 || thread.condition == nullptr || thread.deadline == never || thread.deadline <= m_nowMs ||
+        (thread.point != EPoint::EventWait && thread.point != EPoint::Monitor) || m_random.Below(100) != 0)
+    {
+        return false;
+    }
+    --m_earlyLeft;
+    return true;
 }
 
 SThread* CWorld::Runnable_Take()
