@@ -3,8 +3,6 @@
 #include "PlainHook.h"
 #include "PlainLog.h"
 
-#include <chrono>
-
 namespace
 {
 
@@ -27,20 +25,18 @@ public:
     bool In(CBandData* band, unsigned timeoutMs) override { return m_bands.Put(band, timeoutMs); }
     void SetCompletedFlag() override
     {
-        const std::lock_guard guard(m_mutex);
-        m_bCompleted = true;
+        m_monitor.Change([this] { m_bCompleted = true; });
     }
     bool WaitForOut(unsigned timeoutMs) override { return m_bands.Data_Wait(timeoutMs); }
     bool Out(CBandData*& band, unsigned timeoutMs) override { return m_bands.Take(band, timeoutMs); }
     bool IsCompleted() override
     {
-        const std::lock_guard guard(m_mutex);
-        return m_bCompleted && m_bands.IsEmpty();
+        return m_monitor.Look([this] { return m_bCompleted; }) && m_bands.IsEmpty();
     }
 
 private:
     CPlainQueue m_bands;
-    std::mutex m_mutex;
+    CPlainMonitor m_monitor; // guards m_bCompleted
     bool m_bCompleted = false;
 };
 
@@ -58,46 +54,32 @@ CPlainQueue::~CPlainQueue()
 
 bool CPlainQueue::Data_Wait(unsigned long timeoutMs)
 {
-    std::unique_lock lock(m_mutex);
-    return m_changed.wait_for(lock, std::chrono::milliseconds(timeoutMs), [this] { return !m_bands.empty(); });
+    return m_monitor.Wait([this] { return HasData(); }, timeoutMs);
 }
 
 bool CPlainQueue::Space_Wait(unsigned long timeoutMs)
 {
-    std::unique_lock lock(m_mutex);
-    return m_changed.wait_for(lock, std::chrono::milliseconds(timeoutMs),
-                              [this] { return m_bands.size() < m_capacity; });
+    return m_monitor.Wait([this] { return HasSpace(); }, timeoutMs);
 }
 
 bool CPlainQueue::Put(CBandData* band, unsigned long timeoutMs)
 {
-    std::unique_lock lock(m_mutex);
-    if (!m_changed.wait_for(lock, std::chrono::milliseconds(timeoutMs), [this] { return m_bands.size() < m_capacity; }))
-    {
-        return false;
-    }
-    m_bands.push_back(band);
-    m_changed.notify_all();
-    return true;
+    return m_monitor.WaitAndChange([this] { return HasSpace(); }, timeoutMs, [&] { m_bands.push_back(band); });
 }
 
 bool CPlainQueue::Take(CBandData*& band, unsigned long timeoutMs)
 {
-    std::unique_lock lock(m_mutex);
-    if (!m_changed.wait_for(lock, std::chrono::milliseconds(timeoutMs), [this] { return !m_bands.empty(); }))
+    const auto Take = [&]
     {
-        return false;
-    }
-    band = m_bands.front();
-    m_bands.pop_front();
-    m_changed.notify_all();
-    return true;
+        band = m_bands.front();
+        m_bands.pop_front();
+    };
+    return m_monitor.WaitAndChange([this] { return HasData(); }, timeoutMs, Take);
 }
 
 bool CPlainQueue::IsEmpty()
 {
-    const std::lock_guard guard(m_mutex);
-    return m_bands.empty();
+    return m_monitor.Look([this] { return m_bands.empty(); });
 }
 
 // The input side.
@@ -160,8 +142,7 @@ bool CPlainPool::Full_In(CBandData* band, unsigned long timeoutMs)
 
 void CPlainPool::SetCompletedFlag()
 {
-    const std::lock_guard guard(m_mutex);
-    m_bCompleted = true;
+    m_monitor.Change([this] { m_bCompleted = true; });
 }
 
 bool CPlainPool::Full_WaitForOut(unsigned long timeoutMs)
@@ -181,8 +162,7 @@ bool CPlainPool::Empty_In(CBandData* band, unsigned long timeoutMs)
 
 bool CPlainPool::IsCompleted()
 {
-    const std::lock_guard guard(m_mutex);
-    return m_bCompleted && m_full.IsEmpty();
+    return m_monitor.Look([this] { return m_bCompleted; }) && m_full.IsEmpty();
 }
 
 // The output side.

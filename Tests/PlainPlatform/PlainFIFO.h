@@ -1,6 +1,5 @@
 // What stands behind the contract's band FIFOs, and their far ends: a pool with its producer's side, an output queue
-// with the next stage's side. Mutexes and condition variables; a wait lasts until there is something or the time is
-// over.
+// with the next stage's side. A wait lasts until there is something or the time is over.
 //
 // The library cannot include this header: it does not lie below the folder of the contract's headers.
 #pragma once
@@ -8,9 +7,10 @@
 #include "Platform/DataProcess/BandDataFIFO.h"
 #include "Platform/DataProcess/BandDataFIFO_S.h"
 
-#include <condition_variable>
+#include "PlainMonitor.h"
+
+#include <cstddef>
 #include <deque>
-#include <mutex>
 
 // A bounded queue of bands, which owns those that are in it.
 class CPlainQueue
@@ -28,8 +28,10 @@ public:
     bool IsEmpty();
 
 private:
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
+    bool HasData() const { return !m_bands.empty(); }
+    bool HasSpace() const { return m_bands.size() < m_capacity; }
+
+    CPlainMonitor m_monitor; // guards m_bands
     std::deque<CBandData*> m_bands;
     std::size_t m_capacity;
 };
@@ -84,7 +86,7 @@ public:
 private:
     CPlainQueue m_empty;
     CPlainQueue m_full;
-    std::mutex m_mutex;
+    CPlainMonitor m_monitor; // guards m_bCompleted
     bool m_bCompleted = false;
 };
 

@@ -1,0 +1,86 @@
+// What ThreadSanitizer wants to be told, where it is built in: which fiber runs, and which operations of the platform
+// order one thread's work before another's. The platform and the scheduler are not instrumented themselves; only what
+// the contract promises counts as order, so that the library is seen to rely on no more. Nothing without
+// SIMULATION_TSAN.
+#pragma once
+
+#ifdef SIMULATION_TSAN
+extern "C"
+{
+    void* __tsan_get_current_fiber();
+    void* __tsan_create_fiber(unsigned flags);
+    void __tsan_destroy_fiber(void* fiber);
+    void __tsan_switch_to_fiber(void* fiber, unsigned flags);
+    void __tsan_acquire(void* address);
+    void __tsan_release(void* address);
+    void AnnotateIgnoreReadsBegin(const char* file, int line);
+    void AnnotateIgnoreReadsEnd(const char* file, int line);
+}
+#endif
+
+#ifdef SIMULATION_TSAN
+
+class CSanitizerFiber
+{
+public:
+    CSanitizerFiber() : m_inside(__tsan_create_fiber(0)) {}
+    ~CSanitizerFiber() { __tsan_destroy_fiber(m_inside); }
+    CSanitizerFiber(const CSanitizerFiber&) = delete;
+    CSanitizerFiber& operator=(const CSanitizerFiber&) = delete;
+
+    void Enter()
+    {
+        m_outside = __tsan_get_current_fiber();
+        __tsan_switch_to_fiber(m_inside, withoutOrder);
+    }
+    void Leave() { __tsan_switch_to_fiber(m_outside, withoutOrder); }
+
+private:
+    static constexpr unsigned withoutOrder = 1;
+
+    void* m_inside;
+    void* m_outside = nullptr;
+};
+
+// What is done in between is no access of the running thread's. (To ignore reads ignores writes, too.)
+inline void Sanitizer_Unseen_Begin()
+{
+    AnnotateIgnoreReadsBegin(__FILE__, __LINE__);
+}
+inline void Sanitizer_Unseen_End()
+{
+    AnnotateIgnoreReadsEnd(__FILE__, __LINE__);
+}
+
+inline void Sanitizer_Acquire(const void* object)
+{
+    __tsan_acquire(const_cast<void*>(object));
+}
+inline void Sanitizer_Release(const void* object)
+{
+    __tsan_release(const_cast<void*>(object));
+}
+
+#else
+
+struct CSanitizerFiber
+{
+    void Enter() {}
+    void Leave() {}
+};
+inline void Sanitizer_Unseen_Begin() {}
+inline void Sanitizer_Unseen_End() {}
+inline void Sanitizer_Acquire(const void* /*object*/) {}
+inline void Sanitizer_Release(const void* /*object*/) {}
+
+#endif
+
+// What the scheduler does on a thread's behalf.
+class CSanitizerUnseen
+{
+public:
+    CSanitizerUnseen() { Sanitizer_Unseen_Begin(); }
+    ~CSanitizerUnseen() { Sanitizer_Unseen_End(); }
+    CSanitizerUnseen(const CSanitizerUnseen&) = delete;
+    CSanitizerUnseen& operator=(const CSanitizerUnseen&) = delete;
+};

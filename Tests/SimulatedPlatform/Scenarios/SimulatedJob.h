@@ -1,0 +1,32 @@
+// Jobs for converters and stages, with the board bands that the checked twin places for them. Made once, before the
+// first schedule.
+#pragma once
+
+#include "Tests/UnitData2BoardData/InkJob.h"
+
+#include <memory>
+#include <vector>
+
+struct SSimulatedJob
+{
+    SInkJob job;
+    std::vector<SBandImage> boards; // what every step must give
+
+    // The same job as the base stage converts it: without stripes for rest units.
+    std::vector<SBandImage> boardsWithoutStripes;
+};
+
+// One of the jobs, drawn from the running schedule's seed, and made the platform's configuration.
+const SSimulatedJob& Job_Apply();
+
+// The failures that a map can be made to have.
+enum class EMapFault
+{
+    None,
+    Refuses,      // MapData_Line returns false
+    Throws,       // MapData_Line throws
+    ScratchThrows // CustomParam_Create throws
+};
+
+// The jobs' map, failing at one call. Not the library's own class: its lines come one by one.
+std::unique_ptr<CPrintUnitDataMap_Base> FaultyMap_Make(EMapFault fault, int atCall);
