@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <random>
 #include <stdexcept>
@@ -55,6 +56,29 @@ inline std::unique_ptr<CPrintUnitDataMap_Base> Map_Make(const STwinStyle& style)
         return Map_Init<CPrintUnitDataMap_03_01>(1, style.frameWidth);
     }
     throw std::invalid_argument("no such style");
+}
+
+// How many board bytes the map touches when it is told of `dstByteCount`: whole source bytes are never clipped.
+inline int DstSize_Needed(const STwinStyle& style, int lineBitCount, int dstByteCount)
+{
+    const int wholeBytes = std::max(0, lineBitCount) / 8;
+    const int w = style.frameWidth;
+    switch (style.style)
+    {
+    case ETwinStyle::Style_6:
+        return (lineBitCount + 7) / 8 * w;
+    case ETwinStyle::Style_7:
+        return (2 * lineBitCount + 7) / 8 * w;
+    case ETwinStyle::Style_8:
+        return std::max(dstByteCount, dstByteCount / 2 + wholeBytes * w / 2);
+    case ETwinStyle::Style_03:
+        return (100 * w + 7) / 8;
+    case ETwinStyle::Style_03_01:
+        return 13 * w;
+    default:
+        return std::max(dstByteCount,
+                        wholeBytes * w * 8 / (style.style == ETwinStyle::Style_5 ? 8 * style.srcBitCount : 8));
+    }
 }
 
 // A scratch object of a map, given back when the test is done with it.
