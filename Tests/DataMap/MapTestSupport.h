@@ -58,26 +58,28 @@ inline std::unique_ptr<CPrintUnitDataMap_Base> Map_Make(const STwinStyle& style)
     throw std::invalid_argument("no such style");
 }
 
-// How many board bytes the map touches when it is told of `dstByteCount`: whole source bytes are never clipped.
-inline int DstSize_Needed(const STwinStyle& style, int lineBitCount, int dstByteCount)
+// The board bytes that lines of `lineBitCount` may touch when the map is told of `dstByteCount`: whole source bytes are
+// never clipped.
+inline int DstSize_Needed(const STwinStyle& layout, int lineBitCount, int dstByteCount)
 {
-    const int wholeBytes = std::max(0, lineBitCount) / 8;
-    const int w = style.frameWidth;
-    switch (style.style)
+    const int bits = std::max(0, lineBitCount);
+    const int w = layout.frameWidth;
+    switch (layout.style)
     {
     case ETwinStyle::Style_6:
-        return (lineBitCount + 7) / 8 * w;
+        return (bits + 7) / 8 * w;
     case ETwinStyle::Style_7:
-        return (2 * lineBitCount + 7) / 8 * w;
+        return (2 * bits + 7) / 8 * w;
     case ETwinStyle::Style_8:
-        return std::max(dstByteCount, dstByteCount / 2 + wholeBytes * w / 2);
+        return std::max(dstByteCount, std::max(0, dstByteCount / 2) + bits / 8 * w / 2);
     case ETwinStyle::Style_03:
         return (100 * w + 7) / 8;
     case ETwinStyle::Style_03_01:
         return 13 * w;
+    case ETwinStyle::Style_5:
+        return std::max(dstByteCount, bits / 8 * (8 / layout.srcBitCount * w / 8));
     default:
-        return std::max(dstByteCount,
-                        wholeBytes * w * 8 / (style.style == ETwinStyle::Style_5 ? 8 * style.srcBitCount : 8));
+        return std::max(dstByteCount, bits / 8 * w);
     }
 }
 
