@@ -54,7 +54,10 @@ build_packages=(g++ cmake ninja-build ccache pkg-config libboost-log-dev libcli1
 page_packages=(ghostscript netpbm)
 # What it takes to check and test.
 test_packages=(abigail-tools binutils clang clang-format clang-tidy dpkg-dev file fish git groff-base
-    libboost-context-dev libc++-dev libgmock-dev libgtest-dev librapidcheck-dev shellcheck valgrind zsh)
+    libboost-context-dev libc++-dev libgmock-dev libgtest-dev librapidcheck-dev python3 shellcheck valgrind zsh)
+# What it takes to count what the tests run, and to look for inputs that break something.
+coverage_packages=(gcovr)
+fuzz_packages=(libclang-rt-dev)
 # What it takes to measure, peers included.
 bench_packages=(bitshuffle libbenchmark-dev libboost-dev libtbb-dev linux-perf python3-matplotlib python3-numpy)
 # What it takes to build for 64-bit Windows, third-party libraries included, and to run the result.

@@ -18,7 +18,7 @@
 namespace
 {
 
-int Positions_Get(const SPassPlan& pass, int pageColumns)
+int Positions_Get(const SPassLayout& pass, int pageColumns)
 {
     return pass.positions > 0 ? pass.positions : pageColumns;
 }
@@ -191,7 +191,7 @@ bool CSeparationProducer::Rows_Read()
 
 void CSeparationProducer::Band_Fill(CBandData& band) const
 {
-    const SPassPlan& pass = Pass();
+    const SPassLayout& pass = Pass();
     const int positions = Positions_Get(pass, m_reader->Width());
     if (band.m_width != m_bandSize.width || band.m_bitsPerPixel != m_bandSize.bitsPerPixel ||
         !band.Height_Set(positions * m_linesPerPosition))

@@ -19,7 +19,7 @@
 #include <vector>
 
 // Where the page's columns lie in the bands of one pass, in scan positions from the first that the carriage meets.
-struct SPassPlan
+struct SPassLayout
 {
     int positions = 0;     // of a band; 0: as many as the page has columns
     int imagePosition = 0; // where the first column stands that the carriage meets; the positions around have no ink
@@ -32,9 +32,9 @@ struct SSwathPlan
     bool bBidirectional = false; // every other swath runs right to left, its positions in reverse
     bool bByUnitPlanes = false;  // 2-bit pixels as two 1-bit lines per position: the high bits, then the low bits
     bool bBitsAsPixels = false;  // 2-bit pixels are described as pairs of 1-bit pixels: twice as wide, the same bytes
-    SPassPlan leftToRight = {};
-    SPassPlan rightToLeft = {}; // bidirectional pages only
-    bool bMarkBlank = false;    // a swath without any ink is marked to be skipped
+    SPassLayout leftToRight = {};
+    SPassLayout rightToLeft = {}; // bidirectional pages only
+    bool bMarkBlank = false;      // a swath without any ink is marked to be skipped
     int unitIndex = 0;
     int unitDirection = 0;
     int pageIndex = 0;
@@ -105,7 +105,7 @@ private:
     void Swath_Next();
     void Margin_Clear(CBandData& band, int firstPosition, int positionCount) const;
     std::ptrdiff_t PositionBytes(const CBandData& band) const; // from one scan position to the next
-    const SPassPlan& Pass() const { return IsReverse() ? m_plan.rightToLeft : m_plan.leftToRight; }
+    const SPassLayout& Pass() const { return IsReverse() ? m_plan.rightToLeft : m_plan.leftToRight; }
     bool IsReverse() const { return m_plan.bBidirectional && m_swathIndex % 2 == 1; }
     int SwathRows() const;
     unsigned char* Row_At(int row) { return m_rows.data() + static_cast<std::size_t>(row) * m_rowStride; }

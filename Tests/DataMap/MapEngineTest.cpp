@@ -75,30 +75,6 @@ STwinStyle Style_Draw(ETwinStyle style)
     return layout;
 }
 
-// The board bytes that lines of `lineBitCount` may touch when the map is told of `dstByteCount`.
-int DstSize_Needed(const STwinStyle& layout, int lineBitCount, int dstByteCount)
-{
-    const int bits = std::max(0, lineBitCount);
-    const int w = layout.frameWidth;
-    switch (layout.style)
-    {
-    case ETwinStyle::Style_6:
-        return (bits + 7) / 8 * w;
-    case ETwinStyle::Style_7:
-        return (2 * bits + 7) / 8 * w;
-    case ETwinStyle::Style_8:
-        return std::max(dstByteCount, std::max(0, dstByteCount / 2) + bits / 8 * w / 2);
-    case ETwinStyle::Style_03:
-        return (100 * w + 7) / 8;
-    case ETwinStyle::Style_03_01:
-        return 13 * w;
-    case ETwinStyle::Style_5:
-        return std::max(dstByteCount, bits / 8 * (8 / layout.srcBitCount * w / 8));
-    default:
-        return std::max(dstByteCount, bits / 8 * w);
-    }
-}
-
 struct SSource
 {
     SSrcBandDataParam param;

@@ -70,29 +70,6 @@ STwinStyle Style_Draw(ETwinStyle style)
     return layout;
 }
 
-// How many board bytes the map touches when it is told of `dstByteCount`: whole source bytes are never clipped.
-int DstSize_Needed(const SLineCase& line, int dstByteCount)
-{
-    const int wholeBytes = std::max(0, line.param.m_lineBitCount) / 8;
-    const int w = line.style.frameWidth;
-    switch (line.style.style)
-    {
-    case ETwinStyle::Style_6:
-        return (line.param.m_lineBitCount + 7) / 8 * w;
-    case ETwinStyle::Style_7:
-        return (2 * line.param.m_lineBitCount + 7) / 8 * w;
-    case ETwinStyle::Style_8:
-        return std::max(dstByteCount, dstByteCount / 2 + wholeBytes * w / 2);
-    case ETwinStyle::Style_03:
-        return (100 * w + 7) / 8;
-    case ETwinStyle::Style_03_01:
-        return 13 * w;
-    default:
-        return std::max(dstByteCount, wholeBytes * w * 8 /
-                                          (line.style.style == ETwinStyle::Style_5 ? 8 * line.style.srcBitCount : 8));
-    }
-}
-
 SLineCase Line_Draw(const STwinStyle& layout, int unitIndex)
 {
     SLineCase line;
@@ -102,10 +79,11 @@ SLineCase Line_Draw(const STwinStyle& layout, int unitIndex)
     const int srcBytes = (std::max(0, line.param.m_lineBitCount) + 7) / 8;
     const bool bBlocks = layout.style == ETwinStyle::Style_03 || layout.style == ETwinStyle::Style_03_01;
     line.src = Source_Draw(static_cast<std::size_t>(bBlocks ? 50 : srcBytes));
-    const int lineBytes = DstSize_Needed(line, 0) + layout.frameWidth;
+    const int lineBytes = DstSize_Needed(line.style, line.param.m_lineBitCount, 0) + layout.frameWidth;
     line.dstByteCount = Draw(layout.style == ETwinStyle::Style_8 ? 0 : -2, 2 * lineBytes);
     std::mt19937 random(static_cast<unsigned>(Draw(0, 1 << 20)));
-    line.dst = Bytes_Random(random, static_cast<std::size_t>(std::max(0, DstSize_Needed(line, line.dstByteCount))));
+    line.dst = Bytes_Random(random, static_cast<std::size_t>(std::max(
+                                        0, DstSize_Needed(line.style, line.param.m_lineBitCount, line.dstByteCount))));
     if (Draw(0, 1) == 0)
     {
         std::fill(line.dst.begin(), line.dst.end(), static_cast<unsigned char>(0));

@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <random>
 #include <stdexcept>
@@ -55,6 +56,31 @@ inline std::unique_ptr<CPrintUnitDataMap_Base> Map_Make(const STwinStyle& style)
         return Map_Init<CPrintUnitDataMap_03_01>(1, style.frameWidth);
     }
     throw std::invalid_argument("no such style");
+}
+
+// The board bytes that lines of `lineBitCount` may touch when the map is told of `dstByteCount`: whole source bytes are
+// never clipped.
+inline int DstSize_Needed(const STwinStyle& layout, int lineBitCount, int dstByteCount)
+{
+    const int bits = std::max(0, lineBitCount);
+    const int w = layout.frameWidth;
+    switch (layout.style)
+    {
+    case ETwinStyle::Style_6:
+        return (bits + 7) / 8 * w;
+    case ETwinStyle::Style_7:
+        return (2 * bits + 7) / 8 * w;
+    case ETwinStyle::Style_8:
+        return std::max(dstByteCount, std::max(0, dstByteCount / 2) + bits / 8 * w / 2);
+    case ETwinStyle::Style_03:
+        return (100 * w + 7) / 8;
+    case ETwinStyle::Style_03_01:
+        return 13 * w;
+    case ETwinStyle::Style_5:
+        return std::max(dstByteCount, bits / 8 * (8 / layout.srcBitCount * w / 8));
+    default:
+        return std::max(dstByteCount, bits / 8 * w);
+    }
 }
 
 // A scratch object of a map, given back when the test is done with it.

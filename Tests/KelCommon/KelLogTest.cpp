@@ -95,3 +95,12 @@ TEST(KelLog, AScopeEndsWithItsRecord)
     EXPECT_EQ(records[1].line, 7);
     EXPECT_THAT(records[1].function, HasSubstr("TestBody"));
 }
+
+// While the program runs, too, not only while it is compiled.
+TEST(KelLog, TheBaseNameOfAPathWithOrWithoutFoldersIsTheSame)
+{
+    for (const std::string path : {"Name.cpp", "a/Name.cpp", "a\\b\\Name.cpp", "Name"})
+    {
+        EXPECT_EQ(KelLog_BaseName(path), "Name") << path;
+    }
+}

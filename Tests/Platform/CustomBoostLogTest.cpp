@@ -223,6 +223,15 @@ TEST_F(CustomBoostLog, TheConsoleShowsTimeSeverityThreadPlaceMessageAndScopeOnOn
     EXPECT_EQ(text.back(), '\n');
 }
 
+TEST_F(CustomBoostLog, ASeverityWithoutANameIsAQuestionMark)
+{
+    testing::internal::CaptureStderr();
+    CCustomBoostLog::Console_Open(error);
+    Record_Write(static_cast<ESeverityLevel>(9), "beyond");
+    CCustomBoostLog::Console_Close();
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr(" ?     "));
+}
+
 TEST_F(CustomBoostLog, TheConsoleShowsItsMinimumAndAboveUntilItIsClosed)
 {
     testing::internal::CaptureStderr();

@@ -848,6 +848,18 @@ TEST(TamBaseThread, APauseTakenBackAndMadeAgainAtOnceIsAPause)
 
 // Copies.
 
+TEST(TamBaseThread, AssignedToItselfAWorkerStaysAsItIs)
+{
+    CCopyableWorker worker;
+    ASSERT_TRUE(worker.Start("Same"));
+    ASSERT_TRUE(worker.WaitExit(testPatienceMs));
+    const int state = worker.State();
+    const CCopyableWorker& self = worker;
+    worker = self;
+    EXPECT_EQ(worker.State(), state);
+    EXPECT_EQ(worker.Name(), "Same");
+}
+
 TEST(TamBaseThread, ACopyIsAWorkerOfTheSameNameThatWasNotStarted)
 {
     CCopyableWorker original;

@@ -538,7 +538,7 @@ TEST(SeparationProducer, EachPassHasItsOwnMarginsAroundTheImageWhateverTheBandHe
         ASSERT_EQ(bands.size(), 4U);
         for (std::size_t i = 0; i < bands.size(); ++i)
         {
-            const SPassPlan& pass = i % 2 == 0 ? plan.leftToRight : plan.rightToLeft;
+            const SPassLayout& pass = i % 2 == 0 ? plan.leftToRight : plan.rightToLeft;
             const auto bytesPerPosition = static_cast<std::size_t>(bits * bands[i].bytesPerLine);
             std::vector<unsigned char> expected(static_cast<std::size_t>(pass.positions) * bytesPerPosition, 0);
             std::copy(images[i].data.begin(), images[i].data.end(),
