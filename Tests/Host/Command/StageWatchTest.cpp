@@ -60,6 +60,10 @@ TEST(StageWatch, AConverterThatLosesALineGeneratorEndsTheStageWithinASecondAndIs
     for (const ELine line : {ELine::Fails, ELine::Throws})
     {
         CConfigGuard config;
+        config.m_param.m_maskData.m_maskCount_1 = 1;
+        config.m_param.m_maskData.m_maskCount_2 = 1;
+        config.m_colorGroups = {{patternLayoutGroup, SGroupSetup()}};
+        config.Apply();
         CBandDataFIFO unit("unit 0");
         auto* pBand = new CBandData();
         ASSERT_TRUE(pBand->Create(16, 40, 1, 1));

@@ -182,7 +182,7 @@ void CFaultSweep::Sweep(const SScenario& scenario)
     std::map<int, int> statuses;
     for (const auto& [kind, calls] : m_reference.m_calls)
     {
-        const long step = calls <= 60 ? 1 : stride;
+        const long step = calls <= 80 ? 1 : stride;
         for (const long count : {1L, 3L})
         {
             for (long call = 1; call <= calls && (pOnly == nullptr || kind == pOnly); call += step)
