@@ -1,8 +1,8 @@
 // Ctrl-C as a flag: the command asks between its steps and winds down in order.
 #pragma once
 
-// While it lives, an interrupt, a request to terminate or a terminal that is closed only sets the flag. The process that
-// has not wound down within a second after that, since something does not answer, is ended all the same; a second
+// While it lives, an interrupt, a request to terminate or a terminal that is closed only sets the flag. The process
+// that has not wound down within a second after that, since something does not answer, is ended all the same; a second
 // request ends it at once. One at a time; created on the main thread.
 class CInterrupt
 {

@@ -55,8 +55,8 @@ void CFailureRecords::Record_Add(const SLogRecord& record)
     const bool bTelling = record.message != "failure" && !record.message.starts_with("m_processState");
     if (m_records.size() < keptRecords || bTelling)
     {
-        m_records.push_back({record.message + " (" + record.fileName + ':' + std::to_string(record.line) + ')',
-                             bTelling});
+        m_records.push_back(
+            {record.message + " (" + record.fileName + ':' + std::to_string(record.line) + ')', bTelling});
     }
 }
 
@@ -207,11 +207,11 @@ std::string CConversion::Status_Text(std::int64_t bandsTaken)
 {
     const auto Thread_Text = [](TamBaseThread& thread) { return thread.WaitExit(0) ? "ended" : "runs"; };
     const int made = m_watch.BandCount_Get();
-    std::string text = "stage " + EnumName_Get(EnumNames_StageKind(), static_cast<int>(m_job.m_stageKind)) + ": thread " +
-                       Thread_Text(*m_stage) + ", state " + StageState_Text(m_watch.State_Get()) + ", " +
-                       std::to_string(made) + " bands made, " +
-                       (CThreadStatusMonitor::BusyCount_Get(ECustomThreadId::UnitData2BoardData) > 0 ? "busy" : "idle") +
-                       '\n';
+    std::string text =
+        "stage " + EnumName_Get(EnumNames_StageKind(), static_cast<int>(m_job.m_stageKind)) + ": thread " +
+        Thread_Text(*m_stage) + ", state " + StageState_Text(m_watch.State_Get()) + ", " + std::to_string(made) +
+        " bands made, " +
+        (CThreadStatusMonitor::BusyCount_Get(ECustomThreadId::UnitData2BoardData) > 0 ? "busy" : "idle") + '\n';
     if (m_watch.IsConverterRunning())
     {
         text += "band converter: maps band " + std::to_string(made) + " on " +
@@ -220,9 +220,9 @@ std::string CConversion::Status_Text(std::int64_t bandsTaken)
     for (std::size_t i = 0; i < m_producers.size(); ++i)
     {
         const int queued = m_producers[i]->QueuedCount_Get();
-        text += Job_UnitText(*m_units[i]) + ": thread " + Thread_Text(*m_producers[i]) + ", " +
-                std::to_string(queued) + " bands queued, " + std::to_string(queued - m_fifos[i]->TakenCount_Get()) +
-                " of " + std::to_string(m_job.m_inputBands) + " wait\n";
+        text += Job_UnitText(*m_units[i]) + ": thread " + Thread_Text(*m_producers[i]) + ", " + std::to_string(queued) +
+                " bands queued, " + std::to_string(queued - m_fifos[i]->TakenCount_Get()) + " of " +
+                std::to_string(m_job.m_inputBands) + " wait\n";
     }
     if (m_feeder != nullptr)
     {

@@ -5,9 +5,9 @@
 #include "Host/Command/BoardOutput.h"
 #include "Host/Command/Command.h"
 #include "Host/Command/Conversion.h"
-#include "Host/Interrupt.h"
 #include "Host/Command/RunResult.h"
 #include "Host/HostError.h"
+#include "Host/Interrupt.h"
 #include "Host/Job/JobPage.h"
 #include "Host/Output/BoardRawWriter.h"
 #include "Host/PathText.h"
@@ -101,9 +101,10 @@ void Log_Open(const SConvertOptions& options, const SJob& job)
     }
     if (!CCustomBoostLog::File_Open(Path_Text(options.m_log), ESeverityLevel::Debug))
     {
-        throw CInputError(Path_Shown(options.m_log) +
-                          ": cannot be opened for writing; --log needs a file in a folder that is there, or a pipe that "
-                          "somebody reads");
+        throw CInputError(
+            Path_Shown(options.m_log) +
+            ": cannot be opened for writing; --log needs a file in a folder that is there, or a pipe that "
+            "somebody reads");
     }
 }
 

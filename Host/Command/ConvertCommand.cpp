@@ -42,7 +42,9 @@ const SCommand& Command_Convert()
     static const SCommand command = {
         .m_name = "convert",
         .m_summary = "Turn a job's separations into board data",
-        .m_text = "The job file: Docs/job-file.md. The output: Docs/board-stream.md.",
+        .m_text = "The job file: Docs/job-file.md. The output: Docs/board-stream.md.\n"
+                  "One Ctrl-C ends a run within a second, a second one at once. SIGUSR1, where there is one, has it "
+                  "tell what it is doing.",
         .m_options =
             {Option_Job(),
              {.m_kind = EOptionKind::File,

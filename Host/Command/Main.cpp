@@ -1,10 +1,11 @@
 // boardmap's entry: runs the command line, prints what went wrong, and picks the exit status.
 //
-// Libraries allocate in places where nobody can catch what that throws. Such an exception is told as any other, and ends
-// the process without an end of its threads and objects, but with nothing left behind.
+// Libraries allocate in places where nobody can catch what that throws. Such an exception is told as any other, and
+// ends the process without an end of its threads and objects, but with nothing left behind.
 #include "Host/Command/CommandLine.h"
 #include "Host/HostError.h"
 #include "Host/MemoryWatch.h"
+#include "Host/PathText.h"
 #include "Host/ShownText.h"
 #include "Platform/Helper/FileWriter.h"
 #include "Platform/Helper/ProcessHelper.h"
@@ -14,6 +15,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <filesystem>
 #include <iostream>
 #include <new>
 #include <thread>
@@ -83,6 +85,10 @@ int main(int argumentCount, char** arguments)
     catch (const std::bad_alloc&)
     {
         std::cerr << outOfMemory;
+    }
+    catch (const std::filesystem::filesystem_error& error)
+    {
+        std::cerr << Path_Shown(error.path1()) << ": " << error.code().message() << '\n';
     }
     catch (const std::exception& error)
     {

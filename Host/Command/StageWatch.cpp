@@ -71,8 +71,8 @@ std::string CStageWatch::Failure_Text() const
 
 std::string StageState_Text(int state)
 {
-    static constexpr std::array names = {"not begun",          "Initialize", "GetInputData",
-                                         "AllocateOutputBuffer", "Process",    "ReleaseInputElement"};
+    static constexpr std::array names = {"not begun", "Initialize",         "GetInputData", "AllocateOutputBuffer",
+                                         "Process",   "ReleaseInputElement"};
     const bool bNamed = state >= 0 && static_cast<std::size_t>(state) < names.size();
     return std::to_string(state) + (bNamed ? std::string(" ") + names[static_cast<std::size_t>(state)] : "");
 }

@@ -6,8 +6,8 @@
 // that ran out, or a request to stop makes them stop it. They also hold the converter to its word: a band that it did
 // not finish fails the run.
 //
-// A watch is made by the conversion before the stage, which is its only writer on the stage's own thread; any thread may
-// read it.
+// A watch is made by the conversion before the stage, which is its only writer on the stage's own thread; any thread
+// may read it.
 #pragma once
 
 #include "DataMap/PrintUnitDataMap_Base.h"
@@ -71,7 +71,7 @@ std::string StageState_Text(int state);
 
 // A stage of the library, watched.
 template<class TStage>
-class CWatchedStage final : public TStage
+class CWatchedStage : public TStage
 {
 public:
     // The watch stays the caller's and must outlive the stage.

@@ -2,10 +2,10 @@
 #include "Host/Command/VerifyCommand.h"
 
 #include "Host/Command/Answer.h"
-#include "Host/Interrupt.h"
 #include "Host/Command/Progress.h"
 #include "Host/Command/Verification.h"
 #include "Host/HostError.h"
+#include "Host/Interrupt.h"
 #include "Host/PathText.h"
 
 #include <nlohmann/json.hpp>

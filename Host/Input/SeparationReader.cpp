@@ -242,7 +242,9 @@ void CSeparationReader::Block_Check(const STiffPage& page, std::uint32_t index)
     {
         const std::uint64_t rowBytes = page.bTiled ? page.tileRowBytes : page.rowBytes;
         const std::uint64_t rows = page.PlainBytes(index) / rowBytes;
-        if (!TiffExpansion_Fits(page.compression, size, rows, rowBytes))
+        // What is small is decoded, which says more of what is wrong.
+        constexpr std::uint64_t small = std::uint64_t{1} << 20U;
+        if (page.PlainBytes(index) > small && !TiffExpansion_Fits(page.compression, size, rows, rowBytes))
         {
             m_file->Fail(name + " has " + std::to_string(size) + " bytes of compressed data, which cannot be " +
                          std::to_string(rows) + " rows of " + std::to_string(rowBytes) + " bytes");

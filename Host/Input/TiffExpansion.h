@@ -1,5 +1,5 @@
-// How much a piece of compressed data can stand for, so that a short file cannot ask for much memory. Pure functions; any
-// thread.
+// How much a piece of compressed data can stand for, so that a short file cannot ask for much memory. Pure functions;
+// any thread.
 #pragma once
 
 #include <cstdint>
@@ -25,7 +25,8 @@ inline std::uint64_t TiffExpansion_Most(std::uint16_t compression)
 }
 
 // Whether `bytes` bytes of compressed data can be `rows` rows of `rowBytes` bytes.
-inline bool TiffExpansion_Fits(std::uint16_t compression, std::uint64_t bytes, std::uint64_t rows, std::uint64_t rowBytes)
+inline bool TiffExpansion_Fits(std::uint16_t compression, std::uint64_t bytes, std::uint64_t rows,
+                               std::uint64_t rowBytes)
 {
     switch (compression)
     {

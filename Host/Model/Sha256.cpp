@@ -3,6 +3,9 @@
 
 #include "Host/HostError.h"
 
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <gcrypt.h>
 
 namespace
@@ -10,13 +13,28 @@ namespace
 
 constexpr std::size_t hashBytes = 32;
 
-// Once in a process, before anything else is asked of the library. It would end the process if it could not read what
-// the system says of certified modes, which are nothing that a hash of board data needs.
+// The library ends the process where it finds something wrong with the system, not where it is asked to. It has said
+// why before it aborts, but not before it tells that there is no memory; both are a failed run.
+extern "C" void Abort_Handle(int /*signalNumber*/)
+{
+    std::_Exit(1);
+}
+
+extern "C" void Fatal_Handle(void* /*own*/, int /*error*/, const char* /*pText*/)
+{
+    std::fputs("out of memory\n", stderr);
+    std::_Exit(1);
+}
+
+// Once in a process, before anything else is asked of the library.
 bool Library_Begin()
 {
-    gcry_control(GCRYCTL_NO_FIPS_MODE, 0);
-    return gcry_check_version(GCRYPT_VERSION) != nullptr && gcry_control(GCRYCTL_DISABLE_SECMEM, 0) == 0 &&
-           gcry_control(GCRYCTL_INITIALIZATION_FINISHED, 0) == 0;
+    gcry_set_fatalerror_handler(&Fatal_Handle, nullptr);
+    auto* const pFormer = std::signal(SIGABRT, &Abort_Handle);
+    const bool bReady = gcry_check_version(GCRYPT_VERSION) != nullptr && gcry_control(GCRYCTL_DISABLE_SECMEM, 0) == 0 &&
+                        gcry_control(GCRYCTL_INITIALIZATION_FINISHED, 0) == 0;
+    std::signal(SIGABRT, pFormer);
+    return bReady;
 }
 
 } // namespace

@@ -225,7 +225,9 @@ void CBoardTiffWriter::Tags_Set(const CBandData& band, std::uint32_t rowsPerStri
     PageNumber_Set();
 }
 
-// libtiff takes a text for set when there was no memory for it, and reads it when it writes the page.
+// libtiff takes a text for set when there was no memory for it, and reads it when it writes the page. When there was
+// none for the list of texts, it has counted the text nevertheless, and walks over the list's end when it is closed: it
+// is left open then, for the process to end.
 void CBoardTiffWriter::Text_Set(std::uint32_t tag, const std::string& text)
 {
     TIFF* pTiff = m_tiff->m_pHandle;
@@ -233,7 +235,14 @@ void CBoardTiffWriter::Text_Set(std::uint32_t tag, const std::string& text)
     const bool bSet = TIFFSetField(pTiff, tag, text.c_str()) == 1;
     if (!bSet || TIFFGetField(pTiff, tag, &pKept) != 1 || pKept == nullptr)
     {
-        TIFFUnsetField(pTiff, tag);
+        if (bSet)
+        {
+            TIFFUnsetField(pTiff, tag);
+        }
+        else
+        {
+            m_tiff->m_pHandle = nullptr;
+        }
         throw CRunError(m_file->Name() + ": there is no memory for the " + std::to_string(text.size()) +
                         " bytes that band " + std::to_string(BandCount()) + " says of itself");
     }

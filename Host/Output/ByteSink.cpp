@@ -1,8 +1,8 @@
 // Files and standard output; what the system says of a failure becomes a text.
 #include "Host/Output/ByteSink.h"
 
-#include "Host/Interrupt.h"
 #include "Host/HostError.h"
+#include "Host/Interrupt.h"
 #include "Host/PathText.h"
 #include "Platform/Helper/ProcessHelper.h"
 

@@ -35,9 +35,9 @@ enum class ESpecialFile
 };
 
 // A file in the making. The bytes go to a temporary file in the same folder, without a name or with a hidden one (see
-// CFileWriter), which takes the place of the target in Finish, when its bytes are on the disk. Without Finish nothing is
-// left of it, and a target that was there before stays as it was. One that is replaced hands on its access rights and
-// its owner. A target that is a symbolic link stays one; the file that it names is replaced.
+// CFileWriter), which takes the place of the target in Finish, when its bytes are on the disk. Without Finish nothing
+// is left of it, and a target that was there before stays as it was. One that is replaced hands on its access rights
+// and its owner. A target that is a symbolic link stays one; the file that it names is replaced.
 class COutputFile : public CByteSink
 {
 public:

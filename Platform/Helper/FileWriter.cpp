@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
@@ -15,7 +16,7 @@
 #include <string_view>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <time.h>
+
 #include <unistd.h>
 #include <utility>
 

@@ -5,9 +5,9 @@
 // time; a writer is told to give up waiting through the function that it is given, which may look at an atomic flag.
 //
 // A file in the making has no name at all where the system knows such files, so that it goes when the process goes,
-// whatever ends it. Elsewhere, and for the moment before it takes its place, it has a hidden name, ".page.tif.part-" and
-// sixteen hexadecimal digits. A process that is ended at that moment leaves such a file behind; the next writer for the
-// same name takes it away, unless another process still has it in the making.
+// whatever ends it. Elsewhere, and for the moment before it takes its place, it has a hidden name, ".page.tif.part-"
+// and sixteen hexadecimal digits. A process that is ended at that moment leaves such a file behind; the next writer for
+// the same name takes it away, unless another process still has it in the making.
 #pragma once
 
 #include "Platform/PlatformExport.h"
@@ -49,8 +49,8 @@ public:
     int Write_At(const void* pData, std::size_t size, std::int64_t position);
     int Read_At(void* pData, std::size_t size, std::int64_t position, std::size_t& count);
 
-    // Brings the file in the making to the disk and then under its name, where it replaces what was there at one stroke;
-    // of anything else, closes it. After an error nothing is left of the file in the making.
+    // Brings the file in the making to the disk and then under its name, where it replaces what was there at one
+    // stroke; of anything else, closes it. After an error nothing is left of the file in the making.
     int Place();
 
     // Gives up the file in the making, or closes what was opened.

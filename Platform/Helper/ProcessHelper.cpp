@@ -25,7 +25,8 @@ std::atomic<bool> g_bEnding{false}; // the plan's first request has come
 std::atomic<bool> g_bStatusAsked{false};
 timer_t g_graceTimer = {};
 bool g_bTimer = false;
-static_assert(std::atomic<const CProcessHelper::SEndPlan*>::is_always_lock_free && std::atomic<bool>::is_always_lock_free,
+static_assert(std::atomic<const CProcessHelper::SEndPlan*>::is_always_lock_free &&
+                  std::atomic<bool>::is_always_lock_free,
               "they are used inside a signal handler");
 
 void Grace_Set(int milliseconds)

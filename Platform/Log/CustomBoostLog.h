@@ -8,7 +8,8 @@
 // could overflow, records are never reordered within a thread, and those in the file have reached the system before a
 // crash could lose them. The price, a slow place slowing its writer, is paid only by records, which the data path
 // writes on failure alone. A record that the file does not take (a full disk, a pipe that nobody empties) goes to
-// standard error instead, and File_Error tells; the next record tries the file again. Opening, changing or closing one place never costs another a record.
+// standard error instead, and File_Error tells; the next record tries the file again. Opening, changing or closing one
+// place never costs another a record.
 //
 // Everything here may be called from any thread.
 #pragma once
@@ -47,8 +48,8 @@ public:
     static void Console_Close();
 
     // Records of at least `minimum` are appended to the file at `path` (UTF-8), each by one write. Replaces
-    // a file opened before. False if the file cannot be opened for writing, or is a pipe that nobody reads; a file opened
-    // before then stays.
+    // a file opened before. False if the file cannot be opened for writing, or is a pipe that nobody reads; a file
+    // opened before then stays.
     static bool File_Open(const std::string& path, ESeverityLevel minimum);
     static void File_Close();
 

@@ -78,12 +78,13 @@ protected:
         return Shell_Run("\"$boardmap\" " + arguments);
     }
 
-    // Sends the program a signal when it has begun to count bands. The output is what it wrote, and then the last line
-    // of what it said; neither leaves a file in the test's folder.
+    // Sends the program a signal when it has begun to count bands; one that a shell makes its jobs ignore, too. The
+    // output is what it wrote, and then the last line of what it said; neither leaves a file in the test's folder.
     SCommandResult Boardmap_Interrupt(const std::string& arguments, const std::string& signal) const
     {
         const std::string log = '\'' + m_scratch.Path().string() + "/log'";
-        return Shell_Run(": >" + log + "\n\"$boardmap\" " + arguments + " --progress plain 2>" + log +
+        return Shell_Run(": >" + log + "\nenv --default-signal=INT \"$boardmap\" " + arguments +
+                         " --progress plain 2>" + log +
                          " &\npid=$!\n"
                          "while kill -0 $pid && ! grep -q bands " +
                          log + "; do sleep 0.02; done\nkill -" + signal + " $pid; wait $pid; status=$?\ntail -n 1 " +

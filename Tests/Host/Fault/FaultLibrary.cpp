@@ -30,11 +30,12 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
-extern "C" {
-void* __libc_malloc(std::size_t);
-void* __libc_calloc(std::size_t, std::size_t);
-void* __libc_realloc(void*, std::size_t);
-void* __libc_memalign(std::size_t, std::size_t);
+extern "C"
+{
+    void* __libc_malloc(std::size_t);
+    void* __libc_calloc(std::size_t, std::size_t);
+    void* __libc_realloc(void*, std::size_t);
+    void* __libc_memalign(std::size_t, std::size_t);
 }
 
 namespace
@@ -171,8 +172,7 @@ void Report_Write()
     for (std::size_t i = 0; i < kinds.size(); ++i)
     {
         std::array<char, 48> line = {};
-        const int length =
-            std::snprintf(line.data(), line.size(), "%s %ld\n", kinds[i].m_pName, g_calls[i].load());
+        const int length = std::snprintf(line.data(), line.size(), "%s %ld\n", kinds[i].m_pName, g_calls[i].load());
         syscall(SYS_write, file, line.data(), static_cast<std::size_t>(length));
     }
     syscall(SYS_close, file);
@@ -188,233 +188,234 @@ int Main_Counted(int count, char** arguments, char** environment)
 
 } // namespace
 
-extern "C" {
-
-int __libc_start_main(int (*pMain)(int, char**, char**), int count, char** arguments, void (*pInit)(), void (*pFini)(),
-                      void (*pLoaderFini)(), void* pStackEnd)
+extern "C"
 {
-    g_pMain = pMain;
-    return Next(&__libc_start_main, "__libc_start_main")(&Main_Counted, count, arguments, pInit, pFini, pLoaderFini,
-                                                         pStackEnd);
-}
 
-// Memory.
-
-void* malloc(std::size_t size)
-{
-    return IsFault(Kind_Memory) ? nullptr : __libc_malloc(size);
-}
-
-void* calloc(std::size_t count, std::size_t size)
-{
-    return IsFault(Kind_Memory) ? nullptr : __libc_calloc(count, size);
-}
-
-void* realloc(void* block, std::size_t size)
-{
-    return IsFault(Kind_Memory) ? nullptr : __libc_realloc(block, size);
-}
-
-void* memalign(std::size_t alignment, std::size_t size)
-{
-    return IsFault(Kind_Memory) ? nullptr : __libc_memalign(alignment, size);
-}
-
-void* aligned_alloc(std::size_t alignment, std::size_t size)
-{
-    return memalign(alignment, size);
-}
-
-int posix_memalign(void** pBlock, std::size_t alignment, std::size_t size)
-{
-    const int former = errno;
-    *pBlock = memalign(alignment, size);
-    errno = former;
-    return *pBlock == nullptr ? ENOMEM : 0;
-}
-
-void* mmap(void* address, std::size_t size, int protection, int flags, int file, off_t offset)
-{
-    return IsFault(Kind_Map) ? MAP_FAILED : Next(&mmap, "mmap")(address, size, protection, flags, file, offset);
-}
-
-void* mmap64(void* address, std::size_t size, int protection, int flags, int file, off64_t offset)
-{
-    return mmap(address, size, protection, flags, file, offset);
-}
-
-// Threads.
-
-int pthread_create(pthread_t* pThread, const pthread_attr_t* pAttributes, void* (*pStart)(void*), void* argument)
-{
-    return IsFault(Kind_Thread) ? g_errno
-                                : Next(&pthread_create, "pthread_create")(pThread, pAttributes, pStart, argument);
-}
-
-// Files.
-
-int openat(int folder, const char* pPath, int flags, ...)
-{
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = (flags & (O_CREAT | __O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
-    va_end(arguments);
-    return IsFault(Kind_Open) ? -1 : static_cast<int>(syscall(SYS_openat, folder, pPath, flags, mode));
-}
-
-int open(const char* pPath, int flags, ...)
-{
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = (flags & (O_CREAT | __O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
-    va_end(arguments);
-    return openat(AT_FDCWD, pPath, flags, mode);
-}
-
-int open64(const char* pPath, int flags, ...)
-{
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = (flags & (O_CREAT | __O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
-    va_end(arguments);
-    return openat(AT_FDCWD, pPath, flags, mode);
-}
-
-int openat64(int folder, const char* pPath, int flags, ...)
-{
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = (flags & (O_CREAT | __O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
-    va_end(arguments);
-    return openat(folder, pPath, flags, mode);
-}
-
-std::FILE* fopen(const char* pPath, const char* pMode)
-{
-    return IsFault(Kind_Open) ? nullptr : Next(&fopen, "fopen")(pPath, pMode);
-}
-
-std::FILE* fopen64(const char* pPath, const char* pMode)
-{
-    return IsFault(Kind_Open) ? nullptr : Next(&fopen, "fopen64")(pPath, pMode);
-}
-
-ssize_t read(int file, void* data, std::size_t size)
-{
-    return IsFault(Kind_Read) ? -1 : Next(&read, "read")(file, data, Part_Of(size));
-}
-
-ssize_t pread(int file, void* data, std::size_t size, off_t offset)
-{
-    return IsFault(Kind_Read) ? -1 : Next(&pread, "pread")(file, data, Part_Of(size), offset);
-}
-
-ssize_t pread64(int file, void* data, std::size_t size, off64_t offset)
-{
-    return pread(file, data, size, offset);
-}
-
-std::size_t fread(void* data, std::size_t size, std::size_t count, std::FILE* stream)
-{
-    return IsFault(Kind_Read) ? 0 : Next(&fread, "fread")(data, size, count, stream);
-}
-
-ssize_t write(int file, const void* data, std::size_t size)
-{
-    if (file == 2)
+    int __libc_start_main(int (*pMain)(int, char**, char**), int count, char** arguments, void (*pInit)(),
+                          void (*pFini)(), void (*pLoaderFini)(), void* pStackEnd)
     {
-        return Next(&write, "write")(file, data, size);
+        g_pMain = pMain;
+        return Next(&__libc_start_main, "__libc_start_main")(&Main_Counted, count, arguments, pInit, pFini, pLoaderFini,
+                                                             pStackEnd);
     }
-    return IsFault(Kind_Write) ? -1 : Next(&write, "write")(file, data, Part_Of(size));
-}
 
-ssize_t pwrite(int file, const void* data, std::size_t size, off_t offset)
-{
-    return IsFault(Kind_Write) ? -1 : Next(&pwrite, "pwrite")(file, data, Part_Of(size), offset);
-}
+    // Memory.
 
-ssize_t pwrite64(int file, const void* data, std::size_t size, off64_t offset)
-{
-    return pwrite(file, data, size, offset);
-}
-
-ssize_t writev(int file, const iovec* parts, int count)
-{
-    if (file == 2)
+    void* malloc(std::size_t size)
     {
-        return Next(&writev, "writev")(file, parts, count);
+        return IsFault(Kind_Memory) ? nullptr : __libc_malloc(size);
     }
-    return IsFault(Kind_Write) ? -1 : Next(&writev, "writev")(file, parts, count);
-}
 
-std::size_t fwrite(const void* data, std::size_t size, std::size_t count, std::FILE* stream)
-{
-    return stream != stderr && IsFault(Kind_Write) ? 0 : Next(&fwrite, "fwrite")(data, size, count, stream);
-}
+    void* calloc(std::size_t count, std::size_t size)
+    {
+        return IsFault(Kind_Memory) ? nullptr : __libc_calloc(count, size);
+    }
 
-int fflush(std::FILE* stream)
-{
-    return stream != stderr && IsFault(Kind_Write) ? EOF : Next(&fflush, "fflush")(stream);
-}
+    void* realloc(void* block, std::size_t size)
+    {
+        return IsFault(Kind_Memory) ? nullptr : __libc_realloc(block, size);
+    }
 
-off_t lseek(int file, off_t offset, int whence)
-{
-    return IsFault(Kind_Seek) ? -1 : Next(&lseek, "lseek")(file, offset, whence);
-}
+    void* memalign(std::size_t alignment, std::size_t size)
+    {
+        return IsFault(Kind_Memory) ? nullptr : __libc_memalign(alignment, size);
+    }
 
-off64_t lseek64(int file, off64_t offset, int whence)
-{
-    return lseek(file, offset, whence);
-}
+    void* aligned_alloc(std::size_t alignment, std::size_t size)
+    {
+        return memalign(alignment, size);
+    }
 
-int rename(const char* pFrom, const char* pTo)
-{
-    return IsFault(Kind_Rename) ? -1 : Next(&rename, "rename")(pFrom, pTo);
-}
+    int posix_memalign(void** pBlock, std::size_t alignment, std::size_t size)
+    {
+        const int former = errno;
+        *pBlock = memalign(alignment, size);
+        errno = former;
+        return *pBlock == nullptr ? ENOMEM : 0;
+    }
 
-int link(const char* pFrom, const char* pTo)
-{
-    return IsFault(Kind_Link) ? -1 : Next(&link, "link")(pFrom, pTo);
-}
+    void* mmap(void* address, std::size_t size, int protection, int flags, int file, off_t offset)
+    {
+        return IsFault(Kind_Map) ? MAP_FAILED : Next(&mmap, "mmap")(address, size, protection, flags, file, offset);
+    }
 
-int linkat(int fromFolder, const char* pFrom, int toFolder, const char* pTo, int flags)
-{
-    return IsFault(Kind_Link) ? -1 : Next(&linkat, "linkat")(fromFolder, pFrom, toFolder, pTo, flags);
-}
+    void* mmap64(void* address, std::size_t size, int protection, int flags, int file, off64_t offset)
+    {
+        return mmap(address, size, protection, flags, file, offset);
+    }
 
-int close(int file)
-{
-    const bool bFault = IsFault(Kind_Close);
-    const int result = Next(&close, "close")(file);
-    errno = bFault ? g_errno : errno;
-    return bFault ? -1 : result;
-}
+    // Threads.
 
-int fclose(std::FILE* stream)
-{
-    const bool bFault = IsFault(Kind_Close);
-    const int result = Next(&fclose, "fclose")(stream);
-    errno = bFault ? g_errno : errno;
-    return bFault ? EOF : result;
-}
+    int pthread_create(pthread_t* pThread, const pthread_attr_t* pAttributes, void* (*pStart)(void*), void* argument)
+    {
+        return IsFault(Kind_Thread) ? g_errno
+                                    : Next(&pthread_create, "pthread_create")(pThread, pAttributes, pStart, argument);
+    }
 
-int fsync(int file)
-{
-    return IsFault(Kind_Sync) ? -1 : Next(&fsync, "fsync")(file);
-}
+    // Files.
 
-int fdatasync(int file)
-{
-    return IsFault(Kind_Sync) ? -1 : Next(&fdatasync, "fdatasync")(file);
-}
+    int openat(int folder, const char* pPath, int flags, ...)
+    {
+        va_list arguments;
+        va_start(arguments, flags);
+        const mode_t mode = (flags & (O_CREAT | __O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
+        va_end(arguments);
+        return IsFault(Kind_Open) ? -1 : static_cast<int>(syscall(SYS_openat, folder, pPath, flags, mode));
+    }
 
-int ftruncate(int file, off_t size)
-{
-    return IsFault(Kind_Truncate) ? -1 : Next(&ftruncate, "ftruncate")(file, size);
-}
+    int open(const char* pPath, int flags, ...)
+    {
+        va_list arguments;
+        va_start(arguments, flags);
+        const mode_t mode = (flags & (O_CREAT | __O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
+        va_end(arguments);
+        return openat(AT_FDCWD, pPath, flags, mode);
+    }
 
-int ftruncate64(int file, off64_t size)
-{
-    return ftruncate(file, size);
-}
+    int open64(const char* pPath, int flags, ...)
+    {
+        va_list arguments;
+        va_start(arguments, flags);
+        const mode_t mode = (flags & (O_CREAT | __O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
+        va_end(arguments);
+        return openat(AT_FDCWD, pPath, flags, mode);
+    }
+
+    int openat64(int folder, const char* pPath, int flags, ...)
+    {
+        va_list arguments;
+        va_start(arguments, flags);
+        const mode_t mode = (flags & (O_CREAT | __O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
+        va_end(arguments);
+        return openat(folder, pPath, flags, mode);
+    }
+
+    std::FILE* fopen(const char* pPath, const char* pMode)
+    {
+        return IsFault(Kind_Open) ? nullptr : Next(&fopen, "fopen")(pPath, pMode);
+    }
+
+    std::FILE* fopen64(const char* pPath, const char* pMode)
+    {
+        return IsFault(Kind_Open) ? nullptr : Next(&fopen, "fopen64")(pPath, pMode);
+    }
+
+    ssize_t read(int file, void* data, std::size_t size)
+    {
+        return IsFault(Kind_Read) ? -1 : Next(&read, "read")(file, data, Part_Of(size));
+    }
+
+    ssize_t pread(int file, void* data, std::size_t size, off_t offset)
+    {
+        return IsFault(Kind_Read) ? -1 : Next(&pread, "pread")(file, data, Part_Of(size), offset);
+    }
+
+    ssize_t pread64(int file, void* data, std::size_t size, off64_t offset)
+    {
+        return pread(file, data, size, offset);
+    }
+
+    std::size_t fread(void* data, std::size_t size, std::size_t count, std::FILE* stream)
+    {
+        return IsFault(Kind_Read) ? 0 : Next(&fread, "fread")(data, size, count, stream);
+    }
+
+    ssize_t write(int file, const void* data, std::size_t size)
+    {
+        if (file == 2)
+        {
+            return Next(&write, "write")(file, data, size);
+        }
+        return IsFault(Kind_Write) ? -1 : Next(&write, "write")(file, data, Part_Of(size));
+    }
+
+    ssize_t pwrite(int file, const void* data, std::size_t size, off_t offset)
+    {
+        return IsFault(Kind_Write) ? -1 : Next(&pwrite, "pwrite")(file, data, Part_Of(size), offset);
+    }
+
+    ssize_t pwrite64(int file, const void* data, std::size_t size, off64_t offset)
+    {
+        return pwrite(file, data, size, offset);
+    }
+
+    ssize_t writev(int file, const iovec* parts, int count)
+    {
+        if (file == 2)
+        {
+            return Next(&writev, "writev")(file, parts, count);
+        }
+        return IsFault(Kind_Write) ? -1 : Next(&writev, "writev")(file, parts, count);
+    }
+
+    std::size_t fwrite(const void* data, std::size_t size, std::size_t count, std::FILE* stream)
+    {
+        return stream != stderr && IsFault(Kind_Write) ? 0 : Next(&fwrite, "fwrite")(data, size, count, stream);
+    }
+
+    int fflush(std::FILE* stream)
+    {
+        return stream != stderr && IsFault(Kind_Write) ? EOF : Next(&fflush, "fflush")(stream);
+    }
+
+    off_t lseek(int file, off_t offset, int whence)
+    {
+        return IsFault(Kind_Seek) ? -1 : Next(&lseek, "lseek")(file, offset, whence);
+    }
+
+    off64_t lseek64(int file, off64_t offset, int whence)
+    {
+        return lseek(file, offset, whence);
+    }
+
+    int rename(const char* pFrom, const char* pTo)
+    {
+        return IsFault(Kind_Rename) ? -1 : Next(&rename, "rename")(pFrom, pTo);
+    }
+
+    int link(const char* pFrom, const char* pTo)
+    {
+        return IsFault(Kind_Link) ? -1 : Next(&link, "link")(pFrom, pTo);
+    }
+
+    int linkat(int fromFolder, const char* pFrom, int toFolder, const char* pTo, int flags)
+    {
+        return IsFault(Kind_Link) ? -1 : Next(&linkat, "linkat")(fromFolder, pFrom, toFolder, pTo, flags);
+    }
+
+    int close(int file)
+    {
+        const bool bFault = IsFault(Kind_Close);
+        const int result = Next(&close, "close")(file);
+        errno = bFault ? g_errno : errno;
+        return bFault ? -1 : result;
+    }
+
+    int fclose(std::FILE* stream)
+    {
+        const bool bFault = IsFault(Kind_Close);
+        const int result = Next(&fclose, "fclose")(stream);
+        errno = bFault ? g_errno : errno;
+        return bFault ? EOF : result;
+    }
+
+    int fsync(int file)
+    {
+        return IsFault(Kind_Sync) ? -1 : Next(&fsync, "fsync")(file);
+    }
+
+    int fdatasync(int file)
+    {
+        return IsFault(Kind_Sync) ? -1 : Next(&fdatasync, "fdatasync")(file);
+    }
+
+    int ftruncate(int file, off_t size)
+    {
+        return IsFault(Kind_Truncate) ? -1 : Next(&ftruncate, "ftruncate")(file, size);
+    }
+
+    int ftruncate64(int file, off64_t size)
+    {
+        return ftruncate(file, size);
+    }
 }

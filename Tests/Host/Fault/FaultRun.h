@@ -16,7 +16,7 @@ struct SFaultRun
     std::map<std::string, long> m_calls;        // of each kind; only of a run that exited
 };
 
-// Runs `words` (the program's path first) in `folder` with FAULT set to `fault`, or unset if that is empty. `scratch` is
-// another folder, for the outputs.
+// Runs `words` (the program's path first) in `folder` with FAULT set to `fault`, or unset if that is empty. `scratch`
+// is another folder, for the outputs.
 SFaultRun Fault_Run(const std::vector<std::string>& words, const std::string& folder, const std::string& scratch,
                     const std::string& fault);
