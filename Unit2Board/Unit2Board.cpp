@@ -30,8 +30,8 @@ public:
     const int m_lineRun;
 };
 
-// Stops what was started of a converter that could not be made: no generator may outlive it, whether its owner destroys
-// it after a failure or an exception does.
+// Stops a converter that could not be made, or whose thread cannot go on: its owner sees that and may destroy it, so the
+// generators end first. Also when what fails throws, as a log's sink may.
 struct SStopOnFailure
 {
     ~SStopOnFailure()
@@ -188,10 +188,11 @@ bool CUnit2Board::WaitExit(unsigned int timeoutMs)
 
 bool CUnit2Board::Prepare()
 {
-    if (!TamBaseThread::Prepare())
+    SStopOnFailure threads{*this};
+    threads.m_bAllRun = TamBaseThread::Prepare();
+    if (!threads.m_bAllRun)
     {
         KEL_LOG_AT(kelSeverity_Failure, 83, "failure");
-        Stop(); // the owner sees this thread end and may destroy the converter, so the generators end first
         return false;
     }
     m_processState = State_Initialize;
@@ -200,13 +201,13 @@ bool CUnit2Board::Prepare()
 
 bool CUnit2Board::OneLoop()
 {
-    if (ProcessState_Run())
+    SStopOnFailure threads{*this};
+    threads.m_bAllRun = ProcessState_Run();
+    if (!threads.m_bAllRun)
     {
-        return true;
+        KEL_LOG_AT(kelSeverity_Failure, 75, "m_processState = " + std::to_string(m_processState));
     }
-    KEL_LOG_AT(kelSeverity_Failure, 75, "m_processState = " + std::to_string(m_processState));
-    Stop();
-    return false;
+    return threads.m_bAllRun;
 }
 
 bool CUnit2Board::ProcessState_Run()

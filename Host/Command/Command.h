@@ -101,6 +101,9 @@ std::span<const SCommand* const> Commands();
 const char* ProgramSummary_Get();
 const char* ProgramText_Get();
 
+// What signals do, where there are any.
+const char* ProgramSignals_Get();
+
 // What the exit statuses of a command mean, or of any command for null.
 std::string ExitStatus_Text(const SCommand* pCommand);
 

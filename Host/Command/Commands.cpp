@@ -32,6 +32,15 @@ const char* ProgramText_Get()
            "of all units are interleaved. A job file names the separations and describes the carriage and its boards.";
 }
 
+const char* ProgramSignals_Get()
+{
+    return "SIGINT, SIGTERM and SIGHUP end a run within a second, with nothing left behind; a second one ends it at "
+           "once.\n"
+           "Those that are ignored when boardmap is started stay ignored. SIGUSR1 makes boardmap convert tell on "
+           "standard\n"
+           "error what its stage, threads and queues are doing.";
+}
+
 std::string ExitStatus_Text(const SCommand* pCommand)
 {
     const bool bOwn = pCommand != nullptr && !pCommand->m_exitText.empty();

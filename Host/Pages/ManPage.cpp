@@ -113,7 +113,8 @@ std::string ManPage_OfProgram()
                                    Italic("FILES") + "\n.br\n" + Bold("boardmap") + ' ' + Bold("--help") + "\n.br\n" +
                                    Bold("boardmap") + ' ' + Bold("--version")) +
            Section("DESCRIPTION", commands + ".PP\nEvery command explains itself with\n.BR \\-\\-help .\n") +
-           Section("EXIT STATUS", Roff_Text(ExitStatus_Get(nullptr))) + Section("SEE ALSO", others);
+           Section("EXIT STATUS", Roff_Text(ExitStatus_Get(nullptr))) +
+           Section("SIGNALS", Roff_Text(ProgramSignals_Get())) + Section("SEE ALSO", others);
 }
 
 std::string ManPage_Of(const SCommand& command)

@@ -374,6 +374,17 @@ TEST_F(ConverterState, AStateThatDoesNotExistEndsTheConverter)
     }
 }
 
+// Who waits for the converter sees its thread end, and destroys it.
+TEST_F(ConverterState, ASinkThatThrowsLeavesNoGeneratorRunning)
+{
+    Begin(1);
+    State() = 4;
+    const int sink = LogListener_Add([](const SLogEntry&) { throw std::runtime_error("a sink of the host's own"); });
+    EXPECT_THROW(Step(), std::runtime_error);
+    LogListener_Remove(sink);
+    EXPECT_EQ(m_pConverter->m_stopCount, 1);
+}
+
 TEST_F(ConverterState, ReleasingTheGeneratorsLeavesNoneToStop)
 {
     Begin(1);
