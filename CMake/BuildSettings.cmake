@@ -50,8 +50,10 @@ if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
     endif()
     # What makes a mistake harder to misuse, where it costs nothing that can be measured: Docs/robustness.md has the
     # figures, and says why there is no more of it and none for Windows.
+    set(DATAMAPPING_HARDENED FALSE)
     if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND NOT DATAMAPPING_SANITIZE AND NOT DATAMAPPING_COVERAGE
             AND NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+        set(DATAMAPPING_HARDENED TRUE)
         add_compile_options(-fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
         add_link_options(LINKER:-z,relro LINKER:-z,now)
     endif()

@@ -2,8 +2,6 @@
 #include "Tests/Support/AllocationFailure.h"
 #include "Tests/UnitData2BoardData/InkJob.h"
 
-using testing::ElementsAre;
-
 namespace
 {
 
