@@ -3,6 +3,7 @@
 #include "PlainHook.h"
 #include "Scenario.h"
 #include "SimulatedJob.h"
+#include "StopStates.h"
 
 #include "DataMap/PrintUnitDataMap_5.h"
 #include "Unit2Board/Unit2Board.h"
@@ -10,6 +11,12 @@
 #include <algorithm>
 #include <memory>
 #include <optional>
+
+// The way to what a converter keeps private.
+struct SConverterTestAccess
+{
+    static int State(const CUnit2Board& converter) { return converter.m_processState; }
+};
 
 namespace
 {
@@ -89,6 +96,10 @@ void Scenario_ConvertStopped()
     const auto Stop = [&]
     {
         Dawdle(400);
+        {
+            const CSimulationPause pause;
+            ++StopStates_Get().converter.at(static_cast<std::size_t>(SConverterTestAccess::State(converter)));
+        }
         converter.Stop();
     };
     std::optional<CScenarioThread> other;

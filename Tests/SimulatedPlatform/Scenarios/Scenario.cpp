@@ -3,6 +3,7 @@
 
 #include "LiveAllocations.h"
 #include "PlainHook.h"
+#include "StopStates.h"
 
 #include <algorithm>
 #include <array>
@@ -130,6 +131,12 @@ void CrashReport_Install()
         action.sa_flags = SA_ONSTACK;
         sigaction(signal, &action, nullptr);
     }
+}
+
+SStopStates& StopStates_Get()
+{
+    static SStopStates states;
+    return states;
 }
 
 const char* Policy_Name(EPolicy policy)
