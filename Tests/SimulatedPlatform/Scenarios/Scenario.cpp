@@ -46,7 +46,7 @@ SSimulationResult Schedule_Try(const SScenario& scenario, const SSimulationSetup
     leftBlocks = LiveAllocations_Count() - before - own;
     if (g_raceCount > 0)
     {
-        result.findings.push_back("ThreadSanitizer has reported a race, above");
+        result.findings.emplace_back("ThreadSanitizer has reported a race, above");
     }
     return result;
 }
