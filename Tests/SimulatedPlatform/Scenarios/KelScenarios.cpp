@@ -4,7 +4,7 @@
 #include "KelCommon/KelWait.h"
 #include "Scenario.h"
 
-#include <array>
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -177,6 +177,7 @@ void Scenario_Buffer()
     const int roundCount = 1 + static_cast<int>(Simulation_Random(12));
     CKelThreadBuffer_T<SElement> buffer("simulated");
     std::vector<SElement*> elements;
+    elements.reserve(static_cast<std::size_t>(elementCount));
     for (int i = 0; i < elementCount; ++i)
     {
         elements.push_back(new SElement{i, -1});
