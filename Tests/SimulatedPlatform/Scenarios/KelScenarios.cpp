@@ -54,6 +54,10 @@ void Element_Put(CFIFO& fifo, SElement* element, bool bAlone)
 {
     for (;;)
     {
+        if (Simulation_Random(2) == 0 && fifo.In(element)) // without asking
+        {
+            return;
+        }
         const bool bRoom = fifo.HasSpaceEvent().Wait(kelWait_Retried, 0);
         if (fifo.In(element))
         {
@@ -68,6 +72,10 @@ SElement* Element_Get(CFIFO& fifo, bool bAlone)
     SElement* element = nullptr;
     for (;;)
     {
+        if (Simulation_Random(2) == 0 && fifo.Out(element))
+        {
+            return element;
+        }
         const bool bData = fifo.HasDataEvent().Wait(kelWait_Retried, 0);
         if (fifo.Out(element))
         {
