@@ -5,20 +5,14 @@
 #pragma once
 
 #ifdef SIMULATION_TSAN
+
+#include <sanitizer/tsan_interface.h>
+
 extern "C"
 {
-    void* __tsan_get_current_fiber();
-    void* __tsan_create_fiber(unsigned flags);
-    void __tsan_destroy_fiber(void* fiber);
-    void __tsan_switch_to_fiber(void* fiber, unsigned flags);
-    void __tsan_acquire(void* address);
-    void __tsan_release(void* address);
     void AnnotateIgnoreReadsBegin(const char* file, int line);
     void AnnotateIgnoreReadsEnd(const char* file, int line);
 }
-#endif
-
-#ifdef SIMULATION_TSAN
 
 class CSanitizerFiber
 {
@@ -31,13 +25,11 @@ public:
     void Enter()
     {
         m_outside = __tsan_get_current_fiber();
-        __tsan_switch_to_fiber(m_inside, withoutOrder);
+        __tsan_switch_to_fiber(m_inside, __tsan_switch_to_fiber_no_sync);
     }
-    void Leave() { __tsan_switch_to_fiber(m_outside, withoutOrder); }
+    void Leave() { __tsan_switch_to_fiber(m_outside, __tsan_switch_to_fiber_no_sync); }
 
 private:
-    static constexpr unsigned withoutOrder = 1;
-
     void* m_inside;
     void* m_outside = nullptr;
 };

@@ -8,6 +8,7 @@
 #include <iterator>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -148,67 +149,79 @@ public:
     {
     }
 
-    // False: something was found.
+    // False: something was found. Scenarios take turns, so that a long run is a little of everything at any time.
     bool Go()
     {
         const auto begin = std::chrono::steady_clock::now();
-        bool bFound = false;
-        bool bKnown = false;
         for (const SScenario& scenario : Scenarios_Get())
         {
             const bool bAll = m_arguments.scenario == "all";
-            if ((bAll || scenario.name == m_arguments.scenario) && !(bFound && m_arguments.bFirst))
+            if (bAll || scenario.name == m_arguments.scenario)
             {
-                bKnown = true;
-                bFound = !Scenario_Go(scenario, bAll ? Schedule_Count(scenario, m_total) : m_total) || bFound;
+                m_turns.push_back({&scenario, bAll ? Schedule_Count(scenario, m_total) : m_total});
             }
         }
-        if (!bKnown)
+        if (m_turns.empty())
         {
             Usage_Exit("no such scenario: " + m_arguments.scenario);
+        }
+        for (std::uint64_t number = 0; number < m_total && !(m_bFound && m_arguments.bFirst); ++number)
+        {
+            for (STurn& turn : m_turns)
+            {
+                if (number < turn.count && !(m_bFound && m_arguments.bFirst))
+                {
+                    Schedule_Go(turn, number);
+                }
+            }
         }
         const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin;
         std::printf("%llu schedules of %llu points, %.1f s: %s\n", static_cast<unsigned long long>(m_runCount),
                     static_cast<unsigned long long>(m_pointCount), time.count(),
-                    bFound ? "something is wrong" : "nothing was found");
-        return !bFound;
+                    m_bFound ? "something is wrong" : "nothing was found");
+        return !m_bFound;
     }
 
 private:
-    // Up to the first finding.
-    bool Scenario_Go(const SScenario& scenario, std::uint64_t count)
+    struct STurn
     {
-        for (std::uint64_t number = 0; number < count; ++number)
+        const SScenario* scenario;
+        std::uint64_t count; // schedules; none any more after a finding
+    };
+
+    void Schedule_Go(STurn& turn, std::uint64_t number)
+    {
+        SSimulationSetup setup = Schedule_Setup(m_arguments.seed, number);
+        setup.policy = m_policy.value_or(setup.policy);
+        setup.strand = m_arguments.strand;
+        setup.bKeepTrace = m_arguments.bTrace && number + 1 == turn.count;
+        const SSimulationResult result = Schedule_Run(*turn.scenario, setup);
+        ++m_runCount;
+        m_pointCount += result.pointCount;
+        for (const SStep& step : result.trace)
         {
-            SSimulationSetup setup = Schedule_Setup(m_arguments.seed, number);
-            setup.policy = m_policy.value_or(setup.policy);
-            setup.strand = m_arguments.strand;
-            setup.bKeepTrace = m_arguments.bTrace && number + 1 == count;
-            const SSimulationResult result = Schedule_Run(scenario, setup);
-            ++m_runCount;
-            m_pointCount += result.pointCount;
-            for (const SStep& step : result.trace)
-            {
-                std::printf("thread %d %s\n", step.thread, Point_Name(step.point));
-            }
-            if (!result.findings.empty())
-            {
-                std::printf("%s, after %llu schedules, %llu in all:\n", scenario.name.c_str(),
-                            static_cast<unsigned long long>(number + 1), static_cast<unsigned long long>(m_runCount));
-                for (const std::string& finding : result.findings)
-                {
-                    std::printf("  %s\n", finding.c_str());
-                }
-                std::printf("  again: SimulationRun %s\n", Schedule_Describe(scenario, setup).c_str());
-                return false;
-            }
+            std::printf("thread %d %s\n", step.thread, Point_Name(step.point));
         }
-        return true;
+        if (!result.findings.empty())
+        {
+            m_bFound = true;
+            turn.count = 0;
+            std::printf("%s, after %llu schedules:\n", turn.scenario->name.c_str(),
+                        static_cast<unsigned long long>(m_runCount));
+            for (const std::string& finding : result.findings)
+            {
+                std::printf("  %s\n", finding.c_str());
+            }
+            std::printf("  again: SimulationRun %s\n", Schedule_Describe(*turn.scenario, setup).c_str());
+            std::fflush(stdout);
+        }
     }
 
     const SArguments& m_arguments;
     std::optional<EPolicy> m_policy;
     std::uint64_t m_total;
+    std::vector<STurn> m_turns;
+    bool m_bFound = false;
     std::uint64_t m_runCount = 0;
     std::uint64_t m_pointCount = 0;
 };

@@ -3,6 +3,7 @@
 #include "PlainHook.h"
 #include "Scenario.h"
 #include "SimulatedJob.h"
+#include "StopStates.h"
 
 #include "DataMap/PrintUnitDataMap_5.h"
 #include "Unit2Board/Unit2Board.h"
@@ -10,6 +11,12 @@
 #include <algorithm>
 #include <memory>
 #include <optional>
+
+// The way to what a converter keeps private.
+struct SConverterTestAccess
+{
+    static int State(const CUnit2Board& converter) { return converter.m_processState; }
+};
 
 namespace
 {
@@ -55,12 +62,15 @@ private:
     CBandData m_dst;
 };
 
-// The library's own map, whose lines come in runs, or one of the host's, whose lines come one by one.
-std::unique_ptr<CPrintUnitDataMap_Base> Map_Draw()
+// The library's own map, whose lines come in runs; or one of the host's, whose lines come one by one, at once or
+// slowly.
+std::unique_ptr<CPrintUnitDataMap_Base> Map_Draw(bool& bSlow)
 {
-    if (Simulation_Random(2) == 0)
+    const std::uint64_t kind = Simulation_Random(5);
+    bSlow = kind == 0;
+    if (kind <= 2)
     {
-        return FaultyMap_Make(EMapFault::None, 0);
+        return FaultyMap_Make(bSlow ? EMapFault::Slow : EMapFault::None, 0);
     }
     auto map = std::make_unique<CPrintUnitDataMap_5>();
     map->Init(1, 16);
@@ -71,11 +81,15 @@ std::unique_ptr<CPrintUnitDataMap_Base> Map_Draw()
 void Scenario_Convert()
 {
     CBandWork work;
-    const auto map = Map_Draw();
+    bool bSlow = false;
+    const auto map = Map_Draw(bSlow);
     CUnit2Board converter;
     Expect(work.Create(converter, *map), "a converter cannot be made");
     Expect(converter.WaitExit(hourMs), "a converter does not end");
-    ExpectEqual(Simulation_NowMs(), 0, "ms that a conversion sat through");
+    if (!bSlow)
+    {
+        ExpectEqual(Simulation_NowMs(), 0, "ms that a conversion sat through");
+    }
     work.ExpectBytes();
 }
 
@@ -83,12 +97,18 @@ void Scenario_Convert()
 void Scenario_ConvertStopped()
 {
     CBandWork work;
-    const auto map = Map_Draw();
+    bool bSlow = false;
+    const auto map = Map_Draw(bSlow);
     CUnit2Board converter;
     Expect(work.Create(converter, *map), "a converter cannot be made");
     const auto Stop = [&]
     {
         Dawdle(400);
+        Sleep(bSlow ? Simulation_Random(2 * slowLineMs) : 0);
+        {
+            const CSimulationPause pause;
+            ++StopStates_Get().converter.at(static_cast<std::size_t>(SConverterTestAccess::State(converter)));
+        }
         converter.Stop();
     };
     std::optional<CScenarioThread> other;
@@ -99,14 +119,15 @@ void Scenario_ConvertStopped()
     Stop();
     other.reset();
     Expect(converter.WaitExit(kelWait_WithoutLimit), "a converter does not end");
-    Expect(Simulation_NowMs() <= 200, "stopping a converter takes longer than two waits");
+    Expect(bSlow || Simulation_NowMs() <= 200, "stopping a converter takes longer than two waits");
 }
 
 // One of its threads cannot be started: none is left, and nobody waits for a line that never comes.
 void Scenario_ConvertWithoutThread()
 {
     CBandWork work;
-    const auto map = Map_Draw();
+    bool bSlow = false;
+    const auto map = Map_Draw(bSlow);
     SPlainHook::failingCreation =
         1 + static_cast<int>(Simulation_Random(static_cast<unsigned>(work.GeneratorCount() + 1)));
     {

@@ -4,7 +4,7 @@
 #include "KelCommon/KelWait.h"
 #include "Scenario.h"
 
-#include <array>
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -54,6 +54,10 @@ void Element_Put(CFIFO& fifo, SElement* element, bool bAlone)
 {
     for (;;)
     {
+        if (Simulation_Random(2) == 0 && fifo.In(element)) // without asking
+        {
+            return;
+        }
         const bool bRoom = fifo.HasSpaceEvent().Wait(kelWait_Retried, 0);
         if (fifo.In(element))
         {
@@ -68,6 +72,10 @@ SElement* Element_Get(CFIFO& fifo, bool bAlone)
     SElement* element = nullptr;
     for (;;)
     {
+        if (Simulation_Random(2) == 0 && fifo.Out(element))
+        {
+            return element;
+        }
         const bool bData = fifo.HasDataEvent().Wait(kelWait_Retried, 0);
         if (fifo.Out(element))
         {
@@ -177,6 +185,7 @@ void Scenario_Buffer()
     const int roundCount = 1 + static_cast<int>(Simulation_Random(12));
     CKelThreadBuffer_T<SElement> buffer("simulated");
     std::vector<SElement*> elements;
+    elements.reserve(static_cast<std::size_t>(elementCount));
     for (int i = 0; i < elementCount; ++i)
     {
         elements.push_back(new SElement{i, -1});

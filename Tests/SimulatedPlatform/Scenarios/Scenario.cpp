@@ -3,6 +3,7 @@
 
 #include "LiveAllocations.h"
 #include "PlainHook.h"
+#include "StopStates.h"
 
 #include <algorithm>
 #include <array>
@@ -45,7 +46,7 @@ SSimulationResult Schedule_Try(const SScenario& scenario, const SSimulationSetup
     leftBlocks = LiveAllocations_Count() - before - own;
     if (g_raceCount > 0)
     {
-        result.findings.push_back("ThreadSanitizer has reported a race, above");
+        result.findings.emplace_back("ThreadSanitizer has reported a race, above");
     }
     return result;
 }
@@ -130,6 +131,12 @@ void CrashReport_Install()
         action.sa_flags = SA_ONSTACK;
         sigaction(signal, &action, nullptr);
     }
+}
+
+SStopStates& StopStates_Get()
+{
+    static SStopStates states;
+    return states;
 }
 
 const char* Policy_Name(EPolicy policy)

@@ -2,7 +2,7 @@
 #include "SimulatedJob.h"
 
 #include "DataMap/PrintUnitDataMap_5.h"
-#include "Simulation.h"
+#include "Scenario.h"
 
 #include <atomic>
 #include <stdexcept>
@@ -82,6 +82,10 @@ public:
     bool MapData_Line(const SSrcBandDataParam& param, const unsigned char* src, unsigned char* dst,
                       int dstByteCount) const override
     {
+        if (m_fault == EMapFault::Slow)
+        {
+            Sleep(Simulation_Random(4) == 0 ? Simulation_Random(slowLineMs) : 0);
+        }
         if (m_fault == EMapFault::Refuses || m_fault == EMapFault::Throws)
         {
             if (--m_callsLeft == 0)

@@ -19,14 +19,16 @@ struct SSimulatedJob
 // One of the jobs, drawn from the running schedule's seed, and made the platform's configuration.
 const SSimulatedJob& Job_Apply();
 
-// The failures that a map can be made to have.
+// What can be the matter with a map.
 enum class EMapFault
 {
     None,
-    Refuses,      // MapData_Line returns false
-    Throws,       // MapData_Line throws
-    ScratchThrows // CustomParam_Create throws
+    Refuses,       // MapData_Line returns false
+    Throws,        // MapData_Line throws
+    ScratchThrows, // CustomParam_Create throws
+    Slow,          // some calls of MapData_Line take up to slowLineMs
 };
+constexpr unsigned slowLineMs = 300;
 
-// The jobs' map, failing at one call. Not the library's own class: its lines come one by one.
+// The jobs' map, failing at one call, or slow at all of them. Not the library's own class: its lines come one by one.
 std::unique_ptr<CPrintUnitDataMap_Base> FaultyMap_Make(EMapFault fault, int atCall);

@@ -1,12 +1,11 @@
 // The three stages, each fed by a producer and emptied by a consumer: to the end, stopped, failing, and side by side.
-#include "StageScenarios.h"
 #include "KelCommon/KelWait.h"
 #include "PlainHook.h"
 #include "Scenario.h"
 #include "SimulatedJob.h"
+#include "StopStates.h"
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <memory>
 #include <optional>
@@ -377,7 +376,7 @@ private:
     void State_Count()
     {
         const CSimulationPause pause;
-        StopStates_Get().at(static_cast<std::size_t>(std::clamp(m_stage.m_processState, 0, 5)))++;
+        ++StopStates_Get().stage.at(static_cast<std::size_t>(m_stage.m_processState));
     }
 
     STask m_task;
@@ -543,12 +542,6 @@ void Scenario_SideBySide()
 }
 
 } // namespace
-
-std::array<int, 6>& StopStates_Get()
-{
-    static std::array<int, 6> states{};
-    return states;
-}
 
 std::vector<SScenario> StageScenarios_Get()
 {
