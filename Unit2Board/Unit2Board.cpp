@@ -30,8 +30,8 @@ public:
     const int m_lineRun;
 };
 
-// Stops a converter that could not be made, or whose thread cannot go on: its owner sees that and may destroy it, so the
-// generators end first. Also when what fails throws, as a log's sink may.
+// Stops a converter that could not be made, or whose thread cannot go on: its owner sees that and may destroy it, so
+// the generators end first. Also when what fails throws, as a log's sink may.
 struct SStopOnFailure
 {
     ~SStopOnFailure()
