@@ -152,7 +152,17 @@ struct CBoardTiffWriter::STiff
                                       &Tiff_Seek, &Tiff_Close, &Tiff_Size, nullptr, nullptr, pOptions);
         TIFFOpenOptionsFree(pOptions);
     }
-    ~STiff() { Close(); }
+    // Of an output that is given up, nothing is written any more: after a failure libtiff may not find what it would
+    // write.
+    ~STiff()
+    {
+        constexpr int readOnly = 0; // O_RDONLY, on every system
+        if (m_pHandle != nullptr)
+        {
+            TIFFSetMode(m_pHandle, readOnly);
+        }
+        Close();
+    }
     STiff(const STiff&) = delete;
     STiff& operator=(const STiff&) = delete;
 

@@ -1,6 +1,7 @@
 // Running schedules, and what all scenarios use.
 #include "Scenario.h"
 
+#include "Compiler/KelCompiler.h"
 #include "LiveAllocations.h"
 #include "PlainHook.h"
 #include "StopStates.h"
@@ -54,8 +55,7 @@ SSimulationResult Schedule_Try(const SScenario& scenario, const SSimulationSetup
 } // namespace
 
 #ifdef SIMULATION_TSAN
-extern "C" [[gnu::visibility("default")]] void
-__tsan_on_report(void* /*report*/) // NOLINT(bugprone-reserved-identifier)
+extern "C" KEL_EXPORT void __tsan_on_report(void* /*report*/) // NOLINT(bugprone-reserved-identifier)
 {
     ++g_raceCount;
 }
