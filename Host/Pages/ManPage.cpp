@@ -81,7 +81,7 @@ std::string Page_Begin(const std::string& name, const std::string& summary)
     {
         letter = letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
     }
-    return ".TH " + Roff_Text(title) + " 1 \"\" \"" + Roff_Text(ProgramName_Get()) +
+    return ".TH " + Roff_Text(title) + R"( 1 "" ")" + Roff_Text(ProgramName_Get()) +
            "\" \"User Commands\"\n.SH NAME\n" + Roff_Text(name) + " \\- " + Roff_Text(summary) + '\n';
 }
 
