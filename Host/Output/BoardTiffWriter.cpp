@@ -53,16 +53,16 @@ int Tiff_Close(thandle_t)
     return 0;
 }
 
+// Of fixed size: what is thrown where there is no memory for it would pass through libtiff, which is C.
+using TiffMessage = std::array<char, 500>;
+
 // Keeps the first message; the later ones are its consequences.
 int Tiff_KeepError(TIFF*, void* pUserData, const char*, const char* pFormat, va_list arguments)
 {
-    constexpr std::size_t longestMessage = 500;
-    auto& message = *static_cast<std::string*>(pUserData);
-    if (message.empty())
+    auto& message = *static_cast<TiffMessage*>(pUserData);
+    if (message.front() == '\0')
     {
-        std::array<char, longestMessage> text = {};
-        std::vsnprintf(text.data(), text.size(), pFormat, arguments);
-        message = text.data();
+        std::vsnprintf(message.data(), message.size(), pFormat, arguments);
     }
     return 1;
 }
@@ -136,7 +136,7 @@ bool BoardTiff_NeedsBigTiff(const SBoardTiffSize& size, EBoardCompression compre
 
 struct CBoardTiffWriter::STiff
 {
-    std::string m_message;
+    TiffMessage m_message = {};
     TIFF* m_pHandle = nullptr;
 
     STiff(COutputFile& file, bool bBigTiff)
@@ -319,7 +319,7 @@ void CBoardTiffWriter::Finish_All()
         throw CRunError(m_file->Name() + ": there is no board band, and a TIFF without pages cannot be read");
     }
     m_tiff->Close();
-    if (!m_tiff->m_message.empty())
+    if (m_tiff->m_message.front() != '\0')
     {
         Failure_Throw("cannot be completed");
     }
@@ -328,6 +328,6 @@ void CBoardTiffWriter::Finish_All()
 
 void CBoardTiffWriter::Failure_Throw(const std::string& what) const
 {
-    const std::string& reason = m_file->Failure_Text().empty() ? m_tiff->m_message : m_file->Failure_Text();
+    const std::string reason = m_file->Failure_Text().empty() ? m_tiff->m_message.data() : m_file->Failure_Text();
     throw CRunError(m_file->Name() + ": " + what + ": " + reason);
 }
