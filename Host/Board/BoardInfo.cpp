@@ -77,7 +77,7 @@ CJson BoardInfo_ToJson(const SBoardInfo& info)
 
 CJson BandHeader_ToJson(const SBandHeader& header)
 {
-    CJson json;
+    CJson json = CJson::object(); // null would call itself an object before it has the memory of one
     for (const SBandHeaderWord& word : g_bandHeaderWords)
     {
         json[std::string(word.m_name)] = header.*word.m_pWord;
