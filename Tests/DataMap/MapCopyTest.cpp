@@ -7,57 +7,23 @@ namespace
 
 using A = SMapTestAccess;
 
-template<class TMap>
-struct SCopyCase;
-template<>
-struct SCopyCase<CPrintUnitDataMap_1>
+// A map, and the layout that the twin calls so.
+template<class TMap, ETwinStyle style, int srcBitCount, int frameWidth, int dotSizeMode>
+struct SCopyCase
 {
-    static constexpr STwinStyle layout = {ETwinStyle::Style_1, 1, 16, 1};
-};
-template<>
-struct SCopyCase<CPrintUnitDataMap_2>
-{
-    static constexpr STwinStyle layout = {ETwinStyle::Style_2, 1, 16, 3};
-};
-template<>
-struct SCopyCase<CPrintUnitDataMap_5>
-{
-    static constexpr STwinStyle layout = {ETwinStyle::Style_5, 2, 16, 1};
-};
-template<>
-struct SCopyCase<CPrintUnitDataMap_6>
-{
-    static constexpr STwinStyle layout = {ETwinStyle::Style_6, 1, 9, 1};
-};
-template<>
-struct SCopyCase<CPrintUnitDataMap_7>
-{
-    static constexpr STwinStyle layout = {ETwinStyle::Style_7, 1, 9, 2};
-};
-template<>
-struct SCopyCase<CPrintUnitDataMap_8>
-{
-    static constexpr STwinStyle layout = {ETwinStyle::Style_8, 1, 16, 1};
-};
-template<>
-struct SCopyCase<CPrintUnitDataMap_03>
-{
-    static constexpr STwinStyle layout = {ETwinStyle::Style_03, 1, 64, 1};
-};
-template<>
-struct SCopyCase<CPrintUnitDataMap_03_01>
-{
-    static constexpr STwinStyle layout = {ETwinStyle::Style_03_01, 1, 12, 1};
+    using CMap = TMap;
+    static constexpr STwinStyle layout = {style, srcBitCount, frameWidth, dotSizeMode};
 };
 
-template<class TMap>
+template<class TCase>
 class CMapCopy : public testing::Test
 {
 protected:
-    static constexpr STwinStyle layout = SCopyCase<TMap>::layout;
+    using CMap = typename TCase::CMap;
+    static constexpr STwinStyle layout = TCase::layout;
 
     // A line through the copy and through the twin.
-    void ExpectMapsLikeTheTwin(const TMap& map)
+    void ExpectMapsLikeTheTwin(const CMap& map)
     {
         std::mt19937 random(8);
         const Bytes src = Bytes_Random(random, 50);
@@ -70,12 +36,17 @@ protected:
     }
 
     std::unique_ptr<CPrintUnitDataMap_Base> m_made = Map_Make(layout);
-    const TMap& m_original = static_cast<const TMap&>(*m_made);
+    const CMap& m_original = static_cast<const CMap&>(*m_made);
 };
 
-using EveryMap =
-    testing::Types<CPrintUnitDataMap_1, CPrintUnitDataMap_2, CPrintUnitDataMap_5, CPrintUnitDataMap_6,
-                   CPrintUnitDataMap_7, CPrintUnitDataMap_8, CPrintUnitDataMap_03, CPrintUnitDataMap_03_01>;
+using EveryMap = testing::Types<SCopyCase<CPrintUnitDataMap_1, ETwinStyle::Style_1, 1, 16, 1>,
+                                SCopyCase<CPrintUnitDataMap_2, ETwinStyle::Style_2, 1, 16, 3>,
+                                SCopyCase<CPrintUnitDataMap_5, ETwinStyle::Style_5, 2, 16, 1>,
+                                SCopyCase<CPrintUnitDataMap_6, ETwinStyle::Style_6, 1, 9, 1>,
+                                SCopyCase<CPrintUnitDataMap_7, ETwinStyle::Style_7, 1, 9, 2>,
+                                SCopyCase<CPrintUnitDataMap_8, ETwinStyle::Style_8, 1, 16, 1>,
+                                SCopyCase<CPrintUnitDataMap_03, ETwinStyle::Style_03, 1, 64, 1>,
+                                SCopyCase<CPrintUnitDataMap_03_01, ETwinStyle::Style_03_01, 1, 12, 1>>;
 
 } // namespace
 
@@ -83,7 +54,7 @@ TYPED_TEST_SUITE(CMapCopy, EveryMap);
 
 TYPED_TEST(CMapCopy, MapsLikeItsOriginal)
 {
-    TypeParam copy(this->m_original);
+    typename TypeParam::CMap copy(this->m_original);
     EXPECT_EQ(copy.AllMapData_Get(), this->m_original.AllMapData_Get());
     this->ExpectMapsLikeTheTwin(copy);
     A::MapData_Set(copy, nullptr); // one owner only
@@ -91,7 +62,7 @@ TYPED_TEST(CMapCopy, MapsLikeItsOriginal)
 
 TYPED_TEST(CMapCopy, TakesOverAllThatIsAssignedToIt)
 {
-    TypeParam copy;
+    typename TypeParam::CMap copy;
     EXPECT_EQ(&(copy = this->m_original), &copy);
     EXPECT_EQ(copy.AllMapData_Get(), this->m_original.AllMapData_Get());
     EXPECT_EQ(copy.DataFrameWidth(), this->m_original.DataFrameWidth());
