@@ -25,59 +25,10 @@ namespace
 
 constexpr int lookMs = 50; // how often somebody who waits looks for a stop
 
-// The hidden names of the process, for a signal handler.
-constexpr std::size_t hiddenMost = 8;
-constexpr std::size_t longestPath = 4096;
-struct SHiddenName
-{
-    std::atomic<int> m_state{0}; // 0: free, 1: being written, 2: there
-    std::array<char, longestPath> m_path = {};
-};
-std::array<SHiddenName, hiddenMost> g_hiddenNames;
-static_assert(std::atomic<int>::is_always_lock_free, "they are read inside a signal handler");
-
 std::string Folder_Of(const std::string& path)
 {
     const auto slash = path.rfind('/');
     return slash == std::string::npos ? "." : path.substr(0, slash + 1);
-}
-
-constexpr std::string_view partMark = ".part-";
-constexpr std::size_t digitCount = 16;
-constexpr std::string_view hexDigits = "0123456789abcdef";
-
-// ".page.tif.part-": what the hidden names of a target begin with. A name that is nearly as long as a name may be
-// leaves no room for another part.
-std::string Hidden_Stem(const std::string& target)
-{
-    constexpr std::size_t longestName = 200;
-    const auto slash = target.rfind('/');
-    const std::string name = slash == std::string::npos ? target : target.substr(slash + 1);
-    return '.' + (name.size() <= longestName ? name : "boards") + std::string(partMark);
-}
-
-std::string RandomDigits()
-{
-    std::random_device device;
-    std::uniform_int_distribution<std::size_t> choice(0, hexDigits.size() - 1);
-    std::string text;
-    for (std::size_t i = 0; i < digitCount; ++i)
-    {
-        text += hexDigits[choice(device)];
-    }
-    return text;
-}
-
-std::string Hidden_Make(const std::string& target)
-{
-    return Folder_Of(target) + (target.find('/') == std::string::npos ? "/" : "") + Hidden_Stem(target) +
-           RandomDigits();
-}
-
-bool IsHidden_Name(std::string_view name, const std::string& stem)
-{
-    return name.size() == stem.size() + digitCount && name.substr(0, stem.size()) == stem &&
-           name.find_first_not_of(hexDigits, stem.size()) == std::string_view::npos;
 }
 
 // Takes the file away if it is ours and nobody has it in the making: who has holds a lock.
@@ -99,11 +50,11 @@ void Stale_Remove(int folder, const char* pName)
 // The files that an ended process left.
 void Stale_RemoveAll(const std::string& target)
 {
-    const std::string stem = Hidden_Stem(target);
+    const CHiddenName::Text stem = CHiddenName::Stem_Of(target);
     const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(Folder_Of(target).c_str()), &closedir);
     while (const dirent* pEntry = folder == nullptr ? nullptr : readdir(folder.get()))
     {
-        if (IsHidden_Name(pEntry->d_name, stem))
+        if (CHiddenName::IsOne(pEntry->d_name, stem))
         {
             Stale_Remove(dirfd(folder.get()), pEntry->d_name);
         }
@@ -201,12 +152,12 @@ int CFileWriter::Create_Hidden(const std::string& target)
 {
     for (;;)
     {
-        Hidden_Set(Hidden_Make(target));
-        m_descriptor = open(m_hidden.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        m_hidden.Set(CHiddenName::Make(target));
+        m_descriptor = open(m_hidden.Path().c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
         const int error = errno;
         if (m_descriptor < 0)
         {
-            Hidden_Forget();
+            m_hidden.Forget();
             return error;
         }
         struct stat status = {};
@@ -358,21 +309,22 @@ int CFileWriter::Place_Named()
     {
         return errno;
     }
-    if (m_hidden.empty())
+    if (!m_hidden.IsSet())
     {
-        Hidden_Set(Hidden_Make(m_target));
-        if (linkat(AT_FDCWD, Descriptor_Path(m_descriptor).c_str(), AT_FDCWD, m_hidden.c_str(), AT_SYMLINK_FOLLOW) != 0)
+        m_hidden.Set(CHiddenName::Make(m_target));
+        if (linkat(AT_FDCWD, Descriptor_Path(m_descriptor).c_str(), AT_FDCWD, m_hidden.Path().c_str(),
+                   AT_SYMLINK_FOLLOW) != 0)
         {
             const int error = errno;
-            Hidden_Forget();
+            m_hidden.Forget();
             return error;
         }
     }
-    if (rename(m_hidden.c_str(), m_target.c_str()) != 0)
+    if (rename(m_hidden.Path().c_str(), m_target.c_str()) != 0)
     {
         return errno;
     }
-    Hidden_Forget();
+    m_hidden.Forget();
     return 0;
 }
 
@@ -382,50 +334,17 @@ void CFileWriter::Discard()
     {
         close(m_descriptor);
     }
-    if (!m_hidden.empty())
+    if (m_hidden.IsSet())
     {
-        unlink(m_hidden.c_str());
-        Hidden_Forget();
+        unlink(m_hidden.Path().c_str());
+        m_hidden.Forget();
     }
     m_descriptor = -1;
     m_bOwned = false;
     m_target.clear();
 }
 
-void CFileWriter::Hidden_Set(std::string name)
-{
-    m_hidden = std::move(name);
-    for (std::size_t i = 0; i < hiddenMost && m_hidden.size() < longestPath; ++i)
-    {
-        SHiddenName& slot = g_hiddenNames[i];
-        int freeState = 0;
-        if (slot.m_state.compare_exchange_strong(freeState, 1))
-        {
-            std::copy_n(m_hidden.c_str(), m_hidden.size() + 1, slot.m_path.data());
-            slot.m_state = 2;
-            m_hiddenSlot = static_cast<int>(i);
-            return;
-        }
-    }
-}
-
-void CFileWriter::Hidden_Forget()
-{
-    if (m_hiddenSlot >= 0)
-    {
-        g_hiddenNames[static_cast<std::size_t>(m_hiddenSlot)].m_state = 0;
-    }
-    m_hiddenSlot = -1;
-    m_hidden.clear();
-}
-
 void CFileWriter::HiddenFiles_Remove()
 {
-    for (const SHiddenName& slot : g_hiddenNames)
-    {
-        if (slot.m_state == 2)
-        {
-            unlink(slot.m_path.data());
-        }
-    }
+    CHiddenName::ForEach([](const char* pPath) { unlink(pPath); });
 }

@@ -10,6 +10,7 @@
 // the same name takes it away, unless another process still has it in the making.
 #pragma once
 
+#include "Platform/Helper/HiddenName.h"
 #include "Platform/PlatformExport.h"
 
 #include <cstddef>
@@ -64,12 +65,9 @@ private:
     int Create_Hidden(const std::string& target);
     int Place_Named();
     int Rights_Take(const std::string& target);
-    void Hidden_Set(std::string name);
-    void Hidden_Forget();
 
     int m_descriptor = -1;
     bool m_bOwned = false;
     std::string m_target; // of the file in the making
-    std::string m_hidden; // its name until it takes its place; empty: it has none
-    int m_hiddenSlot = -1;
+    CHiddenName m_hidden; // its name until it takes its place; not set: it has none
 };

@@ -23,28 +23,9 @@
 namespace
 {
 
-constexpr std::size_t hiddenMost = 8;
-constexpr std::size_t longestPath = 4096;
-struct SHiddenName
-{
-    std::atomic<int> m_state{0}; // 0: free, 1: being written, 2: there
-    std::array<wchar_t, longestPath> m_path = {};
-};
-std::array<SHiddenName, hiddenMost> g_hiddenNames;
-
-constexpr std::wstring_view partMark = L".part-";
-constexpr std::size_t digitCount = 16;
-constexpr std::wstring_view hexDigits = L"0123456789abcdef";
-
 std::filesystem::path Path_Of(const std::string& utf8)
 {
     return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));
-}
-
-std::string Text_Of(const std::filesystem::path& path)
-{
-    const std::u8string text = path.u8string();
-    return {text.begin(), text.end()};
 }
 
 int LastError_Number()
@@ -72,42 +53,16 @@ int LastError_Number()
     }
 }
 
-// A name that is nearly as long as a name may be leaves no room for another part.
-std::wstring Hidden_Stem(const std::filesystem::path& target)
-{
-    constexpr std::size_t longestName = 200;
-    const std::wstring name = target.filename().wstring();
-    return L'.' + (name.size() <= longestName ? name : L"boards") + std::wstring(partMark);
-}
-
-std::filesystem::path Hidden_Make(const std::filesystem::path& target)
-{
-    std::random_device device;
-    std::uniform_int_distribution<std::size_t> choice(0, hexDigits.size() - 1);
-    std::wstring name = Hidden_Stem(target);
-    for (std::size_t i = 0; i < digitCount; ++i)
-    {
-        name += hexDigits[choice(device)];
-    }
-    return target.parent_path() / name;
-}
-
-bool IsHidden_Name(std::wstring_view name, const std::wstring& stem)
-{
-    return name.size() == stem.size() + digitCount && name.substr(0, stem.size()) == stem &&
-           name.find_first_not_of(hexDigits, stem.size()) == std::wstring_view::npos;
-}
-
 // Opening it alone fails while somebody has it in the making; closing it takes it away.
 void Stale_RemoveAll(const std::filesystem::path& target)
 {
-    const std::wstring stem = Hidden_Stem(target);
+    const CHiddenName::Text stem = CHiddenName::Stem_Of(target);
     const std::filesystem::path folder = target.has_parent_path() ? target.parent_path() : L".";
     std::error_code error;
     for (auto entry = std::filesystem::directory_iterator(folder, error);
          !error && entry != std::filesystem::directory_iterator(); entry.increment(error))
     {
-        if (IsHidden_Name(entry->path().filename().wstring(), stem))
+        if (CHiddenName::IsOne(entry->path().filename().native(), stem))
         {
             const HANDLE file = CreateFileW(entry->path().c_str(), GENERIC_WRITE | DELETE, 0, nullptr, OPEN_EXISTING,
                                             FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
@@ -143,14 +98,14 @@ int CFileWriter::Create_For(const std::string& target)
 
 int CFileWriter::Create_Hidden(const std::string& target)
 {
-    const std::filesystem::path path = Hidden_Make(Path_Of(target));
+    const std::filesystem::path path = CHiddenName::Make(Path_Of(target));
     const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE,
                                     nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE)
     {
         return LastError_Number();
     }
-    Hidden_Set(Text_Of(path));
+    m_hidden.Set(path);
     m_descriptor = _open_osfhandle(reinterpret_cast<std::intptr_t>(file), _O_RDWR | _O_BINARY);
     m_bOwned = true;
     if (m_descriptor < 0)
@@ -252,7 +207,7 @@ int CFileWriter::Place_Named()
     {
         return errno;
     }
-    const std::filesystem::path hidden = Path_Of(m_hidden);
+    const std::filesystem::path hidden = m_hidden.Path();
     const std::filesystem::path target = Path_Of(m_target);
     const bool bPlaced =
         ReplaceFileW(target.c_str(), hidden.c_str(), nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr) != 0 ||
@@ -261,7 +216,7 @@ int CFileWriter::Place_Named()
     {
         return LastError_Number();
     }
-    Hidden_Forget();
+    m_hidden.Forget();
     return 0;
 }
 
@@ -271,52 +226,18 @@ void CFileWriter::Discard()
     {
         _close(m_descriptor);
     }
-    if (!m_hidden.empty())
+    if (m_hidden.IsSet())
     {
-        DeleteFileW(Path_Of(m_hidden).c_str());
-        Hidden_Forget();
+        DeleteFileW(m_hidden.Path().c_str());
+        m_hidden.Forget();
     }
     m_descriptor = -1;
     m_bOwned = false;
     m_target.clear();
 }
 
-void CFileWriter::Hidden_Set(std::string name)
-{
-    m_hidden = std::move(name);
-    const std::wstring path = Path_Of(m_hidden).wstring();
-    for (std::size_t i = 0; i < hiddenMost && path.size() < longestPath; ++i)
-    {
-        SHiddenName& slot = g_hiddenNames[i];
-        int freeState = 0;
-        if (slot.m_state.compare_exchange_strong(freeState, 1))
-        {
-            std::copy_n(path.c_str(), path.size() + 1, slot.m_path.data());
-            slot.m_state = 2;
-            m_hiddenSlot = static_cast<int>(i);
-            return;
-        }
-    }
-}
-
-void CFileWriter::Hidden_Forget()
-{
-    if (m_hiddenSlot >= 0)
-    {
-        g_hiddenNames[static_cast<std::size_t>(m_hiddenSlot)].m_state = 0;
-    }
-    m_hiddenSlot = -1;
-    m_hidden.clear();
-}
-
 // A file that is open is gone when it is closed, at the latest with the process.
 void CFileWriter::HiddenFiles_Remove()
 {
-    for (const SHiddenName& slot : g_hiddenNames)
-    {
-        if (slot.m_state == 2)
-        {
-            DeleteFileW(slot.m_path.data());
-        }
-    }
+    CHiddenName::ForEach([](const wchar_t* pPath) { DeleteFileW(pPath); });
 }
