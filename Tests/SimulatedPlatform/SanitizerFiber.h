@@ -1,8 +1,10 @@
-// What ThreadSanitizer wants to be told, where it is built in: which fiber runs, and which operations of the platform
-// order one thread's work before another's. The platform and the scheduler are not instrumented themselves; only what
-// the contract promises counts as order, so that the library is seen to rely on no more. Nothing without
-// SIMULATION_TSAN.
+// What the sanitizers want to be told, where one is built in: both of them which fiber runs, AddressSanitizer on which
+// stack, ThreadSanitizer which operations of the platform order one thread's work before another's. The platform and
+// the scheduler are not instrumented themselves; only what the contract promises counts as order, so that the library
+// is seen to rely on no more. Nothing without SIMULATION_TSAN and SIMULATION_ASAN.
 #pragma once
+
+#include <cstddef>
 
 #ifdef SIMULATION_TSAN
 
@@ -22,12 +24,14 @@ public:
     CSanitizerFiber(const CSanitizerFiber&) = delete;
     CSanitizerFiber& operator=(const CSanitizerFiber&) = delete;
 
-    void Enter()
+    void Enter(const void* /*stackBottom*/, std::size_t /*stackBytes*/)
     {
         m_outside = __tsan_get_current_fiber();
         __tsan_switch_to_fiber(m_inside, __tsan_switch_to_fiber_no_sync);
     }
-    void Leave() { __tsan_switch_to_fiber(m_outside, __tsan_switch_to_fiber_no_sync); }
+    void Entered() {}
+    void Leave(bool /*bForGood*/) { __tsan_switch_to_fiber(m_outside, __tsan_switch_to_fiber_no_sync); }
+    void Left() {}
 
 private:
     void* m_inside;
@@ -55,11 +59,46 @@ inline void Sanitizer_Release(const void* object)
 
 #else
 
+#ifdef SIMULATION_ASAN
+
+#include <sanitizer/common_interface_defs.h>
+
+class CSanitizerFiber
+{
+public:
+    // Outside, before and after the fiber has run.
+    void Enter(const void* stackBottom, std::size_t stackBytes)
+    {
+        __sanitizer_start_switch_fiber(&m_outsideFrames, stackBottom, stackBytes);
+    }
+    void Left() { __sanitizer_finish_switch_fiber(m_outsideFrames, nullptr, nullptr); }
+
+    // Inside, after it was entered and before it is left.
+    void Entered() { __sanitizer_finish_switch_fiber(m_insideFrames, &m_outsideBottom, &m_outsideBytes); }
+    void Leave(bool bForGood)
+    {
+        __sanitizer_start_switch_fiber(bForGood ? nullptr : &m_insideFrames, m_outsideBottom, m_outsideBytes);
+    }
+
+private:
+    void* m_outsideFrames = nullptr;
+    void* m_insideFrames = nullptr;
+    const void* m_outsideBottom = nullptr;
+    std::size_t m_outsideBytes = 0;
+};
+
+#else
+
 struct CSanitizerFiber
 {
-    void Enter() {}
-    void Leave() {}
+    void Enter(const void* /*stackBottom*/, std::size_t /*stackBytes*/) {}
+    void Entered() {}
+    void Leave(bool /*bForGood*/) {}
+    void Left() {}
 };
+
+#endif
+
 inline void Sanitizer_Unseen_Begin() {}
 inline void Sanitizer_Unseen_End() {}
 inline void Sanitizer_Acquire(const void* /*object*/) {}

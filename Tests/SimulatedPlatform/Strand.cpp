@@ -28,35 +28,50 @@ SExceptionState& ExceptionState_Get()
     return *reinterpret_cast<SExceptionState*>(abi::__cxa_get_globals());
 }
 
-constexpr std::size_t stackBytes = 128 * 1024; // with a guard page
-
-#ifdef SIMULATION_TSAN
-
-// The sanitizer takes a stack that is used again for what it was before, but knows a new one.
-using CStacks = boost::context::protected_fixedsize_stack;
-
+// With a guard page. AddressSanitizer puts room between a frame's variables.
+#ifdef SIMULATION_ASAN
+constexpr std::size_t stackBytes = 512 * 1024;
 #else
+constexpr std::size_t stackBytes = 128 * 1024;
+#endif
 
-// Stacks that are kept for the next fiber.
+// ThreadSanitizer takes a stack that is used again for what it was before, but knows a new one.
+#ifdef SIMULATION_TSAN
+constexpr bool bStacksAreKept = false;
+#else
+constexpr bool bStacksAreKept = true;
+#endif
+
+// Stacks that are kept for the next fiber. The one that a fiber was given is noted in `taken`.
 class CStacks
 {
 public:
-    explicit CStacks(std::size_t /*bytes*/) {}
+    explicit CStacks(boost::context::stack_context& taken) : m_taken(taken) {}
 
     boost::context::stack_context allocate() // NOLINT(readability-identifier-naming): the library's name
     {
         if (Kept().empty())
         {
-            return boost::context::protected_fixedsize_stack(stackBytes).allocate();
+            m_taken = boost::context::protected_fixedsize_stack(stackBytes).allocate();
         }
-        const auto stack = Kept().back();
-        Kept().pop_back();
-        return stack;
+        else
+        {
+            m_taken = Kept().back();
+            Kept().pop_back();
+        }
+        return m_taken;
     }
 
     void deallocate(boost::context::stack_context& stack) // NOLINT(readability-identifier-naming)
     {
-        Kept().push_back(stack);
+        if (bStacksAreKept)
+        {
+            Kept().push_back(stack);
+        }
+        else
+        {
+            boost::context::protected_fixedsize_stack(stackBytes).deallocate(stack);
+        }
     }
 
 private:
@@ -65,21 +80,22 @@ private:
         static auto& kept = *new std::vector<boost::context::stack_context>();
         return kept;
     }
-};
 
-#endif
+    boost::context::stack_context& m_taken;
+};
 
 class CFiberStrand : public CStrand
 {
 public:
     explicit CFiberStrand(std::function<void()> body)
         : m_body(std::move(body)),
-          m_inside(std::allocator_arg, CStacks(stackBytes),
+          m_inside(std::allocator_arg, CStacks(m_stack),
                    [this](boost::context::fiber&& outside)
                    {
+                       m_sanitizer.Entered();
                        m_outside = std::move(outside);
                        m_body();
-                       m_sanitizer.Leave();
+                       m_sanitizer.Leave(true);
                        return std::move(m_outside);
                    })
     {
@@ -87,22 +103,25 @@ public:
 
     void Resume() override
     {
-        m_sanitizer.Enter();
+        m_sanitizer.Enter(static_cast<const char*>(m_stack.sp) - m_stack.size, m_stack.size);
         m_inside = std::move(m_inside).resume();
+        m_sanitizer.Left();
     }
 
     void Yield() override
     {
         SExceptionState& state = ExceptionState_Get();
         const SExceptionState own = std::exchange(state, SExceptionState());
-        m_sanitizer.Leave();
+        m_sanitizer.Leave(false);
         m_outside = std::move(m_outside).resume();
+        m_sanitizer.Entered();
         ExceptionState_Get() = own;
     }
 
 private:
     std::function<void()> m_body;
     CSanitizerFiber m_sanitizer;
+    boost::context::stack_context m_stack; // of the inside
     boost::context::fiber m_outside;
     boost::context::fiber m_inside;
 };
