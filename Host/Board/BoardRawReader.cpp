@@ -41,13 +41,13 @@ private:
     const unsigned char* m_pNext;
 };
 
+// -1, with the reason in errno, if it cannot be found out.
 std::int64_t Stream_Size(std::istream& stream)
 {
+    errno = 0;
     stream.seekg(0, std::ios::end);
-    const std::streamoff size = stream ? std::streamoff(stream.tellg()) : std::streamoff(0);
-    stream.clear();
-    stream.seekg(0);
-    return size;
+    const std::streamoff size = stream ? std::streamoff(stream.tellg()) : std::streamoff(-1);
+    return stream.seekg(0) ? size : -1;
 }
 
 bool IsText(const unsigned char* pBytes, std::string_view text)
@@ -88,6 +88,10 @@ CBoardRawReader::CBoardRawReader(std::istream& stream, std::string name)
 
 void CBoardRawReader::Header_Read()
 {
+    if (m_size < 0)
+    {
+        Refuse(-1, "cannot be read: " + SystemError_Text(errno));
+    }
     constexpr std::size_t longestHeader = std::size_t{16} << 20U;
     std::array<unsigned char, g_streamFixedBytes> fixed = {};
     Bytes_Read(fixed.data(), fixed.size(), "its header");
@@ -292,8 +296,12 @@ bool CBoardRawReader::IsRecordAt(std::int64_t offset)
 void CBoardRawReader::Offset_Set(std::int64_t offset)
 {
     m_pStream->clear();
-    m_pStream->seekg(offset);
+    errno = 0;
     m_offset = offset;
+    if (!m_pStream->seekg(offset))
+    {
+        Refuse(offset, "cannot be read: " + SystemError_Text(errno));
+    }
 }
 
 void CBoardRawReader::Bytes_Read(void* pData, std::size_t size, const std::string& part)

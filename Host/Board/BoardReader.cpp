@@ -6,6 +6,7 @@
 #include "Host/InputFile.h"
 #include "Host/PathText.h"
 
+#include <cerrno>
 #include <fstream>
 
 namespace
@@ -31,7 +32,12 @@ std::unique_ptr<CBoardReader> CBoardReader::Open(const std::filesystem::path& fi
     const std::string name = Path_Text(file);
     std::ifstream stream = InputFile_Open(file, "board file");
     char first[2] = {};
+    errno = 0;
     stream.read(first, sizeof(first));
+    if (stream.bad())
+    {
+        throw CBoardDamageError(name, {-1, -1, "cannot be read: " + SystemError_Text(errno), ""});
+    }
     if (stream.gcount() == 0)
     {
         throw CBoardDamageError(name, {-1, -1, "the file is empty", ""});

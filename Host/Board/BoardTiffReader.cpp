@@ -166,6 +166,10 @@ bool CBoardTiffReader::Band_ReadNext(CBandData& band, SBoardPass& pass)
             m_bEnd = true;
             Refuse_WithMessage("the page cannot be read (damaged or cut off)");
         }
+        if (!m_file->ReadError().empty())
+        {
+            Refuse("a tag is missing"); // libtiff goes on without what it could not read
+        }
     }
     m_bRead = true;
     const SBandDescription description = Description_Read();
@@ -195,7 +199,9 @@ bool CBoardTiffReader::Resume_Next()
 
 void CBoardTiffReader::Refuse(const std::string& what, const std::string& fix) const
 {
-    throw CBoardDamageError(m_name, {-1, m_page, what, fix});
+    const std::string& reason = m_file->ReadError();
+    throw CBoardDamageError(m_name, reason.empty() ? SBoardDamage{-1, m_page, what, fix}
+                                                   : SBoardDamage{-1, m_page, "cannot be read: " + reason, ""});
 }
 
 void CBoardTiffReader::Refuse_WithMessage(const std::string& what) const

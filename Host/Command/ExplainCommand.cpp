@@ -5,10 +5,12 @@
 #include "Host/Command/Answer.h"
 #include "Host/Command/Explainer.h"
 #include "Host/HostError.h"
+#include "Host/InputFile.h"
 #include "Host/PathText.h"
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <fstream>
 #include <limits>
 #include <string_view>
@@ -16,8 +18,8 @@
 namespace
 {
 
-// Whether the file begins as one of the two board formats does. What cannot be opened is taken for a job, which says
-// what is wrong with it; so is what is no plain file, since a look at it would take from it.
+// Whether the file begins as one of the two board formats does. What is no plain file is taken for a job, which says
+// what is wrong with it: a look at it would take from it. Throws CInputError if it cannot be read.
 bool IsOutput(const std::filesystem::path& file)
 {
     std::error_code error;
@@ -26,8 +28,14 @@ bool IsOutput(const std::filesystem::path& file)
         return false;
     }
     std::array<char, 8> begin = {};
-    std::ifstream stream(file, std::ios::binary);
+    std::ifstream stream = InputFile_Open(file, "job or a board file");
+    errno = 0;
     stream.read(begin.data(), begin.size());
+    if (stream.bad())
+    {
+        throw CInputError(
+            {SMistake{false, Path_Text(file), {0, 0}, "file", "cannot be read: " + SystemError_Text(errno), ""}});
+    }
     const std::string_view text(begin.data(), static_cast<std::size_t>(stream.gcount()));
     constexpr std::array<std::string_view, 4> tiffs = {std::string_view("II*\0", 4), std::string_view("MM\0*", 4),
                                                        std::string_view("II+\0", 4), std::string_view("MM\0+", 4)};

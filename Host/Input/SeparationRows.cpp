@@ -41,8 +41,7 @@ public:
         const auto count = static_cast<std::size_t>(m_page.rowBytes);
         if (m_file.Bytes_Read(position, bytes, count) != count)
         {
-            m_file.Fail(Place(row, "strip", strip) + " cannot be read: " +
-                        (m_file.ReadError().empty() ? "the file ends early" : m_file.ReadError()));
+            m_file.Fail("cannot be read: the file ends early", Place(row, "strip", strip));
         }
         if (m_page.fillOrder == FILLORDER_LSB2MSB)
         {
@@ -67,7 +66,7 @@ public:
         const bool bRead = TIFFReadScanline(m_file.Handle(), bytes, row, 0) == 1;
         if (!bRead || IsDamaged(m_file, m_page))
         {
-            m_file.Fail_WithMessage(Place(row, "strip", row / m_page.rowsPerStrip) + " cannot be decoded");
+            m_file.Fail_WithMessage("cannot be decoded", Place(row, "strip", row / m_page.rowsPerStrip));
         }
     }
 
@@ -126,7 +125,7 @@ private:
             if (Block_Decode(index, m_blocks.data() + block * m_blockBytes, wanted) != wanted ||
                 IsDamaged(m_file, m_page))
             {
-                m_file.Fail_WithMessage(Place(row, m_page.bTiled ? "tile" : "strip", index) + " cannot be decoded");
+                m_file.Fail_WithMessage("cannot be decoded", Place(row, m_page.bTiled ? "tile" : "strip", index));
             }
         }
     }

@@ -63,7 +63,8 @@ void CTiffFile::File_Open()
     const std::streamoff size = m_stream ? std::streamoff(m_stream.tellg()) : std::streamoff(-1);
     if (size < 0)
     {
-        Fail("this file has no size; a TIFF file is read from a disk");
+        m_readError = SystemError_Text(errno);
+        Fail("its size is unknown");
     }
     m_size = static_cast<std::uint64_t>(size);
     m_streamPosition = m_size;
@@ -77,7 +78,7 @@ void CTiffFile::Tiff_Open(std::int64_t maxBlockBytes)
 {
     if (!HasTiffMark())
     {
-        Fail(m_readError.empty() ? "this is not a TIFF file" : "cannot be read: " + m_readError);
+        Fail("this is not a TIFF file");
     }
     const std::unique_ptr<TIFFOpenOptions, SOptionsFree> options(TIFFOpenOptionsAlloc());
     if (options == nullptr)
@@ -94,6 +95,10 @@ void CTiffFile::Tiff_Open(std::int64_t maxBlockBytes)
     if (m_tiff == nullptr)
     {
         Fail_WithMessage("the TIFF header cannot be read (damaged or truncated)");
+    }
+    if (!m_readError.empty())
+    {
+        Fail("a tag is missing"); // libtiff goes on without what it could not read
     }
 }
 
@@ -116,13 +121,14 @@ std::size_t CTiffFile::Bytes_Read(std::uint64_t position, unsigned char* bytes, 
         return 0;
     }
     m_stream.clear();
+    errno = 0;
     if (position != m_streamPosition)
     {
         m_stream.seekg(static_cast<std::streamoff>(position));
     }
-    errno = 0;
+    const bool bThere = m_stream.good();
     m_stream.read(reinterpret_cast<char*>(bytes), static_cast<std::streamsize>(count));
-    if (m_stream.bad())
+    if (!bThere || m_stream.bad())
     {
         m_readError = SystemError_Text(errno);
     }
@@ -138,17 +144,16 @@ void CTiffFile::Messages_Clear()
     m_readError.clear();
 }
 
-void CTiffFile::Fail(const std::string& what) const
+void CTiffFile::Fail(const std::string& what, const std::string& where) const
 {
-    throw CInputError({SMistake{false, m_path, {0, 0}, "file", what, ""}});
+    const std::string text = m_readError.empty() ? what : "cannot be read: " + m_readError;
+    throw CInputError({SMistake{false, m_path, {0, 0}, "file", where + (where.empty() ? "" : " ") + text, ""}});
 }
 
-void CTiffFile::Fail_WithMessage(const std::string& what) const
+void CTiffFile::Fail_WithMessage(const std::string& what, const std::string& where) const
 {
-    const std::string& message = !m_readError.empty()   ? m_readError
-                                 : m_firstError.empty() ? m_firstWarning
-                                                        : m_firstError;
-    Fail(message.empty() ? what : what + ": " + message);
+    const std::string& message = m_firstError.empty() ? m_firstWarning : m_firstError;
+    Fail(message.empty() ? what : what + ": " + message, where);
 }
 
 tmsize_t CTiffFile::Client_Read(thandle_t file, void* bytes, tmsize_t count)

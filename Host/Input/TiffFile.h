@@ -37,10 +37,11 @@ public:
     const std::string& ReadError() const { return m_readError; } // the system's reason why bytes could not be read
     void Messages_Clear();
 
-    // Throws the CInputError "<path>: <what>".
-    [[noreturn]] void Fail(const std::string& what) const;
-    // The same, followed by why: the system's reason, libtiff's first error, or else its first warning.
-    [[noreturn]] void Fail_WithMessage(const std::string& what) const;
+    // Throws the CInputError "<path>: <where> <what>". Where bytes could not be read since Messages_Clear it says that,
+    // with the system's reason, in place of `what`: what is missing is then no fault of the file's.
+    [[noreturn]] void Fail(const std::string& what, const std::string& where = "") const;
+    // The same, followed by why: libtiff's first error, or else its first warning.
+    [[noreturn]] void Fail_WithMessage(const std::string& what, const std::string& where = "") const;
 
 private:
     struct SCloser

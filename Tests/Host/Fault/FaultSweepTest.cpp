@@ -46,8 +46,9 @@ std::string Records_Drop(const std::string& text)
     return std::regex_replace(text, record, "");
 }
 
-// What is wrong with the words of a failure, or nothing. Every mistake of the input has a line of its own.
-std::string Error_Wrong(const std::string& text, int status)
+// What is wrong with the words of a failure, or nothing. Every mistake of the input has a line of its own. Where
+// reading failed, they say so, and find no fault with what a file holds.
+std::string Error_Wrong(const std::string& kind, const std::string& text, int status)
 {
     constexpr int inputStatus = 2;
     const auto lines = std::count(text.begin(), text.end(), '\n');
@@ -62,6 +63,10 @@ std::string Error_Wrong(const std::string& text, int status)
         {
             return std::string("is not plain: ") + pRaw;
         }
+    }
+    if ((kind == "read" || kind == "seek") && text.find("Input/output error") == std::string::npos)
+    {
+        return "does not say that reading failed";
     }
     return "";
 }
@@ -105,8 +110,8 @@ private:
         }
     }
 
-    // What is wrong with a run in which something failed, or nothing.
-    std::string Run_Wrong(const SScenario& scenario, const SFaultRun& run) const;
+    // What is wrong with a run in which a call of this kind failed, or nothing.
+    std::string Run_Wrong(const SScenario& scenario, const std::string& kind, const SFaultRun& run) const;
     std::string Files_Wrong(const SScenario& scenario, const SFaultRun& run) const;
 
     std::map<std::string, std::string> m_before;
@@ -144,7 +149,7 @@ std::string CFaultSweep::Files_Wrong(const SScenario& scenario, const SFaultRun&
     return "";
 }
 
-std::string CFaultSweep::Run_Wrong(const SScenario& scenario, const SFaultRun& run) const
+std::string CFaultSweep::Run_Wrong(const SScenario& scenario, const std::string& kind, const SFaultRun& run) const
 {
     if (run.m_bHung || run.m_status < 0)
     {
@@ -159,7 +164,7 @@ std::string CFaultSweep::Run_Wrong(const SScenario& scenario, const SFaultRun& r
     if (run.m_status != 0)
     {
         const bool bTold = (scenario.m_bTells && error.empty() && !run.m_out.empty()) || scenario.m_bExample;
-        const std::string wrong = bTold ? "" : Error_Wrong(error, run.m_status);
+        const std::string wrong = bTold ? "" : Error_Wrong(kind, error, run.m_status);
         if (run.m_status > 2 || !wrong.empty())
         {
             return run.m_status > 2 ? "exit " + std::to_string(run.m_status) : "its error " + wrong;
@@ -192,7 +197,7 @@ void CFaultSweep::Sweep(const SScenario& scenario)
                     Fault_Run(scenario.m_words, m_folder.Path().string(), m_scratch.Path().string(), fault);
                 ++runs;
                 ++statuses[run.m_status];
-                if (const std::string wrong = Run_Wrong(scenario, run); !wrong.empty())
+                if (const std::string wrong = Run_Wrong(scenario, kind, run); !wrong.empty())
                 {
                     auto& [times, first] = findings[kind + ": " + wrong];
                     first += ++times <= 4 ? " [" + fault + "] " + run.m_error : "";
