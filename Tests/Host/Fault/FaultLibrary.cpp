@@ -10,8 +10,9 @@
 //   FAULT_TRACE=1                       the stack of the call that fails is shown on standard error
 //
 // Kinds: memory, thread, map, open, read, write, part (a read or a write does less than it was asked for, which is no
-// failure), seek, rename, link, close, sync, truncate. A file that is closed is closed, whatever the caller is told.
-// Writes to standard error neither fail nor count: they are how a program tells of a failure. For glibc.
+// failure), seek, rename, link, close, sync, truncate, owner (its owner or its access rights are set). A file that is
+// closed is closed, whatever the caller is told. Writes to standard error neither fail nor count: they are how a
+// program tells of a failure. For glibc.
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -26,6 +27,7 @@
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -56,6 +58,7 @@ enum EKind
     Kind_Close,
     Kind_Sync,
     Kind_Truncate,
+    Kind_Owner,
     Kind_Count,
 };
 
@@ -77,7 +80,8 @@ constexpr std::array<SKind, Kind_Count> kinds = {{{"memory", ENOMEM},
                                                   {"link", EIO},
                                                   {"close", EIO},
                                                   {"sync", EIO},
-                                                  {"truncate", EIO}}};
+                                                  {"truncate", EIO},
+                                                  {"owner", EPERM}}};
 
 std::array<std::atomic<long>, Kind_Count> g_calls;
 std::atomic<bool> g_bCounting{false};
@@ -417,5 +421,15 @@ extern "C"
     int ftruncate64(int file, off64_t size)
     {
         return ftruncate(file, size);
+    }
+
+    int fchown(int file, uid_t owner, gid_t group)
+    {
+        return IsFault(Kind_Owner) ? -1 : Next(&fchown, "fchown")(file, owner, group);
+    }
+
+    int fchmod(int file, mode_t mode)
+    {
+        return IsFault(Kind_Owner) ? -1 : Next(&fchmod, "fchmod")(file, mode);
     }
 }

@@ -16,6 +16,8 @@
 #include <cstdlib>
 #include <iostream>
 #include <regex>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace
 {
@@ -92,6 +94,8 @@ protected:
 
     void Sweep(const SScenario& scenario);
 
+    std::map<std::string, std::string> m_before; // the folder, as every run finds it
+
 private:
     // Puts the folder back as it was.
     void Folder_Restore(const SFaultRun& last)
@@ -114,7 +118,6 @@ private:
     std::string Run_Wrong(const SScenario& scenario, const std::string& kind, const SFaultRun& run) const;
     std::string Files_Wrong(const SScenario& scenario, const SFaultRun& run) const;
 
-    std::map<std::string, std::string> m_before;
     SFaultRun m_reference;
 };
 
@@ -241,6 +244,35 @@ TEST_F(CFaultSweep, ConvertBaseToRaw)
            {"new.raw"},
            "",
            true});
+}
+
+TEST_F(CFaultSweep, AnOutputWhoseOwnerCannotBeKeptIsRefusedAndStays)
+{
+    constexpr uid_t somebody = 12345;
+    if (chown(In("old.tif").c_str(), somebody, somebody) != 0)
+    {
+        GTEST_SKIP() << "only the system's administrator may give a file away";
+    }
+    const std::vector<std::string> words = {program, "convert", "job.toml", "-o", "old.tif"};
+    const auto Run = [&](const std::string& fault)
+    { return Fault_Run(words, m_folder.Path().string(), m_scratch.Path().string(), fault); };
+    const auto Owner = [&]
+    {
+        struct stat status = {};
+        EXPECT_EQ(stat(In("old.tif").c_str(), &status), 0);
+        return status.st_uid;
+    };
+    SFaultRun run = Run("owner 1");
+    EXPECT_EQ(run.m_status, 2);
+    EXPECT_EQ(run.m_error, "old.tif: its owner and its access rights cannot be given to a new file; name another file, "
+                           "or take this one away\n");
+    EXPECT_EQ(run.m_files["old.tif"], "an older result");
+    EXPECT_EQ(run.m_files.size(), m_before.size());
+    EXPECT_EQ(Owner(), somebody);
+    run = Run("");
+    EXPECT_EQ(run.m_status, 0);
+    EXPECT_NE(run.m_files["old.tif"], "an older result");
+    EXPECT_EQ(Owner(), somebody);
 }
 
 TEST_F(CFaultSweep, Check)
