@@ -9,7 +9,26 @@
 #include "Tests/Support/ImportTable.h"
 #endif
 
-TEST(Interrupt, ASignalSetsTheFlagUntilTheNextOneBegins)
+namespace
+{
+
+// Signals mean what they mean by themselves, also where the tests were started to ignore them.
+class CInterruptTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        std::signal(SIGINT, SIG_DFL);
+        std::signal(SIGTERM, SIG_DFL);
+#if !defined(_WIN32)
+        std::signal(SIGHUP, SIG_DFL);
+#endif
+    }
+};
+
+} // namespace
+
+TEST_F(CInterruptTest, ASignalSetsTheFlagUntilTheNextOneBegins)
 {
     for (const int signalNumber : {SIGINT, SIGTERM})
     {
@@ -38,7 +57,7 @@ BOOL WINAPI Handler_Keep(PHANDLER_ROUTINE handler, BOOL bAdd)
 } // namespace
 
 // The system would call the handler on a thread of its own.
-TEST(Interrupt, ABreakSetsTheFlagAndTheSecondOneIsLeftToTheSystem)
+TEST_F(CInterruptTest, ABreakSetsTheFlagAndTheSecondOneIsLeftToTheSystem)
 {
     const CImportTable platform("ControllerPlatform.dll");
     const auto former = platform.Replace("SetConsoleCtrlHandler", &Handler_Keep);
@@ -57,14 +76,16 @@ TEST(Interrupt, ABreakSetsTheFlagAndTheSecondOneIsLeftToTheSystem)
 
 #else
 
-TEST(Interrupt, AClosedTerminalSetsTheFlag)
+TEST_F(CInterruptTest, AClosedTerminalSetsTheFlag)
 {
     const CInterrupt interrupt(130, "ended\n");
     std::raise(SIGHUP);
     EXPECT_TRUE(CInterrupt::IsRequested());
 }
 
-TEST(InterruptDeathTest, ASecondOneEndsTheProcess)
+using CInterruptDeathTest = CInterruptTest;
+
+TEST_F(CInterruptDeathTest, ASecondOneEndsTheProcess)
 {
     for (const int signalNumber : {SIGINT, SIGTERM, SIGHUP})
     {
