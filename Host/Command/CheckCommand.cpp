@@ -11,11 +11,11 @@
 #include "Host/Job/JobPlan.h"
 #include "Host/Job/StripeColor.h"
 #include "Host/PathText.h"
+#include "Host/TextStream.h"
 
 #include <nlohmann/json.hpp>
 
 #include <iomanip>
-#include <sstream>
 
 namespace
 {
@@ -58,7 +58,7 @@ std::string Stage_Text(const SJob& job, const SBoardInfo& info)
 
 std::string Page_Text(const CJobPage& page)
 {
-    std::ostringstream text;
+    CTextStream text;
     text << page.Width() << " x " << page.Height() << " pixels";
     if (page.PageInfo().HasResolution())
     {
@@ -145,7 +145,7 @@ std::string Unit_Text(const CJobPage& page, const SJobUnit& unit)
            Stripe_Text(page, unit, length, true) + (bBack ? ", " + Stripe_Text(page, unit, length, false) : "");
 }
 
-void Row_Add(std::ostringstream& text, const std::string& name, const std::string& value)
+void Row_Add(CTextStream& text, const std::string& name, const std::string& value)
 {
     constexpr int nameColumns = 15;
     text << "  " << std::left << std::setw(nameColumns) << name << ' ' << value << '\n';
@@ -156,7 +156,7 @@ std::string Plan_Text(const CJobPage& page)
     const SJob& job = page.Job();
     const SBoardInfo info = Page_BoardInfo(page, ProgramName_Get());
     const SJobPlan plan = Job_Plan(page);
-    std::ostringstream text;
+    CTextStream text;
     Row_Add(text, "map", Map_Text(job, info));
     Row_Add(text, "stage", Stage_Text(job, info));
     Row_Add(text, "page", Page_Text(page));

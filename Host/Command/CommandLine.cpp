@@ -5,13 +5,13 @@
 #include "Host/HostError.h"
 #include "Host/Job/JobNames.h"
 #include "Host/ShownText.h"
+#include "Host/TextStream.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <cctype>
 #include <charconv>
-#include <sstream>
 
 namespace
 {
@@ -162,7 +162,7 @@ int CommandLine_Run(const std::vector<std::string>& words)
     {
         if (error.get_exit_code() == 0) // help or version
         {
-            std::ostringstream text;
+            CTextStream text;
             const int status = app.exit(error, text, text);
             Answer_Print(text.str());
             return status;

@@ -11,7 +11,6 @@
 #include "Host/Command/VerifyCommand.h"
 
 #include <array>
-#include <sstream>
 
 std::span<const SCommand* const> Commands()
 {
@@ -66,10 +65,11 @@ std::string SCommandOption::Name() const
 std::vector<std::string> SCommandOption::Names() const
 {
     std::vector<std::string> names;
-    std::istringstream text(m_names);
-    for (std::string name; std::getline(text, name, ',');)
+    std::size_t begin = 0;
+    for (std::size_t end = 0; end != std::string::npos; begin = end + 1)
     {
-        names.push_back(name);
+        end = m_names.find(',', begin);
+        names.push_back(m_names.substr(begin, end == std::string::npos ? end : end - begin));
     }
     return names;
 }

@@ -8,6 +8,7 @@
 #include "Host/Model/BoardDots.h"
 #include "Host/Model/Sha256.h"
 #include "Host/PathText.h"
+#include "Host/TextStream.h"
 
 #include <nlohmann/json.hpp>
 
@@ -15,7 +16,6 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -176,7 +176,7 @@ std::string Dots_Text(const SDotCount& count, const SOutputReport& report)
 
 std::string Board_Text(const SBoardInfo& info)
 {
-    std::ostringstream text;
+    CTextStream text;
     text << "board: " << info.m_dataMapStyle << ", " << info.m_dataPushStyle << ", " << info.m_printerSupportBits
          << "; map " << info.m_map << ", frames of " << info.m_printerDataWidth
          << (info.m_printerDataWidthUnit.empty() ? "" : " " + info.m_printerDataWidthUnit) << "; " << info.m_nozzles
@@ -210,7 +210,7 @@ std::string Unit_Text(const SBoardUnitInfo& unit)
 std::string Band_Text(std::size_t number, const SBandReport& band, const SOutputReport& report)
 {
     const SBandHeader& header = band.m_header;
-    std::ostringstream text;
+    CTextStream text;
     text << "band " << number << " (" << band.m_place << "): ";
     if (header.m_bandNo != static_cast<std::int64_t>(number))
     {
@@ -245,7 +245,7 @@ std::string Band_Text(std::size_t number, const SBandReport& band, const SOutput
 
 std::string Report_Text(const SOutputReport& report)
 {
-    std::ostringstream text;
+    CTextStream text;
     if (!report.m_format.empty())
     {
         const SBoardInfo& info = report.m_info;

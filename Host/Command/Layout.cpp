@@ -14,13 +14,13 @@
 #include "Host/Input/SeparationInfo.h"
 #include "Host/Job/JobGeometry.h"
 #include "Host/Job/JobPage.h"
+#include "Host/TextStream.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <map>
 #include <memory>
-#include <sstream>
 #include <utility>
 
 namespace
@@ -172,7 +172,7 @@ std::string Layout_Text(const SLayout& layout)
         }
         cell += bit.m_places.empty() ? "-" : "";
     }
-    std::ostringstream text;
+    CTextStream text;
     text << "Layout " << info.m_map << ": lines of " << info.m_lineBits << " bits, frames of " << info.m_frameBits
          << ". byte.bit of each bit of a nozzle; bit 0 is the most significant"
          << (layout.m_bitsPerNozzle > 1 ? "; the high bit, then the low bit" : "")

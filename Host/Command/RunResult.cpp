@@ -3,10 +3,9 @@
 
 #include "Host/Command/Progress.h"
 #include "Host/ShownText.h"
+#include "Host/TextStream.h"
 
 #include <nlohmann/json.hpp>
-
-#include <sstream>
 
 namespace
 {
@@ -39,7 +38,7 @@ CJson Mistakes_ToJson(const std::vector<SMistake>& mistakes)
 std::string RunResult_Text(const SRunResult& result)
 {
     const double rate = result.m_seconds > 0 ? static_cast<double>(result.m_bytes) / result.m_seconds : 0;
-    std::ostringstream text;
+    CTextStream text;
     text.precision(3);
     text << Name_Shown(result.m_output) << ": " << result.m_bands << (result.m_bands == 1 ? " band, " : " bands, ")
          << result.m_lines << " lines, " << result.m_bytes << " bytes of board data\n"

@@ -7,6 +7,7 @@
 #include "Host/HostError.h"
 #include "Host/Interrupt.h"
 #include "Host/PathText.h"
+#include "Host/TextStream.h"
 
 #include <nlohmann/json.hpp>
 
@@ -15,7 +16,6 @@
 #include <cstddef>
 #include <iostream>
 #include <iterator>
-#include <sstream>
 
 namespace
 {
@@ -36,7 +36,7 @@ std::string Bits_Text(std::int64_t count)
 std::string UnitDifference_Text(const SUnitDifference& unit, const SBoardInfo& info)
 {
     const auto found = std::ranges::find(info.m_units, unit.m_unitId, &SBoardUnitInfo::m_unitId);
-    std::ostringstream text;
+    CTextStream text;
     text << (found == info.m_units.end() ? "padding" : BoardUnit_Text(*found)) << ": " << Bits_Text(unit.Count())
          << ", " << unit.m_missing << " missing, " << unit.m_extra << " too many; ";
     if (unit.m_firstLine == unit.m_lastLine)
@@ -59,7 +59,7 @@ std::string UnitDifference_Text(const SUnitDifference& unit, const SBoardInfo& i
 
 std::string Difference_Text(const SDifference& difference, const SBoardInfo& info)
 {
-    std::ostringstream text;
+    CTextStream text;
     text << (difference.m_band >= 0 ? "band " + std::to_string(difference.m_band) : "");
     if (difference.m_swath >= 0 && difference.m_swath != difference.m_band)
     {
@@ -98,7 +98,7 @@ std::string Range_Text(const SBandRange& range)
 std::string Result_Text(const SVerifyResult& result, const std::string& output, const std::string& job,
                         const SBoardInfo& info, const SBandRange& range)
 {
-    std::ostringstream text;
+    CTextStream text;
     text.precision(3);
     for (std::size_t i = 0; i < result.m_differences.size() && i < mostShown; ++i)
     {

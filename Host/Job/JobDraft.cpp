@@ -4,11 +4,11 @@
 #include "Host/HostError.h"
 #include "Host/Job/JobNames.h"
 #include "Host/ShownText.h"
+#include "Host/TextStream.h"
 
 #include <algorithm>
 #include <array>
 #include <iomanip>
-#include <sstream>
 #include <string_view>
 
 namespace
@@ -89,7 +89,7 @@ std::string Style_Text(EMapClass mapClass)
 }
 
 // A line of the job: the key in its column, the value in its own, a comment behind it.
-void Value_Add(std::ostringstream& text, const std::string& key, const std::string& value, const std::string& comment)
+void Value_Add(CTextStream& text, const std::string& key, const std::string& value, const std::string& comment)
 {
     constexpr int keyColumns = 18;
     constexpr int valueColumns = 17;
@@ -102,7 +102,7 @@ void Value_Add(std::ostringstream& text, const std::string& key, const std::stri
     text << std::setw(valueColumns) << value << " # " << comment << '\n';
 }
 
-void Enum_Add(std::ostringstream& text, const std::string& key, std::span<const SEnumName> names, int value,
+void Enum_Add(CTextStream& text, const std::string& key, std::span<const SEnumName> names, int value,
               const std::string& comment)
 {
     Value_Add(text, key, Toml_Text(EnumName_Get(names, value)), comment);
@@ -113,7 +113,7 @@ std::string Bits_Text(int bits)
     return std::to_string(bits) + (bits == 1 ? " bit" : " bits");
 }
 
-void Head_Add(std::ostringstream& text, const std::vector<SDraftFile>& files)
+void Head_Add(CTextStream& text, const std::vector<SDraftFile>& files)
 {
     const SSeparationInfo& info = files.front().m_info;
     text << "# A page of " << info.width << " x " << info.height << " pixels of " << Bits_Text(info.bitsPerPixel);
@@ -125,7 +125,7 @@ void Head_Add(std::ostringstream& text, const std::vector<SDraftFile>& files)
          << "# boardmap check says whether the job can run, and what a run will be.\nVersion = 1\n";
 }
 
-void Option_Add(std::ostringstream& text, const SDPOption& option, const SJobMap& map)
+void Option_Add(CTextStream& text, const SDPOption& option, const SJobMap& map)
 {
     const SMapClass& row = MapClass_Get(map.m_class);
     text << "\n# What the head-driver boards take: " << Style_Text(map.m_class) << " of their layouts.\n[DPOption]\n";
@@ -145,7 +145,7 @@ void Option_Add(std::ostringstream& text, const SDPOption& option, const SJobMap
                   (row.m_widthOnly > 0 ? "; the only width of these boards" : " at most; the boards' own, if larger"));
 }
 
-void Page_Add(std::ostringstream& text, const SDraftOptions& options, const SJobMap& map, int bitsPerPixel)
+void Page_Add(CTextStream& text, const SDraftOptions& options, const SJobMap& map, int bitsPerPixel)
 {
     text << "\n[PrintParam]\n";
     Value_Add(text, "BitsPerPixel", std::to_string(bitsPerPixel), "of every separation");
@@ -165,7 +165,7 @@ void Page_Add(std::ostringstream& text, const SDraftOptions& options, const SJob
                                                   : std::string()));
 }
 
-void Units_Add(std::ostringstream& text, const SDraftOptions& options, const std::vector<SDraftFile>& files)
+void Units_Add(CTextStream& text, const SDraftOptions& options, const std::vector<SDraftFile>& files)
 {
     text << "\n# The print units, by their places in a frame. Horizon_1 and Horizon_2 are a unit's offsets from right "
             "to "
@@ -285,7 +285,7 @@ std::string JobDraft_Make(const SDraftOptions& options, const std::vector<SDraft
                                         " units, and here are " + std::to_string(files.size()) + " separations");
     }
     option->m_printerDataWidth = *width;
-    std::ostringstream text;
+    CTextStream text;
     Head_Add(text, files);
     Option_Add(text, *option, map);
     Page_Add(text, options, map, bitsPerPixel);

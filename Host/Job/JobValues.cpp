@@ -2,9 +2,9 @@
 #include "Host/Job/JobValues.h"
 
 #include "Host/ShownText.h"
+#include "Host/TextStream.h"
 
 #include <algorithm>
-#include <sstream>
 #include <utility>
 
 namespace
@@ -29,7 +29,7 @@ SJobPlace Node_Place(const toml::source_region& source)
 
 std::string Node_Text(const toml::node& node)
 {
-    std::ostringstream text;
+    CTextStream text;
     if (const auto* pText = node.as_string())
     {
         text << "the text \"" << Text_Printable(pText->get()) << '"';

@@ -2,9 +2,9 @@
 #include "Host/Pages/Completion.h"
 
 #include "Host/Command/Command.h"
+#include "Host/TextStream.h"
 
 #include <algorithm>
-#include <sstream>
 #include <string_view>
 #include <vector>
 
@@ -106,8 +106,8 @@ std::string Fish_Option(const std::string& command, const SCommandOption& option
 
 std::string Completion_Bash()
 {
-    std::ostringstream script;
-    std::ostringstream options;
+    CTextStream script;
+    CTextStream options;
     script << "# Completion of boardmap for bash.\n"
               "_boardmap()\n{\n"
               "    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} command='' words='' i\n"
@@ -162,7 +162,7 @@ std::string Completion_Bash()
 
 std::string Completion_Zsh()
 {
-    std::ostringstream script;
+    CTextStream script;
     script << "#compdef boardmap\n# Completion of boardmap for zsh.\n"
               "_boardmap()\n{\n    local -a commands\n    local context state line\n    commands=(\n";
     for (const SCommand* pCommand : Commands())
@@ -190,7 +190,7 @@ std::string Completion_Zsh()
 
 std::string Completion_Fish()
 {
-    std::ostringstream script;
+    CTextStream script;
     script << "# Completion of boardmap for fish.\n"
               "complete -c boardmap -s h -l help -d 'Print the help and exit'\n"
               "complete -c boardmap -s V -l version -d 'Print the version and exit'\n"

@@ -3,8 +3,7 @@
 
 #include "Host/Output/ByteSink.h"
 #include "Host/Picture/Picture.h"
-
-#include <sstream>
+#include "Host/TextStream.h"
 
 class CSvgPicture : public CPicture
 {
@@ -21,5 +20,5 @@ public:
 private:
     CByteSink& m_sink;
     std::vector<std::string> m_colors; // "#8fd3f4"
-    std::ostringstream m_text;         // not yet in the sink
+    CTextStream m_text;                // not yet in the sink
 };
