@@ -23,6 +23,8 @@ constexpr SKernelEntry kernels[] = {
     {&mapKernelAvx2, [](const SCpuFeatures& features) { return features.m_bAvx2; }},
     {&mapKernelAvx512, [](const SCpuFeatures& features) { return features.m_bAvx512; }},
     {&mapKernelAvx512Gfni, [](const SCpuFeatures& features) { return features.m_bAvx512Gfni; }},
+#elif defined(DATAMAPPING_ARM_KERNELS)
+    {&mapKernelNeon, [](const SCpuFeatures& /*features*/) { return true; }},
 #endif
 };
 

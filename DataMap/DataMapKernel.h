@@ -1,9 +1,10 @@
 // The kernels of the data maps, by name: which there are, which one is in use, and how to use another.
 //
 // A kernel is one version of the maps' inner loops, written for the instructions of one kind of processor: "scalar"
-// needs none in particular and is the definition; "ssse3", "avx2", "avx512" and "avx512-gfni" leave the same bytes,
-// faster. The library chooses the best that processor and operating system allow, once, when the first line is mapped.
-// To set another is for measuring and for tests. Nothing here allocates, logs or waits.
+// needs none in particular and is the definition; "ssse3", "avx2", "avx512" and "avx512-gfni" for x86 processors, and
+// "neon" for 64-bit ARM, leave the same bytes, faster. The library chooses the best that processor and operating system
+// allow, once, when the first line is mapped. To set another is for measuring and for tests. Nothing here allocates,
+// logs or waits.
 #pragma once
 
 #include "DataMap/DataMappingExport.h"

@@ -63,5 +63,7 @@ bench_packages=(bitshuffle libbenchmark-dev libboost-dev libtbb-dev linux-perf p
 # What it takes to build for 64-bit Windows, third-party libraries included, and to run the result.
 windows_packages=(binutils-mingw-w64-x86-64 bzip2 clang dpkg-dev file g++-mingw-w64-x86-64-posix googletest libboost-tools-dev
     libgcrypt-mingw-w64-dev libgpg-error-mingw-w64-dev libz-mingw-w64-dev util-linux wine wine64 xz-utils zip unzip)
+# What it takes to build for 64-bit ARM and to run the result.
+arm_packages=(dpkg-dev g++-aarch64-linux-gnu qemu-user-static)
 
 jobs=$(nproc)

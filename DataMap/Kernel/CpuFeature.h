@@ -6,6 +6,8 @@
 
 #if defined(__x86_64__) || defined(_M_X64)
 #define DATAMAPPING_X86_KERNELS
+#elif defined(__aarch64__) || defined(_M_ARM64)
+#define DATAMAPPING_ARM_KERNELS // what they need, every such processor has
 #endif
 
 struct SCpuFeatures

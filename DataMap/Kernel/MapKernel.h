@@ -85,4 +85,6 @@ extern const SMapKernel mapKernelSsse3;
 extern const SMapKernel mapKernelAvx2;
 extern const SMapKernel mapKernelAvx512;
 extern const SMapKernel mapKernelAvx512Gfni;
+#elif defined(DATAMAPPING_ARM_KERNELS)
+extern const SMapKernel mapKernelNeon;
 #endif

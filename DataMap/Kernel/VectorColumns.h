@@ -109,9 +109,8 @@ struct SVectorColumns
             }
             else
             {
-                const __m128i value = i % 2 == 0 ? result[i / 2] : _mm_unpackhi_epi64(result[i / 2], result[i / 2]);
-                auto* word = reinterpret_cast<__m128i*>(out);
-                _mm_storel_epi64(word, bStore ? value : V::Or(_mm_loadl_epi64(word), value));
+                const Type value = i % 2 == 0 ? result[i / 2] : V::HighHalf(result[i / 2]);
+                V::Half_Store(out, bStore ? value : V::Or(V::Half_Load(out), value));
             }
             out += columnCount;
         }

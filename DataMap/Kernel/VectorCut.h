@@ -114,12 +114,13 @@ struct SBlockCut
     // By place. Nothing but the line's 50 bytes is read.
     static void Blocks_Load(const unsigned char* src, bool bAscending, Type (&blocks)[4])
     {
-        const Type lastOfSecond = _mm_set_epi32(0, -1, -1, -1);
-        const Type end = _mm_srli_si128(V16::Load(src + 34), 3); // from byte 37 on, zeros behind the line
+        alignas(16) static constexpr unsigned char ofSecond[16] = {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+                                                                   0xFF, 0xFF, 0xFF, 0xFF, 0,    0,    0,    0};
+        const Type end = V16::template Bytes_Drop<3>(V16::Load(src + 34)); // from byte 37 on, zeros behind the line
         const Type first = V16::Load(src);
-        const Type second = Nibbles_Shift(V16::Load(src + 12), V16::And(V16::Load(src + 13), lastOfSecond));
+        const Type second = Nibbles_Shift(V16::Load(src + 12), V16::And(V16::Load(src + 13), V16::Set_Table(ofSecond)));
         const Type third = V16::Load(src + 25);
-        const Type fourth = Nibbles_Shift(end, _mm_srli_si128(end, 1));
+        const Type fourth = Nibbles_Shift(end, V16::template Bytes_Drop<1>(end));
         blocks[0] = bAscending ? first : fourth;
         blocks[1] = bAscending ? second : third;
         blocks[2] = bAscending ? third : second;

@@ -73,6 +73,8 @@ inline const SMapKernel* Kernel_Named(const std::string& name)
         &mapKernelAvx2,
         &mapKernelAvx512,
         &mapKernelAvx512Gfni,
+#elif defined(DATAMAPPING_ARM_KERNELS)
+        &mapKernelNeon,
 #endif
     };
     for (const SMapKernel* kernel : all)

@@ -394,6 +394,8 @@ TEST(DataMapKernel, TheListGoesFromTheDefinitionUpAndEndsWithNull)
 {
 #if defined(DATAMAPPING_X86_KERNELS)
     EXPECT_EQ(KernelNames_All(), (std::vector<std::string>{"scalar", "ssse3", "avx2", "avx512", "avx512-gfni"}));
+#elif defined(DATAMAPPING_ARM_KERNELS)
+    EXPECT_EQ(KernelNames_All(), (std::vector<std::string>{"scalar", "neon"}));
 #else
     EXPECT_EQ(KernelNames_All(), std::vector<std::string>{"scalar"});
 #endif
