@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <csignal>
+#include <thread>
 
 #if defined(_WIN32)
 #include "Tests/Support/ImportTable.h"
@@ -84,6 +86,18 @@ TEST_F(CInterruptTest, AClosedTerminalSetsTheFlag)
 }
 
 using CInterruptDeathTest = CInterruptTest;
+
+// Whatever it is doing: the status and the text are those that it gave.
+TEST_F(CInterruptDeathTest, AProcessThatDoesNotWindDownEndsAfterASecond)
+{
+    const auto interruptOnce = []
+    {
+        const CInterrupt interrupt(130, "ended in the end\n");
+        std::raise(SIGINT);
+        std::this_thread::sleep_for(std::chrono::seconds(20));
+    };
+    EXPECT_EXIT(interruptOnce(), testing::ExitedWithCode(130), "ended in the end");
+}
 
 TEST_F(CInterruptDeathTest, ASecondOneEndsTheProcess)
 {
