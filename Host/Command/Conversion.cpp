@@ -79,13 +79,34 @@ std::string CFailureRecords::Text_Get() const
     return text;
 }
 
-CConversion::CConversion(CJobPage& page) : m_job(page.Job()), m_pageWidth(page.Width()), m_bandSets(bandSetCount)
+CConversion::CConversion(CJobPage& page, CTrace* pTrace)
+    : m_job(page.Job()), m_pageWidth(page.Width()), m_pTrace(pTrace), m_bandSets(bandSetCount)
 {
     Job_Apply(m_job, page.Width(), page.Height());
+    if (m_pTrace != nullptr)
+    {
+        Trace_Make();
+    }
     for (SPageUnit& unit : page.Units())
     {
         Producer_Make(*unit.m_pUnit, std::move(unit.m_reader));
     }
+}
+
+// The stage and the writer; each unit's producer draws itself below them.
+void CConversion::Trace_Make()
+{
+    SStageTrace trace;
+    const std::string stage = EnumName_Get(EnumNames_StageKind(), static_cast<int>(m_job.m_stageKind));
+    trace.m_track = {m_pTrace, m_pTrace->Track_Add("stage " + stage)};
+    m_writerTrack = {m_pTrace, m_pTrace->Track_Add("writer")};
+    trace.m_output = {m_pTrace, m_pTrace->Counter_Add("output")};
+    if (m_job.m_stageKind == EStageKind::OneFIFO)
+    {
+        m_feederTrack = {m_pTrace, m_pTrace->Track_Add("band set feeder")};
+        trace.m_bandSets = {m_pTrace, m_pTrace->Counter_Add("band sets")};
+    }
+    m_watch.Trace_Set(trace);
 }
 
 SSwathPlan CConversion::SwathPlan_Make(const SJobUnit& unit) const
@@ -110,6 +131,16 @@ void CConversion::Producer_Make(const SJobUnit& unit, std::unique_ptr<CSeparatio
     m_fifos.push_back(UnitBandPool_Create(Job_UnitText(unit), size, m_job.m_inputBands, m_job.m_alignByteCountPerLine));
     m_units.push_back(&unit);
     m_producers.push_back(std::make_unique<CSeparationProducer>(std::move(reader), plan, m_fifos.back().get()));
+    if (m_pTrace != nullptr)
+    {
+        const std::string name = Job_UnitText(unit);
+        const STraceQueue queue = {m_pTrace, m_pTrace->Counter_Add(name)};
+        SStageTrace stage = m_watch.Trace_Get();
+        m_producers.back()->Trace_Set({m_pTrace, m_pTrace->Track_Add(name)}, queue);
+        m_fifos.back()->Trace_Set(m_feederTrack.IsOn() ? m_feederTrack : stage.m_track, queue);
+        stage.m_pFirst = m_feederTrack.IsOn() ? nullptr : m_fifos.front().get();
+        m_watch.Trace_Set(stage);
+    }
 }
 
 CConversion::~CConversion()
@@ -147,6 +178,7 @@ bool CConversion::Stage_Create()
         auto* pStage = stage.get();
         m_stage = std::move(stage);
         m_feeder = std::make_unique<CBandSetFeeder>(inputs, m_bandSets, m_job.m_bSkipBlank);
+        m_feeder->Trace_Set(m_feederTrack, m_watch.Trace_Get().m_bandSets);
         return pStage->Create(m_bandSets) && m_feeder->Start("CBandSetFeeder");
     }
     if (m_job.m_stageKind == EStageKind::InkStripe)

@@ -11,6 +11,7 @@
 #include "Host/Job/JobPage.h"
 #include "Host/Output/BoardRawWriter.h"
 #include "Host/PathText.h"
+#include "Host/Trace.h"
 #include "Platform/Helper/ProcessHelper.h"
 #include "Platform/Log/CustomBoostLog.h"
 #include "Platform/ThreadStatus/ThreadStatus.h"
@@ -108,6 +109,29 @@ void Log_Open(const SConvertOptions& options, const SJob& job)
     }
 }
 
+// Null without --trace.
+std::unique_ptr<CTrace> Trace_Open(const SConvertOptions& options, const SJob& job)
+{
+    if (options.m_trace.empty())
+    {
+        return nullptr;
+    }
+    if (IsStandardOutput(options.m_trace))
+    {
+        throw CInputError("--trace -: a trace does not go to standard output; name a file");
+    }
+    Written_Check(options.m_trace, job, options.m_job);
+    for (const std::filesystem::path& other : {options.m_output, options.m_log})
+    {
+        if (!other.empty() && IsSameFile(options.m_trace, other))
+        {
+            throw CInputError(Path_Shown(options.m_trace) +
+                              ": board data or log records go to this file; name another one for --trace");
+        }
+    }
+    return std::make_unique<CTrace>(options.m_trace, ProgramName_Get() + " convert " + Path_Text(options.m_job));
+}
+
 std::unique_ptr<CBoardWriter> Writer_Make(const SConvertOptions& options, const CJobPage& page)
 {
     const SBoardInfo info = Page_BoardInfo(page, ProgramName_Get());
@@ -135,10 +159,11 @@ void Log_Check(const SConvertOptions& options)
 
 // Has all the board bands written, and completes the output. False if the user interrupted it.
 bool Bands_Write(CConversion& conversion, CBoardWriter& writer, CProgress& progress, const SConvertOptions& options,
-                 SRunResult& result)
+                 CTrace* pTrace, SRunResult& result)
 {
     const auto begin = std::chrono::steady_clock::now();
     CBoardOutput output(*conversion.Output(), writer);
+    output.Trace_Set(conversion.WriterTrack_Get(), conversion.OutputQueue_Get());
     if (!output.Start("CBoardOutput"))
     {
         throw CRunError("the thread that writes the board data could not be started");
@@ -157,6 +182,10 @@ bool Bands_Write(CConversion& conversion, CBoardWriter& writer, CProgress& progr
             std::cerr << "boardmap: " << count.bands << " bands, " << count.lines << " lines, " << count.bytes
                       << " bytes written; its thread " << (output.WaitExit(0) ? "ended" : "runs") << '\n'
                       << conversion.Status_Text(count.bands) << std::flush;
+        }
+        if (pTrace != nullptr)
+        {
+            pTrace->Write();
         }
         progress.Update(count.bands, count.bytes);
     }
@@ -207,16 +236,21 @@ bool Job_Convert(const SConvertOptions& options)
     {
         std::cerr << Text_Shown(Mistake_Text(warning)) << '\n' << std::flush;
     }
-    CConversion conversion(page);
+    const std::unique_ptr<CTrace> trace = Trace_Open(options, page.Job());
+    CConversion conversion(page, trace.get());
     const std::unique_ptr<CBoardWriter> writer = Writer_Make(options, page);
     {
         CProgress progress(options.m_progress, page.Geometry().m_swathCount);
         conversion.Start();
-        if (!Bands_Write(conversion, *writer, progress, options, result))
+        if (!Bands_Write(conversion, *writer, progress, options, trace.get(), result))
         {
             return false;
         }
         progress.Finish(result.m_bands, result.m_bytes);
+    }
+    if (trace != nullptr)
+    {
+        trace->Finish();
     }
     Result_Complete(result, options, conversion);
     const std::string summary = options.m_bJson ? RunResult_Json(result) : RunResult_Text(result);

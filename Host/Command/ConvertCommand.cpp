@@ -18,6 +18,7 @@ int Convert_RunArguments(const CArguments& arguments)
     options.m_job = Path_FromText(arguments.Text_Get("JOB"));
     options.m_output = Path_FromText(arguments.Text_Get("output"));
     options.m_log = Path_FromText(arguments.Text_Get("log"));
+    options.m_trace = Path_FromText(arguments.Text_Get("trace"));
     options.m_format = arguments.Choice_Get("format", EBoardFormat::Tiff);
     options.m_compression = arguments.Choice_Get("compress", EBoardCompression::None);
     options.m_progress = arguments.Choice_Get("progress", EProgress::Auto);
@@ -74,7 +75,12 @@ const SCommand& Command_Convert()
              {.m_kind = EOptionKind::File,
               .m_names = "--log",
               .m_value = "FILE",
-              .m_help = "Append the library's log records to this file"}},
+              .m_help = "Append the library's log records to this file"},
+             {.m_kind = EOptionKind::File,
+              .m_names = "--trace",
+              .m_value = "FILE",
+              .m_help = "Write what each thread did and when to this file, for Perfetto or chrome://tracing "
+                        "(Docs/trace.md)"}},
         .m_examples = {{"boardmap convert page.toml", "board data of the page in page.boards.tif"},
                        {"boardmap convert page.toml --format raw -o - | sender", "the board stream for a program"}},
         .m_pRun = &Convert_RunArguments,

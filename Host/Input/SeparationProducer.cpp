@@ -56,10 +56,30 @@ std::unique_ptr<CBandData> Band_Create(const SUnitBandSize& size, int alignBytes
 
 } // namespace
 
+void CUnitBandFIFO::Trace_Set(const STraceTrack& consumer, const STraceQueue& queue)
+{
+    m_consumer = consumer;
+    m_queue = queue;
+}
+
+bool CUnitBandFIFO::Full_WaitForOut(unsigned long timeoutMs)
+{
+    const bool bFound = m_consumer.Stall_Watch(
+        m_queue, [&] { return CBandDataFIFO::Full_WaitForOut(timeoutMs); },
+        [&] { return ConsumerStall_Get().m_count; });
+    m_waitEnd = m_consumer.Now();
+    return bFound;
+}
+
 bool CUnitBandFIFO::Full_Out(CBandData*& band, unsigned long timeoutMs)
 {
-    const bool bTaken = CBandDataFIFO::Full_Out(band, timeoutMs);
+    const bool bTaken = m_consumer.Stall_Watch(
+        m_queue, [&] { return CBandDataFIFO::Full_Out(band, timeoutMs); }, [&] { return ConsumerStall_Get().m_count; });
     m_takenCount += bTaken ? 1 : 0;
+    if (bTaken)
+    {
+        m_queue.Change(-1);
+    }
     return bTaken;
 }
 
@@ -123,6 +143,12 @@ CSeparationProducer::~CSeparationProducer()
     WaitExit(std::numeric_limits<unsigned int>::max());
 }
 
+void CSeparationProducer::Trace_Set(const STraceTrack& track, const STraceQueue& queue)
+{
+    m_track = track;
+    m_queue = queue;
+}
+
 std::exception_ptr CSeparationProducer::Error_Get() const
 {
     const std::lock_guard guard(m_errorLock);
@@ -152,12 +178,18 @@ bool CSeparationProducer::Swath_Produce()
     if (m_swathIndex < m_swathCount)
     {
         CBandData* freeBand = nullptr;
-        if (!Rows_Read() || !m_pFIFO->Empty_Out(freeBand, kelWait_Retried))
+        const bool bBand = Rows_Read() && m_track.Stall_Watch(
+                                              m_queue, [&] { return m_pFIFO->Empty_Out(freeBand, kelWait_Retried); },
+                                              [&] { return m_pFIFO->ProducerStall_Get().m_count; });
+        if (!bBand)
         {
             return true;
         }
         std::unique_ptr<CBandData> band(freeBand);
+        const CTrace::CTime begin = m_track.Now();
         Band_Fill(*band);
+        m_track.Span_Add("turn", begin, {{"page", band->m_pageIndex}, {"swath", band->m_swathIndex}});
+        m_queue.Change(1); // before it can be taken
         if (!m_pFIFO->Full_In(band.get(), kelWait_Retried))
         {
             throw CRunError("unit " + std::to_string(m_plan.unitIndex) + ": the band FIFO is full beyond its pool");
@@ -176,6 +208,11 @@ bool CSeparationProducer::Swath_Produce()
 // Reads what is missing of the swath; false if a stop was requested meanwhile.
 bool CSeparationProducer::Rows_Read()
 {
+    if (m_rowsRead == SwathRows())
+    {
+        return true;
+    }
+    const CTrace::CTime begin = m_track.Now();
     for (; m_rowsRead < SwathRows(); ++m_rowsRead)
     {
         if (IsStopRequested())
@@ -186,6 +223,7 @@ bool CSeparationProducer::Rows_Read()
         m_reader->Row_Read(row);
         m_bInk = m_bInk || !m_plan.bMarkBlank || HasInk(row, static_cast<std::size_t>(m_reader->RowBytes()));
     }
+    m_track.Span_Add("read", begin, {{"page", m_plan.pageIndex}, {"swath", m_swathIndex}, {"rows", m_rowsRead}});
     return true;
 }
 

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "Host/Input/SeparationReader.h"
+#include "Host/Trace.h"
 #include "KelCommon/KelBaseThread.h"
 #include "Platform/DataProcess/BandDataFIFO.h"
 
@@ -63,13 +64,24 @@ class CUnitBandFIFO : public CBandDataFIFO
 public:
     using CBandDataFIFO::CBandDataFIFO;
 
+    bool Full_WaitForOut(unsigned long timeoutMs) override;
     bool Full_Out(CBandData*& band, unsigned long timeoutMs) override;
 
     // Bands that the stage has taken so far. Any thread.
     int TakenCount_Get() const { return m_takenCount; }
 
+    // Has the waits of who takes bands, and the queue's length, drawn. Before any thread uses the FIFO.
+    void Trace_Set(const STraceTrack& consumer, const STraceQueue& queue);
+    const STraceQueue& TraceQueue_Get() const { return m_queue; }
+
+    // When the last Full_WaitForOut was over, if it is traced. The consumer's thread.
+    CTrace::CTime WaitEnd_Get() const { return m_waitEnd; }
+
 private:
     std::atomic<int> m_takenCount{0};
+    STraceTrack m_consumer;
+    STraceQueue m_queue;
+    CTrace::CTime m_waitEnd;
 };
 
 // Makes a FIFO with a pool of `count` (at least 1) free bands of this size, their lines aligned to `alignBytes`. `name`
@@ -89,6 +101,9 @@ public:
     // Why the producer ended before its page did: a CInputError of the separation, or what else was thrown; null as
     // long as nothing went wrong. A producer that failed never marks its FIFO completed. Any thread, any time.
     std::exception_ptr Error_Get() const;
+
+    // Has its work and its waits drawn, and the queue's length with them. Before it is started.
+    void Trace_Set(const STraceTrack& track, const STraceQueue& queue);
 
     // Swaths that have been queued. Any thread, any time.
     int QueuedCount_Get() const { return m_swathIndex; }
@@ -124,6 +139,9 @@ private:
     std::atomic<int> m_swathIndex = 0;
     int m_rowsRead = 0;  // of this swath
     bool m_bInk = false; // seen in this swath, or nobody wants to know
+
+    STraceTrack m_track;
+    STraceQueue m_queue;
 
     mutable std::mutex m_errorLock;
     std::exception_ptr m_error; // guarded by m_errorLock
