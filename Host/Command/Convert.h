@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Host/Board/BoardReader.h"
+#include "Host/Command/BandRange.h"
 #include "Host/Command/Progress.h"
 #include "Host/Output/BoardTiffWriter.h"
 
@@ -16,6 +17,7 @@ struct SConvertOptions
     EBoardFormat m_format = EBoardFormat::Tiff;
     EBoardCompression m_compression = EBoardCompression::None;
     EProgress m_progress = EProgress::Auto;
+    SBandRange m_bands;    // of the job, counted over all pages and blank ones too
     bool m_bJson = false;  // the summary as JSON
     bool m_bForce = false; // board data on a terminal, too
 };

@@ -50,6 +50,8 @@ public:
         }
     }
 
+    std::uint32_t FirstRow_Get(std::uint32_t row) const override { return row; }
+
 private:
     CTiffFile& m_file;
     STiffPage m_page;
@@ -70,6 +72,8 @@ public:
             m_file.Fail_WithMessage(Place(row, "strip", row / m_page.rowsPerStrip) + " cannot be decoded");
         }
     }
+
+    std::uint32_t FirstRow_Get(std::uint32_t row) const override { return row - row % m_page.rowsPerStrip; }
 
 private:
     CTiffFile& m_file;
@@ -112,6 +116,8 @@ public:
             done += count;
         }
     }
+
+    std::uint32_t FirstRow_Get(std::uint32_t row) const override { return row - row % m_blockHeight; }
 
 private:
     void Blocks_Decode(std::uint32_t row)
