@@ -221,6 +221,28 @@ TEST(SeparationProducer, APageBecomesItsSwathsAndTheLastIsPadded)
     EXPECT_EQ(production.Producer().Error_Get(), nullptr);
 }
 
+TEST(SeparationProducer, APartOfAJobHasTheSwathsThatItHasInTheWhole)
+{
+    const SInk ink = Ink_Random(37, 20, 1, 1); // three swaths
+    const SSwathPlan plan{.nozzles = 8, .bBidirectional = true, .firstStep = 4, .stepCount = 4};
+    CProduction production(ink, plan, 2);
+    production.Start();
+    const auto bands = production.Bands_Take();
+    ASSERT_EQ(bands.size(), 4U);
+    for (int i = 0; i < 4; ++i)
+    {
+        SCOPED_TRACE(i);
+        const SBandCopy& band = bands[static_cast<std::size_t>(i)];
+        EXPECT_EQ(band.header.m_bandNo, i);
+        EXPECT_EQ(band.header.m_pageIndex, (4 + i) / 3);
+        EXPECT_EQ(band.header.m_swathIndex, (4 + i) % 3);
+        EXPECT_EQ(band.header.m_firstRow, (4 + i) % 3 * 8);
+        EXPECT_EQ(band.header.m_bandAttr, (4 + i) % 3 == 1 ? 2 : 1);
+        Band_Expect(band, ink, plan);
+    }
+    EXPECT_EQ(production.Producer().QueuedCount_Get(), 4);
+}
+
 TEST(SeparationProducer, APageThatIsAWholeNumberOfSwathsHasNoEmptyOneBehind)
 {
     const SInk ink = Ink_Random(9, 16, 1, 1);

@@ -334,11 +334,11 @@ TEST(JobReader, UnknownKeysAreRefusedWithTheNearestKnownOne)
             {"[PrintParam]", "[Printer.Options]", "job.toml:14:2: unknown table [Printer]; did you mean [PrintParam]?"},
             {"[Stage]", "[X]",
              "job.toml:3:2: unknown table [X]; known here are Version, Stage, DPOption, DPConfig, PrintParam, "
-             "InkStripe and CartInfo"},
+             "InkStripe, Pages and CartInfo"},
             {"Version = 1", "Version = 1\nVersoin = 1", "job.toml:2:1: unknown key Versoin; did you mean Version?"},
             {"Version = 1", "Version = 1\n\"a\\nb\" = 1",
              "job.toml:2:1: unknown key a\\u000ab; known here are Version, Stage, DPOption, DPConfig, PrintParam, "
-             "InkStripe and CartInfo"},
+             "InkStripe, Pages and CartInfo"},
             {"SkipBlank = true", "SkipBlank = true\nNozzles = 400",
              "job.toml:6:1: unknown key Nozzles in [Stage]; it belongs in [CartInfo]"},
             {"Nozzles = 400", "Nozzles = 400\nDirection = 1",
