@@ -92,7 +92,7 @@ SExplanation Answer_Make(CExplainer& explainer, const CArguments& arguments)
     }
     const int unit = arguments.Has("unit") ? Number("unit") : explainer.Unit_OfInk(arguments.Text_Get("ink"));
     const int page = arguments.Has("page") ? Number("page") : 0;
-    return explainer.Pixel_Explain(unit, page, Number("row"), Number("column"));
+    return explainer.Pixel_Explain(unit, Number("row"), Number("column"), page);
 }
 
 int Explain_Run(const CArguments& arguments)

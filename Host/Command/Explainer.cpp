@@ -297,7 +297,7 @@ SExplanation CExplainer::Nozzle_Explain(int unitId, int nozzle, int position, st
     return ::Nozzle_Explain(Source_Get(step), unit, nozzle, position, Swath_Of(step), band);
 }
 
-SExplanation CExplainer::Pixel_Explain(int unitId, int page, int row, int column)
+SExplanation CExplainer::Pixel_Explain(int unitId, int row, int column, int page)
 {
     const SBoardUnitInfo& unit = Unit_Get(unitId);
     if (unit.m_separation.empty())

@@ -32,7 +32,7 @@ public:
     SExplanation Bit_Explain(std::int64_t band, int line, std::int64_t byte, int bit);
 
     // Of the unit that prints the page; `page` is the job's, from 0.
-    SExplanation Pixel_Explain(int unitId, int page, int row, int column);
+    SExplanation Pixel_Explain(int unitId, int row, int column, int page = 0);
 
     // The unit that prints this ink: its name or its separation's, in any case of letters. Throws CInputError if there
     // is none or more than one.
