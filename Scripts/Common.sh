@@ -54,7 +54,7 @@ build_packages=(g++ cmake ninja-build ccache pkg-config libboost-log-dev libcli1
 page_packages=(ghostscript netpbm)
 # What it takes to check and test.
 test_packages=(abigail-tools binutils clang clang-format clang-tidy dpkg-dev file fish git groff-base
-    libboost-context-dev libc++-dev libgmock-dev libgtest-dev librapidcheck-dev python3 shellcheck valgrind zsh)
+    libboost-context-dev libc++-dev libgmock-dev libgtest-dev librapidcheck-dev parallel python3 shellcheck valgrind zsh)
 # What it takes to count what the tests run, and to look for inputs that break something.
 coverage_packages=(gcovr)
 fuzz_packages=(libclang-rt-dev)

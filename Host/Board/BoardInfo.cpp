@@ -2,6 +2,7 @@
 #include "Host/Board/BoardInfo.h"
 
 #include "Host/Board/BandHeaderWords.h"
+#include "Host/PageName.h"
 
 #include <nlohmann/json.hpp>
 
@@ -41,38 +42,47 @@ CJson BoardInfo_ToJson(const SBoardInfo& info)
     {
         units.push_back(Unit_ToJson(unit));
     }
-    return {{"Version", g_boardVersion},
-            {"Generator", info.m_generator},
-            {"DataMapStyle", info.m_dataMapStyle},
-            {"DataPushStyle", info.m_dataPushStyle},
-            {"PrinterSupportBits", info.m_printerSupportBits},
-            {"Map", info.m_map},
-            {"Stage", info.m_stage},
-            {"DotSizeMode", info.m_dotSizeMode},
-            {"PrinterDataWidth", info.m_printerDataWidth},
-            {"PrinterDataWidthUnit", info.m_printerDataWidthUnit},
-            {"FrameBits", info.m_frameBits},
-            {"Planes", info.m_planes},
-            {"LineBits", info.m_lineBits},
-            {"BitsPerUnit", info.m_bitsPerUnit},
-            {"Nozzles", info.m_nozzles},
-            {"BitsPerPixel", info.m_bitsPerPixel},
-            {"LinesPerPosition", info.m_linesPerPosition},
-            {"Bidirectional", info.m_bBidirectional},
-            {"SkipBlank", info.m_bSkipBlank},
-            {"Page",
-             {{"Width", info.m_pageWidth},
-              {"Height", info.m_pageHeight},
-              {"XResolution", info.m_xResolution},
-              {"YResolution", info.m_yResolution}}},
-            {"Zones",
-             {{"LeftStripeWidth", info.m_leftZone},
-              {"RightStripeWidth", info.m_rightZone},
-              {"UnitPitch", info.m_unitPitch},
-              {"UnitPositionCount", info.m_unitPositionCount},
-              {"MaxOffset_1", info.m_maxOffset_1},
-              {"MaxOffset_2", info.m_maxOffset_2}}},
-            {"Units", std::move(units)}};
+    CJson json = {{"Version", g_boardVersion},
+                  {"Generator", info.m_generator},
+                  {"DataMapStyle", info.m_dataMapStyle},
+                  {"DataPushStyle", info.m_dataPushStyle},
+                  {"PrinterSupportBits", info.m_printerSupportBits},
+                  {"Map", info.m_map},
+                  {"Stage", info.m_stage},
+                  {"DotSizeMode", info.m_dotSizeMode},
+                  {"PrinterDataWidth", info.m_printerDataWidth},
+                  {"PrinterDataWidthUnit", info.m_printerDataWidthUnit},
+                  {"FrameBits", info.m_frameBits},
+                  {"Planes", info.m_planes},
+                  {"LineBits", info.m_lineBits},
+                  {"BitsPerUnit", info.m_bitsPerUnit},
+                  {"Nozzles", info.m_nozzles},
+                  {"BitsPerPixel", info.m_bitsPerPixel},
+                  {"LinesPerPosition", info.m_linesPerPosition},
+                  {"Bidirectional", info.m_bBidirectional},
+                  {"SkipBlank", info.m_bSkipBlank},
+                  {"Page",
+                   {{"Width", info.m_pageWidth},
+                    {"Height", info.m_pageHeight},
+                    {"XResolution", info.m_xResolution},
+                    {"YResolution", info.m_yResolution}}}};
+    if (!info.m_pageNames.empty())
+    {
+        json["Pages"] = {{"Count", info.m_pageCount}, {"Names", info.m_pageNames}};
+        if (info.m_pageNames == g_pageNames_Pattern)
+        {
+            json["Pages"]["First"] = info.m_firstPage;
+        }
+    }
+    if (info.IsPart())
+    {
+        json["Part"] = {{"First", info.m_partFirst}, {"Last", info.m_partLast}};
+    }
+    json["Zones"] = {{"LeftStripeWidth", info.m_leftZone}, {"RightStripeWidth", info.m_rightZone},
+                     {"UnitPitch", info.m_unitPitch},      {"UnitPositionCount", info.m_unitPositionCount},
+                     {"MaxOffset_1", info.m_maxOffset_1},  {"MaxOffset_2", info.m_maxOffset_2}};
+    json["Units"] = std::move(units);
+    return json;
 }
 
 CJson BandHeader_ToJson(const SBandHeader& header)
@@ -110,6 +120,8 @@ public:
             throw std::runtime_error(std::string(pName) + " is no object");
         }
     }
+
+    bool Has(const char* pKey) const { return m_json.contains(pKey); }
 
     const CJson& At(const char* pKey) const
     {
@@ -174,6 +186,49 @@ SBoardUnitInfo Unit_Parse(const CJson& json, int version)
     return info;
 }
 
+[[noreturn]] void Value_Refuse(const std::string& name, const std::string& value, const std::string& wanted)
+{
+    throw std::runtime_error(name + " is " + value + "; it is " + wanted);
+}
+
+void Pages_Parse(const CObject& board, SBoardInfo& info)
+{
+    const CObject pages(board.At("Pages"), "Pages");
+    pages.Take("Count", info.m_pageCount);
+    pages.Take("Names", info.m_pageNames);
+    if (info.m_pageNames != g_pageNames_Pattern && info.m_pageNames != g_pageNames_List)
+    {
+        Value_Refuse("Names", '"' + info.m_pageNames + '"', "pattern or list");
+    }
+    if (info.m_pageNames == g_pageNames_Pattern)
+    {
+        pages.Take("First", info.m_firstPage);
+    }
+    if (info.m_pageCount < 1 || info.m_firstPage < 0)
+    {
+        Value_Refuse("Pages", std::to_string(info.m_pageCount) + " from " + std::to_string(info.m_firstPage) + " on",
+                     "at least one, from 0 on");
+    }
+    if (info.StepCount() > std::numeric_limits<std::int32_t>::max())
+    {
+        Value_Refuse("Count", std::to_string(info.m_pageCount), "no more pages than have numbers for all their bands");
+    }
+}
+
+void Part_Parse(const CObject& board, SBoardInfo& info)
+{
+    const CObject part(board.At("Part"), "Part");
+    std::int64_t first = 0;
+    part.Take("First", first);
+    part.Take("Last", info.m_partLast);
+    if (first < 0 || info.m_partLast < first || info.m_partLast >= info.StepCount())
+    {
+        Value_Refuse("Part", std::to_string(first) + " to " + std::to_string(info.m_partLast),
+                     "inside of 0 to " + std::to_string(info.StepCount() - 1));
+    }
+    info.m_partFirst = first;
+}
+
 void Info_Parse_2(const CObject& board, SBoardInfo& info)
 {
     board.Take("Generator", info.m_generator);
@@ -191,6 +246,14 @@ void Info_Parse_2(const CObject& board, SBoardInfo& info)
     page.Take("Height", info.m_pageHeight);
     page.Take("XResolution", info.m_xResolution);
     page.Take("YResolution", info.m_yResolution);
+    if (board.Has("Pages"))
+    {
+        Pages_Parse(board, info);
+    }
+    if (board.Has("Part"))
+    {
+        Part_Parse(board, info);
+    }
     const CObject zones(board.At("Zones"), "Zones");
     zones.Take("LeftStripeWidth", info.m_leftZone);
     zones.Take("RightStripeWidth", info.m_rightZone);
@@ -338,6 +401,15 @@ SBandDescription BandHeader_Parse(const std::string& json)
         description.m_pass = Pass_Parse(object.At("Pass"));
     }
     return description;
+}
+
+std::string BoardUnit_Separation(const SBoardInfo& info, const SBoardUnitInfo& unit, int page)
+{
+    if (info.m_pageNames == g_pageNames_Pattern && !PagePattern_Fault(unit.m_separation))
+    {
+        return PageName_Make(unit.m_separation, std::int64_t{info.m_firstPage} + page);
+    }
+    return (info.m_pageNames == g_pageNames_List ? "the list that begins with " : "") + unit.m_separation;
 }
 
 std::string BoardUnit_Text(const SBoardUnitInfo& unit)

@@ -13,6 +13,10 @@
 // The version that is written, and what version 1 left out reads as.
 inline constexpr int g_boardVersion = 2;
 
+// How separations name the pages' files.
+inline constexpr const char* g_pageNames_Pattern = "pattern"; // with the place of the page's number
+inline constexpr const char* g_pageNames_List = "list";       // the first name of a list stands for all
+
 // One print unit of the job.
 struct SBoardUnitInfo
 {
@@ -61,6 +65,22 @@ struct SBoardInfo
     int m_pageHeight = 0;               // rows
     double m_xResolution = 0;           // of the separations, pixels per inch; 0: not known
     double m_yResolution = 0;
+
+    // The pages of the job, all of one size; said only by jobs that name several, or one by its number.
+    int m_pageCount = 1;
+    std::string m_pageNames; // g_pageNames_Pattern, g_pageNames_List; empty: one page, the separations are files
+    int m_firstPage = 0;     // of a pattern: the number of the first page in the separations' names
+
+    // Of the output of a part of a job: its swaths, counted over all pages and blank ones too; -1: all of them.
+    std::int64_t m_partFirst = -1;
+    std::int64_t m_partLast = -1;
+
+    bool IsPart() const { return m_partFirst >= 0; }
+    std::int64_t SwathCount() const { return m_nozzles < 1 ? 0 : (m_pageHeight - 1) / m_nozzles + 1; } // of a page
+    std::int64_t StepCount() const { return SwathCount() * m_pageCount; } // swaths of all pages
+    std::int64_t FirstStep() const { return IsPart() ? m_partFirst : 0; }
+    std::int64_t LastStep() const { return IsPart() ? m_partLast : StepCount() - 1; }
+
     int m_leftZone = 0;          // scan positions left of the page, for ink stripes
     int m_rightZone = 0;         // right of it
     int m_unitPitch = 0;         // from the stripe of one unit position to the next, scan positions
@@ -114,6 +134,10 @@ struct SBandDescription
 
 // Throws std::runtime_error, which says what is wrong.
 SBandDescription BandHeader_Parse(const std::string& json);
+
+// The file that the unit prints on this page, from 0, as far as the info says it: of a list it is the first name, with
+// "the list that begins with " before it.
+std::string BoardUnit_Separation(const SBoardInfo& info, const SBoardUnitInfo& unit, int page);
 
 // "unit 3 (Cyan)".
 std::string BoardUnit_Text(const SBoardUnitInfo& unit);

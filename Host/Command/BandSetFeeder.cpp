@@ -37,6 +37,12 @@ CBandSetFeeder::~CBandSetFeeder()
     WaitExit(std::numeric_limits<unsigned int>::max());
 }
 
+void CBandSetFeeder::Trace_Set(const STraceTrack& track, const STraceQueue& queue)
+{
+    m_track = track;
+    m_queue = queue;
+}
+
 void CBandSetFeeder::Sets_Free(CBandSetFIFO& fifo)
 {
     SBufferData<CBandData*>* bandSet = nullptr;
@@ -52,7 +58,7 @@ void CBandSetFeeder::Sets_Free(CBandSetFIFO& fifo)
 
 bool CBandSetFeeder::OneLoop()
 {
-    if (!m_pOutput->HasSpaceEvent().Wait(kelWait_Retried, 0))
+    if (!Space_Wait())
     {
         return true;
     }
@@ -79,6 +85,19 @@ bool CBandSetFeeder::OneLoop()
         return true;
     }
     return Set_Push();
+}
+
+bool CBandSetFeeder::Space_Wait() const
+{
+    auto& event = m_pOutput->HasSpaceEvent();
+    if (event.Wait(0, 0))
+    {
+        return true;
+    }
+    const CTrace::CTime begin = m_track.Now();
+    const bool bSpace = event.Wait(kelWait_Retried, 0);
+    m_track.Stall_Add(m_queue, begin, m_track.Now());
+    return bSpace;
 }
 
 // Copies the bands that the step still lacks. False if one did not come in time.
@@ -110,6 +129,7 @@ bool CBandSetFeeder::Set_Push()
         return false;
     }
     std::ranges::transform(m_step, bandSet->data, [](const auto& band) { return band.get(); });
+    m_queue.Change(1); // before it can be taken
     if (!m_pOutput->In(bandSet.get()))
     {
         return false;

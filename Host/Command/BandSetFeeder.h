@@ -5,6 +5,7 @@
 // original back at once.
 #pragma once
 
+#include "Host/Trace.h"
 #include "KelCommon/KelBaseThread.h"
 #include "Platform/DataProcess/BandDataFIFO.h"
 #include "UnitData2BoardData/UnitData2BoardData_AllUnit_2.h"
@@ -24,6 +25,9 @@ public:
     CBandSetFeeder& operator=(const CBandSetFeeder&) = delete;
     ~CBandSetFeeder() override; // stops the thread and waits for it
 
+    // Has its waits for room drawn, and the queue's length with them. Before it is started.
+    void Trace_Set(const STraceTrack& track, const STraceQueue& queue);
+
     // Takes every set that is still queued and frees it with its bands; the FIFO itself would free the records only.
     static void Sets_Free(CBandSetFIFO& fifo);
 
@@ -31,6 +35,7 @@ protected:
     bool OneLoop() override;
 
 private:
+    bool Space_Wait() const;
     bool Step_Gather();
     bool Set_Push();
     bool IsStepBlank() const;
@@ -39,5 +44,7 @@ private:
     std::vector<CBandDataFIFO*> m_inputs;
     CBandSetFIFO* m_pOutput;
     bool m_bDropBlank;
+    STraceTrack m_track;
+    STraceQueue m_queue;
     std::vector<std::unique_ptr<CBandData>> m_step; // copies of the bands gathered so far
 };

@@ -14,6 +14,12 @@ CBoardOutput::~CBoardOutput()
     WaitExit(std::numeric_limits<unsigned int>::max());
 }
 
+void CBoardOutput::Trace_Set(const STraceTrack& track, const STraceQueue& queue)
+{
+    m_track = track;
+    m_queue = queue;
+}
+
 SBoardCount CBoardOutput::Count_Get() const
 {
     const std::lock_guard guard(m_lock);
@@ -47,7 +53,10 @@ bool CBoardOutput::OneLoop()
 void CBoardOutput::Band_Write()
 {
     CBandData* next = nullptr;
-    if (!m_pBands->Out(next, kelWait_Retried))
+    const bool bTaken = m_track.Stall_Watch(
+        m_queue, [&] { return m_pBands->Out(next, kelWait_Retried); },
+        [&] { return m_pBands->ConsumerStall_Get().m_count; });
+    if (!bTaken)
     {
         if (m_pBands->IsCompleted())
         {
@@ -56,7 +65,15 @@ void CBoardOutput::Band_Write()
         return;
     }
     const std::unique_ptr<CBandData> band(next);
+    m_queue.Change(-1);
+    const CTrace::CTime begin = m_track.Now();
     m_pWriter->Band_Write(*band);
+    m_track.Span_Add("write", begin,
+                     {{"band", band->m_bandNo},
+                      {"page", band->m_pageIndex},
+                      {"swath", band->m_swathIndex},
+                      {"lines", band->m_height},
+                      {"bytes", band->m_dataSize}});
     const std::lock_guard guard(m_lock);
     ++m_count.bands;
     m_count.lines += band->m_height;

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "Host/Output/BoardWriter.h"
+#include "Host/Trace.h"
 #include "KelCommon/KelBaseThread.h"
 #include "Platform/DataProcess/BandDataFIFO_S.h"
 
@@ -31,6 +32,9 @@ public:
     CBoardOutput& operator=(const CBoardOutput&) = delete;
     ~CBoardOutput() override; // stops the thread and waits for it, for as long as the band in hand takes
 
+    // Has its work and its waits drawn, and the length of the stage's output with them. Before it is started.
+    void Trace_Set(const STraceTrack& track, const STraceQueue& queue);
+
     // Any thread, any time.
     SBoardCount Count_Get() const;
 
@@ -46,6 +50,8 @@ private:
 
     CBandDataFIFO_S* m_pBands;
     CBoardWriter* m_pWriter;
+    STraceTrack m_track;
+    STraceQueue m_queue;
     mutable std::mutex m_lock; // guards the two below
     SBoardCount m_count;
     std::exception_ptr m_error;

@@ -15,6 +15,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <iomanip>
 
 namespace
@@ -59,13 +60,14 @@ std::string Stage_Text(const SJob& job, const SBoardInfo& info)
 std::string Page_Text(const CJobPage& page)
 {
     CTextStream text;
-    text << page.Width() << " x " << page.Height() << " pixels";
+    text << (page.PageCount() > 1 ? std::to_string(page.PageCount()) + " pages of " : "") << page.Width() << " x "
+         << page.Height() << " pixels";
     if (page.PageInfo().HasResolution())
     {
         text << ", " << page.PageInfo().xResolution << " x " << page.PageInfo().yResolution << " per inch";
     }
     text << "; " << Count_Text(static_cast<std::int64_t>(page.Units().size()), "unit") << " of "
-         << page.Job().m_units.size() << " print it";
+         << page.Job().m_units.size() << " print " << (page.PageCount() > 1 ? "them" : "it");
     return text.str();
 }
 
@@ -80,8 +82,10 @@ std::string Bands_Text(const CJobPage& page, const SJobPlan& plan)
 {
     return (page.Job().m_bSkipBlank ? "at most " : "") + Count_Text(plan.m_bands, "band") + " of " +
            Count_Text(page.Job().m_nozzles, "nozzle") +
+           (plan.m_pages > 1 ? ", " + std::to_string(page.Geometry().m_swathCount) + " for each page" : "") +
            (plan.m_lastBandRows < page.Job().m_nozzles
-                ? "; the last has " + Count_Text(plan.m_lastBandRows, "row") + " of the page"
+                ? std::string("; the last") + (plan.m_pages > 1 ? " of a page has " : " has ") +
+                      Count_Text(plan.m_lastBandRows, "row") + " of the page"
                 : "") +
            (page.Job().m_bSkipBlank ? "; swaths without ink have none" : "");
 }
@@ -127,14 +131,27 @@ std::string Stripe_Text(const CJobPage& page, const SJobUnit& unit, int length, 
     return text + ' ' + Direction_Text(bLeftToRight);
 }
 
+// On how many pages the unit has no separation.
+std::string Blank_Text(const CJobPage& page, const SJobUnit& unit)
+{
+    const auto found = std::ranges::find(page.Units(), &unit, &SPageUnit::m_pUnit);
+    const auto count = std::ranges::count(found->m_printed, false);
+    const std::string list = page.Job().m_pages.m_names == EPageNames::List && page.PageCount() > 1
+                                 ? " and " + std::to_string(page.PageCount() - 1) + " more"
+                                 : "";
+    return list + (count == 0
+                       ? ""
+                       : ", blank on " + std::to_string(count) + " of " + std::to_string(page.PageCount()) + " pages,");
+}
+
 std::string Unit_Text(const CJobPage& page, const SJobUnit& unit)
 {
     const SJob& job = page.Job();
     const bool bBack = job.m_bBidirectional;
     if (unit.HasSeparation())
     {
-        return Text_Printable(unit.m_separation) + " at positions " + Image_Text(page, unit, true) +
-               (bBack ? ", " + Image_Text(page, unit, false) : "");
+        return Text_Printable(unit.m_separation) + Blank_Text(page, unit) + " at positions " +
+               Image_Text(page, unit, true) + (bBack ? ", " + Image_Text(page, unit, false) : "");
     }
     if (!Job_HasStripes(job, unit))
     {
@@ -159,7 +176,7 @@ std::string Plan_Text(const CJobPage& page)
     CTextStream text;
     Row_Add(text, "map", Map_Text(job, info));
     Row_Add(text, "stage", Stage_Text(job, info));
-    Row_Add(text, "page", Page_Text(page));
+    Row_Add(text, page.PageCount() > 1 ? "pages" : "page", Page_Text(page));
     Row_Add(text, "frame",
             Count_Text(plan.m_frameBits, "bit") + (plan.m_planes > 1 ? " in each plane" : "") +
                 ", room for the units 0 to " + std::to_string(plan.m_unitRoom - 1));
@@ -204,6 +221,7 @@ CJson Plan_ToJson(const CJobPage& page)
     return {{"Frames", plan.m_frames},
             {"UnitRoom", plan.m_unitRoom},
             {"LineBytes", page.Geometry().m_boardBytesPerLine},
+            {"Pages", plan.m_pages},
             {"Bands", plan.m_bands},
             {"LastBandRows", plan.m_lastBandRows},
             {"Lines", plan.m_lines},

@@ -6,6 +6,7 @@
 #include "Host/Command/ExplainCommand.h"
 #include "Host/Command/InfoCommand.h"
 #include "Host/Command/InitCommand.h"
+#include "Host/Command/JoinCommand.h"
 #include "Host/Command/KernelsCommand.h"
 #include "Host/Command/LayoutCommand.h"
 #include "Host/Command/VerifyCommand.h"
@@ -14,8 +15,9 @@
 
 std::span<const SCommand* const> Commands()
 {
-    static const std::array commands = {&Command_Init(),    &Command_Check(),  &Command_Convert(), &Command_Layout(),
-                                        &Command_Explain(), &Command_Verify(), &Command_Info(),    &Command_Kernels()};
+    static const std::array commands = {&Command_Init(),   &Command_Check(),  &Command_Convert(),
+                                        &Command_Join(),   &Command_Layout(), &Command_Explain(),
+                                        &Command_Verify(), &Command_Info(),   &Command_Kernels()};
     return commands;
 }
 

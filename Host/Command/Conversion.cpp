@@ -79,13 +79,34 @@ std::string CFailureRecords::Text_Get() const
     return text;
 }
 
-CConversion::CConversion(CJobPage& page) : m_job(page.Job()), m_pageWidth(page.Width()), m_bandSets(bandSetCount)
+CConversion::CConversion(const CJobPage& page, const SBandRange& range, CTrace* pTrace)
+    : m_page(page), m_job(page.Job()), m_range(range), m_pTrace(pTrace), m_bandSets(bandSetCount)
 {
     Job_Apply(m_job, page.Width(), page.Height());
-    for (SPageUnit& unit : page.Units())
+    if (m_pTrace != nullptr)
     {
-        Producer_Make(*unit.m_pUnit, std::move(unit.m_reader));
+        Trace_Make();
     }
+    for (const SPageUnit& unit : page.Units())
+    {
+        Producer_Make(unit);
+    }
+}
+
+// The stage and the writer; each unit's producer draws itself below them.
+void CConversion::Trace_Make()
+{
+    SStageTrace trace;
+    const std::string stage = EnumName_Get(EnumNames_StageKind(), static_cast<int>(m_job.m_stageKind));
+    trace.m_track = {m_pTrace, m_pTrace->Track_Add("stage " + stage)};
+    m_writerTrack = {m_pTrace, m_pTrace->Track_Add("writer")};
+    trace.m_output = {m_pTrace, m_pTrace->Counter_Add("output")};
+    if (m_job.m_stageKind == EStageKind::OneFIFO)
+    {
+        m_feederTrack = {m_pTrace, m_pTrace->Track_Add("band set feeder")};
+        trace.m_bandSets = {m_pTrace, m_pTrace->Counter_Add("band sets")};
+    }
+    m_watch.Trace_Set(trace);
 }
 
 SSwathPlan CConversion::SwathPlan_Make(const SJobUnit& unit) const
@@ -95,21 +116,35 @@ SSwathPlan CConversion::SwathPlan_Make(const SJobUnit& unit) const
     plan.bBidirectional = m_job.m_bBidirectional;
     plan.bByUnitPlanes = Job_LinesPerScanPosition(m_job) > 1;
     plan.bBitsAsPixels = Job_UnitWidth(m_job) > m_job.m_nozzles;
-    plan.leftToRight = {Job_PassPositions(m_job, m_pageWidth, true), Job_ImagePosition(m_job, unit, true)};
-    plan.rightToLeft = {Job_PassPositions(m_job, m_pageWidth, false), Job_ImagePosition(m_job, unit, false)};
+    plan.leftToRight = {Job_PassPositions(m_job, m_page.Width(), true), Job_ImagePosition(m_job, unit, true)};
+    plan.rightToLeft = {Job_PassPositions(m_job, m_page.Width(), false), Job_ImagePosition(m_job, unit, false)};
     plan.bMarkBlank = m_job.m_bSkipBlank;
     plan.unitIndex = unit.m_unitId;
     plan.unitDirection = unit.m_direction;
+    plan.firstStep = static_cast<int>(m_range.m_first);
+    plan.stepCount = static_cast<int>(m_range.Last_Get(m_page.StepCount()) - m_range.m_first + 1);
     return plan;
 }
 
-void CConversion::Producer_Make(const SJobUnit& unit, std::unique_ptr<CSeparationReader> reader)
+void CConversion::Producer_Make(const SPageUnit& pages)
 {
+    const SJobUnit& unit = *pages.m_pUnit;
     const SSwathPlan plan = SwathPlan_Make(unit);
-    const SUnitBandSize size = UnitBandSize_Get(reader->Info_Get(), plan);
+    const SUnitBandSize size = UnitBandSize_Get(m_page.PageInfo(), plan);
     m_fifos.push_back(UnitBandPool_Create(Job_UnitText(unit), size, m_job.m_inputBands, m_job.m_alignByteCountPerLine));
     m_units.push_back(&unit);
-    m_producers.push_back(std::make_unique<CSeparationProducer>(std::move(reader), plan, m_fifos.back().get()));
+    const auto Open = [this, &pages](int page) { return m_page.Reader_Open(pages, page); };
+    m_producers.push_back(std::make_unique<CSeparationProducer>(m_page.PageInfo(), Open, plan, m_fifos.back().get()));
+    if (m_pTrace != nullptr)
+    {
+        const std::string name = Job_UnitText(unit);
+        const STraceQueue queue = {m_pTrace, m_pTrace->Counter_Add(name)};
+        SStageTrace stage = m_watch.Trace_Get();
+        m_producers.back()->Trace_Set({m_pTrace, m_pTrace->Track_Add(name)}, queue);
+        m_fifos.back()->Trace_Set(m_feederTrack.IsOn() ? m_feederTrack : stage.m_track, queue);
+        stage.m_pFirst = m_feederTrack.IsOn() ? nullptr : m_fifos.front().get();
+        m_watch.Trace_Set(stage);
+    }
 }
 
 CConversion::~CConversion()
@@ -147,6 +182,7 @@ bool CConversion::Stage_Create()
         auto* pStage = stage.get();
         m_stage = std::move(stage);
         m_feeder = std::make_unique<CBandSetFeeder>(inputs, m_bandSets, m_job.m_bSkipBlank);
+        m_feeder->Trace_Set(m_feederTrack, m_watch.Trace_Get().m_bandSets);
         return pStage->Create(m_bandSets) && m_feeder->Start("CBandSetFeeder");
     }
     if (m_job.m_stageKind == EStageKind::InkStripe)
@@ -182,7 +218,7 @@ void CConversion::Error_Check()
     {
         if (const std::exception_ptr error = m_producers[i]->Error_Get())
         {
-            Producer_Rethrow(*m_units[i], error);
+            Producer_Rethrow(i, error);
         }
     }
     if (m_feeder != nullptr && m_feeder->WaitExit(0) && !m_feeder->IsThreadSuccess())
@@ -191,7 +227,7 @@ void CConversion::Error_Check()
     }
     if (m_stage->WaitExit(0) && !m_stage->IsThreadSuccess())
     {
-        throw CRunError("the conversion stage stopped before the end of the page: " + Failure_Text());
+        throw CRunError("the conversion stage stopped before the end of the job: " + Failure_Text());
     }
 }
 
@@ -232,7 +268,7 @@ std::string CConversion::Status_Text(std::int64_t bandsTaken)
 }
 
 // A separation that turns out to be damaged names the unit and its line, as one that could not be opened.
-void CConversion::Producer_Rethrow(const SJobUnit& unit, const std::exception_ptr& error) const
+void CConversion::Producer_Rethrow(std::size_t index, const std::exception_ptr& error) const
 {
     try
     {
@@ -240,7 +276,7 @@ void CConversion::Producer_Rethrow(const SJobUnit& unit, const std::exception_pt
     }
     catch (const CInputError& wrong)
     {
-        throw CInputError({Separation_Fault(m_job, unit, wrong)});
+        throw CInputError({Separation_Fault(m_job, *m_units[index], m_producers[index]->Page_Get(), wrong)});
     }
 }
 

@@ -3,10 +3,12 @@
 // of their own.
 #pragma once
 
+#include "Host/Command/BandRange.h"
 #include "Host/Command/BandSetFeeder.h"
 #include "Host/Command/StageWatch.h"
 #include "Host/Input/SeparationProducer.h"
 #include "Host/Job/JobPage.h"
+#include "Host/Trace.h"
 #include "Platform/Log/CustomBoostLog.h"
 #include "UnitData2BoardData/UnitData2BoardData_Base.h"
 
@@ -61,9 +63,10 @@ struct SConversionStall
 class CConversion
 {
 public:
-    // Takes the readers of an opened page, sets the configuration from its job and takes the memory of the unit bands.
-    // Nothing runs yet. The page stays the caller's and must outlive this. Throws CInputError or CRunError.
-    explicit CConversion(CJobPage& page);
+    // Sets the configuration from an opened job and takes the memory of the unit bands; `range` are the swaths that are
+    // converted, counted over all pages. Nothing runs yet. The page stays the caller's and must outlive this; so must
+    // the trace that the threads' work is drawn into, if there is one. Throws CInputError or CRunError.
+    explicit CConversion(const CJobPage& page, const SBandRange& range = {}, CTrace* pTrace = nullptr);
     CConversion(const CConversion&) = delete;
     CConversion& operator=(const CConversion&) = delete;
 
@@ -81,19 +84,28 @@ public:
 
     SConversionStall Stall_Get() const;
 
+    // What the thread that takes the board bands draws itself as, and the queue that it takes them from.
+    const STraceTrack& WriterTrack_Get() const { return m_writerTrack; }
+    const STraceQueue& OutputQueue_Get() const { return m_watch.Trace_Get().m_output; }
+
     // What every part is doing and what waits between them, a line each, for somebody who looks on. `bandsTaken`: board
     // bands that were taken from the output.
     std::string Status_Text(std::int64_t bandsTaken);
 
 private:
-    void Producer_Make(const SJobUnit& unit, std::unique_ptr<CSeparationReader> reader);
+    void Trace_Make();
+    void Producer_Make(const SPageUnit& pages);
     SSwathPlan SwathPlan_Make(const SJobUnit& unit) const;
     bool Stage_Create();
     std::string Failure_Text() const;
-    [[noreturn]] void Producer_Rethrow(const SJobUnit& unit, const std::exception_ptr& error) const;
+    [[noreturn]] void Producer_Rethrow(std::size_t index, const std::exception_ptr& error) const;
 
+    const CJobPage& m_page;
     const SJob& m_job;
-    int m_pageWidth;
+    SBandRange m_range;
+    CTrace* m_pTrace;
+    STraceTrack m_writerTrack;
+    STraceTrack m_feederTrack; // of the one-FIFO stage
     CFailureRecords m_failures;
     CStageWatch m_watch{m_failures};
     std::vector<std::unique_ptr<CUnitBandFIFO>> m_fifos;

@@ -3,14 +3,15 @@
 
 #include "Host/Command/Answer.h"
 #include "Host/Command/BoardOutput.h"
+#include "Host/Command/BoardTarget.h"
 #include "Host/Command/Command.h"
 #include "Host/Command/Conversion.h"
 #include "Host/Command/RunResult.h"
 #include "Host/HostError.h"
 #include "Host/Interrupt.h"
 #include "Host/Job/JobPage.h"
-#include "Host/Output/BoardRawWriter.h"
 #include "Host/PathText.h"
+#include "Host/Trace.h"
 #include "Platform/Helper/ProcessHelper.h"
 #include "Platform/Log/CustomBoostLog.h"
 #include "Platform/ThreadStatus/ThreadStatus.h"
@@ -29,9 +30,9 @@ using Seconds = std::chrono::duration<double>;
 
 constexpr unsigned lookMs = 50; // how often the main thread looks after a running job
 
-bool IsStandardOutput(const std::filesystem::path& path)
+SBoardTarget Target_Get(const SConvertOptions& options)
 {
-    return path == "-";
+    return {options.m_output, options.m_format, options.m_compression, options.m_bForce};
 }
 
 // What the options leave open, and what they must not combine.
@@ -42,35 +43,8 @@ SConvertOptions Options_Complete(SConvertOptions options)
         options.m_output = options.m_job.stem();
         options.m_output += options.m_format == EBoardFormat::Tiff ? ".boards.tif" : ".boards.raw";
     }
-    if (options.m_format == EBoardFormat::Tiff && IsStandardOutput(options.m_output))
-    {
-        throw CInputError("--output -: a TIFF cannot be written to standard output; use --format raw or name a file");
-    }
-    if (IsStandardOutput(options.m_output) && !options.m_bForce && CProcessHelper::IsOutputTerminal())
-    {
-        throw CInputError("--output -: standard output is a terminal, and board data is no text; redirect it, name a "
-                          "file, or give --force");
-    }
-    if (options.m_format == EBoardFormat::Raw && options.m_compression != EBoardCompression::None)
-    {
-        throw CInputError("--compress: only TIFF pages are compressed; leave it out with --format raw");
-    }
+    BoardTarget_Check(Target_Get(options));
     return options;
-}
-
-// Whether the two names lead to one file, be it there already or not.
-bool IsSameFile(const std::filesystem::path& one, const std::filesystem::path& other)
-{
-    std::error_code error;
-    if (std::filesystem::equivalent(one, other, error))
-    {
-        return true;
-    }
-    // What cannot be looked up, for example behind a folder that may not be entered, is told by who opens it.
-    const auto Full = [&error](const std::filesystem::path& path)
-    { return std::filesystem::weakly_canonical(std::filesystem::absolute(path, error), error); };
-    const std::filesystem::path full = Full(one);
-    return !full.empty() && full == Full(other);
 }
 
 // Nothing that the job reads may be written to.
@@ -83,9 +57,13 @@ void Written_Check(const std::filesystem::path& written, const SJob& job, const 
     }
     for (const SJobUnit& unit : job.m_units)
     {
-        const bool bSeparation = unit.HasSeparation() && IsSameFile(written, unit.m_separationPath);
-        const bool bColor = !unit.m_stripeColor.m_path.empty() && IsSameFile(written, unit.m_stripeColor.m_path);
-        if (bSeparation || bColor)
+        bool bRead = !unit.m_stripeColor.m_path.empty() && IsSameFile(written, unit.m_stripeColor.m_path);
+        for (int page = 0; page < job.m_pages.m_count && !bRead; ++page)
+        {
+            const std::filesystem::path separation = Job_SeparationPath(job, unit, page);
+            bRead = !separation.empty() && IsSameFile(written, separation);
+        }
+        if (bRead)
         {
             throw CInputError(Path_Shown(written) + ": the job reads this file" + hint);
         }
@@ -108,20 +86,46 @@ void Log_Open(const SConvertOptions& options, const SJob& job)
     }
 }
 
-std::unique_ptr<CBoardWriter> Writer_Make(const SConvertOptions& options, const CJobPage& page)
+// Null without --trace.
+std::unique_ptr<CTrace> Trace_Open(const SConvertOptions& options, const SJob& job)
 {
-    const SBoardInfo info = Page_BoardInfo(page, ProgramName_Get());
-    if (options.m_format == EBoardFormat::Raw)
+    if (options.m_trace.empty())
     {
-        return std::make_unique<CBoardRawWriter>(options.m_output, info);
+        return nullptr;
     }
-    const SJobGeometry& geometry = page.Geometry();
-    SBoardTiffSize size;
-    size.m_bandCount = geometry.m_swathCount;
-    size.m_bBandCountExact = !page.Job().m_bSkipBlank;
-    size.m_bandLineCount = geometry.m_lineCount;
-    size.m_bandBytesPerLine = geometry.m_boardBytesPerLine;
-    return std::make_unique<CBoardTiffWriter>(options.m_output, info, size, options.m_compression);
+    if (IsStandardOutput(options.m_trace))
+    {
+        throw CInputError("--trace -: a trace does not go to standard output; name a file");
+    }
+    Written_Check(options.m_trace, job, options.m_job);
+    for (const std::filesystem::path& other : {options.m_output, options.m_log})
+    {
+        if (!other.empty() && IsSameFile(options.m_trace, other))
+        {
+            throw CInputError(Path_Shown(options.m_trace) +
+                              ": board data or log records go to this file; name another one for --trace");
+        }
+    }
+    return std::make_unique<CTrace>(options.m_trace, ProgramName_Get() + " convert " + Path_Text(options.m_job));
+}
+
+// The part of the job that is wanted, if it is not the whole.
+SBoardInfo Info_Make(const SConvertOptions& options, const CJobPage& page)
+{
+    SBoardInfo info = Page_BoardInfo(page, ProgramName_Get());
+    const std::int64_t count = page.StepCount();
+    if (options.m_bands.m_first >= count)
+    {
+        throw CInputError("--bands: the job has " + std::to_string(count) + (count == 1 ? " band" : " bands") +
+                          ", from 0 on");
+    }
+    const std::int64_t last = options.m_bands.Last_Get(count);
+    if (options.m_bands.m_first > 0 || last < count - 1)
+    {
+        info.m_partFirst = options.m_bands.m_first;
+        info.m_partLast = last;
+    }
+    return info;
 }
 
 // Throws if a record is lost to the log.
@@ -135,10 +139,11 @@ void Log_Check(const SConvertOptions& options)
 
 // Has all the board bands written, and completes the output. False if the user interrupted it.
 bool Bands_Write(CConversion& conversion, CBoardWriter& writer, CProgress& progress, const SConvertOptions& options,
-                 SRunResult& result)
+                 CTrace* pTrace, SRunResult& result)
 {
     const auto begin = std::chrono::steady_clock::now();
     CBoardOutput output(*conversion.Output(), writer);
+    output.Trace_Set(conversion.WriterTrack_Get(), conversion.OutputQueue_Get());
     if (!output.Start("CBoardOutput"))
     {
         throw CRunError("the thread that writes the board data could not be started");
@@ -157,6 +162,10 @@ bool Bands_Write(CConversion& conversion, CBoardWriter& writer, CProgress& progr
             std::cerr << "boardmap: " << count.bands << " bands, " << count.lines << " lines, " << count.bytes
                       << " bytes written; its thread " << (output.WaitExit(0) ? "ended" : "runs") << '\n'
                       << conversion.Status_Text(count.bands) << std::flush;
+        }
+        if (pTrace != nullptr)
+        {
+            pTrace->Write();
         }
         progress.Update(count.bands, count.bytes);
     }
@@ -192,7 +201,8 @@ void Result_Complete(SRunResult& result, const SConvertOptions& options, const C
 
 bool Job_Convert(const SConvertOptions& options)
 {
-    CJobPage page(options.m_job);
+    const CJobPage page(options.m_job);
+    const SBoardInfo info = Info_Make(options, page);
     if (!IsStandardOutput(options.m_output))
     {
         Written_Check(options.m_output, page.Job(), options.m_job);
@@ -207,18 +217,27 @@ bool Job_Convert(const SConvertOptions& options)
     {
         std::cerr << Text_Shown(Mistake_Text(warning)) << '\n' << std::flush;
     }
-    CConversion conversion(page);
-    const std::unique_ptr<CBoardWriter> writer = Writer_Make(options, page);
+    const std::unique_ptr<CTrace> trace = Trace_Open(options, page.Job());
+    CConversion conversion(page, options.m_bands, trace.get());
+    const std::unique_ptr<CBoardWriter> writer = BoardTarget_Open(Target_Get(options), info);
     {
-        CProgress progress(options.m_progress, page.Geometry().m_swathCount);
+        CProgress progress(options.m_progress, info.LastStep() - info.FirstStep() + 1);
         conversion.Start();
-        if (!Bands_Write(conversion, *writer, progress, options, result))
+        if (!Bands_Write(conversion, *writer, progress, options, trace.get(), result))
         {
             return false;
         }
         progress.Finish(result.m_bands, result.m_bytes);
     }
+    if (trace != nullptr)
+    {
+        trace->Finish();
+    }
     Result_Complete(result, options, conversion);
+    result.m_pages = info.m_pageCount;
+    result.m_firstStep = info.FirstStep();
+    result.m_lastStep = info.LastStep();
+    result.m_bPart = info.IsPart();
     const std::string summary = options.m_bJson ? RunResult_Json(result) : RunResult_Text(result);
     if (IsStandardOutput(options.m_output))
     {

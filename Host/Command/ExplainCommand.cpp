@@ -99,16 +99,18 @@ SExplanation Answer_Make(CExplainer& explainer, const CArguments& arguments)
         return explainer.Bit_Explain(Number("band"), Number("line"), Number("byte"), Number("bit"));
     }
     const int unit = arguments.Has("unit") ? Number("unit") : explainer.Unit_OfInk(arguments.Text_Get("ink"));
-    return explainer.Pixel_Explain(unit, Number("row"), Number("column"));
+    const int page = arguments.Has("page") ? Number("page") : 0;
+    return explainer.Pixel_Explain(unit, Number("row"), Number("column"), page);
 }
 
 int Explain_Run(const CArguments& arguments)
 {
-    if (!IsQuestion(arguments, nozzleWords) && !IsQuestion(arguments, bitWords) && !IsQuestion(arguments, inkWords) &&
-        !IsQuestion(arguments, unitWords))
+    const bool bPixel = IsQuestion(arguments, inkWords) || IsQuestion(arguments, unitWords);
+    const bool bBand = IsQuestion(arguments, nozzleWords) || IsQuestion(arguments, bitWords);
+    if (!bPixel && (!bBand || arguments.Has("page")))
     {
         throw CInputError("explain needs one of --unit --nozzle --position --band, --row --column --ink (or --unit), "
-                          "and --band --line --byte --bit, all of its options and no others");
+                          "and --band --line --byte --bit, all of its options and no others; --page goes with --row");
     }
     const SExplainFiles files = Files_Get(arguments);
     CExplainer explainer(files.m_job, files.m_output);
@@ -148,6 +150,7 @@ const SCommand& Command_Explain()
                       Option_Number("unit", "The unit's id"),
                       Option_Number("nozzle", "The nozzle of the unit"),
                       Option_Number("position", "The scan position of the band"),
+                      Option_Number("page", "The page of the job that --row is on. Default: 0, the first"),
                       Option_Number("row", "The page's row"),
                       Option_Number("column", "The page's column"),
                       {.m_kind = EOptionKind::Text,

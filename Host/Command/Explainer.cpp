@@ -36,11 +36,20 @@ void Range_Check(const std::string& name, std::int64_t value, std::int64_t count
 std::string Info_Difference(SBoardInfo a, const SBoardInfo& b)
 {
     a.m_generator = b.m_generator;
+    a.m_partFirst = b.m_partFirst;
+    a.m_partLast = b.m_partLast;
     const CJson left = CJson::parse(BoardInfo_Json(a));
     const CJson right = CJson::parse(BoardInfo_Json(b));
     for (const auto& [key, value] : left.items())
     {
-        if (value != right.at(key))
+        if (!right.contains(key) || value != right.at(key))
+        {
+            return key;
+        }
+    }
+    for (const auto& [key, value] : right.items())
+    {
+        if (!left.contains(key))
         {
             return key;
         }
@@ -126,6 +135,11 @@ bool CExplainer::Band_Next()
         throw CInputError(place + "m_swathIndex is " + std::to_string(m_band.m_swathIndex) + "; the page has " +
                           std::to_string(m_model->SwathCount()) + " swaths");
     }
+    if (m_band.m_pageIndex < 0 || m_band.m_pageIndex >= m_model->PageCount())
+    {
+        throw CInputError(place + "m_pageIndex is " + std::to_string(m_band.m_pageIndex) + "; the job has " +
+                          std::to_string(m_model->PageCount()) + (m_model->PageCount() == 1 ? " page" : " pages"));
+    }
     const bool bLeftToRight = m_model->IsLeftToRight(m_band.m_swathIndex);
     if ((m_band.m_bandAttr == 1) != bLeftToRight)
     {
@@ -142,7 +156,15 @@ bool CExplainer::Band_Next()
     return true;
 }
 
-int CExplainer::Swath_OfBand(std::int64_t band)
+void CExplainer::Ink_Read(int step)
+{
+    if (m_ink != nullptr)
+    {
+        m_ink->Swath_Read(Swath_Of(step), Page_Of(step));
+    }
+}
+
+int CExplainer::Step_OfBand(std::int64_t band)
 {
     if (m_reader != nullptr)
     {
@@ -159,41 +181,38 @@ int CExplainer::Swath_OfBand(std::int64_t band)
                 Range_Check("--band", band, count);
             }
         }
-        if (m_ink != nullptr)
-        {
-            m_ink->Swath_Read(m_band.m_swathIndex);
-        }
-        return m_band.m_swathIndex;
+        Ink_Read(Step_OfReadBand());
+        return Step_OfReadBand();
     }
     if (!m_model->Info().m_bSkipBlank)
     {
-        Range_Check("--band", band, m_model->SwathCount());
-        m_ink->Swath_Read(static_cast<int>(band));
+        Range_Check("--band", band, StepCount());
+        Ink_Read(static_cast<int>(band));
         return static_cast<int>(band);
     }
     std::int64_t count = 0;
-    for (int swath = 0; swath < m_model->SwathCount(); ++swath)
+    for (int step = 0; step < StepCount(); ++step)
     {
-        m_ink->Swath_Read(swath);
-        count += m_model->IsSkipped(swath, *m_ink) ? 0 : 1;
+        Ink_Read(step);
+        count += IsSkipped(step) ? 0 : 1;
         if (count == band + 1)
         {
-            return swath;
+            return step;
         }
     }
     Range_Check("--band", band, count);
     return -1; // not reached: the band is not below the count
 }
 
-std::int64_t CExplainer::Band_OfSwath(int swath)
+std::int64_t CExplainer::Band_OfStep(int step)
 {
     if (m_reader != nullptr)
     {
-        if (m_bandNo >= 0 && m_band.m_swathIndex > swath)
+        if (m_bandNo >= 0 && Step_OfReadBand() > step)
         {
             Output_Begin();
         }
-        while (m_bandNo < 0 || m_band.m_swathIndex < swath)
+        while (m_bandNo < 0 || Step_OfReadBand() < step)
         {
             if (!Band_Next())
             {
@@ -201,24 +220,21 @@ std::int64_t CExplainer::Band_OfSwath(int swath)
                 break;
             }
         }
-        if (m_ink != nullptr)
-        {
-            m_ink->Swath_Read(swath);
-        }
-        return m_bandNo >= 0 && m_band.m_swathIndex == swath ? m_bandNo : -1;
+        Ink_Read(step);
+        return m_bandNo >= 0 && Step_OfReadBand() == step ? m_bandNo : -1;
     }
     if (!m_model->Info().m_bSkipBlank)
     {
-        m_ink->Swath_Read(swath);
-        return swath;
+        Ink_Read(step);
+        return step;
     }
     std::int64_t band = -1;
-    for (int i = 0; i <= swath; ++i)
+    for (int i = 0; i <= step; ++i)
     {
-        m_ink->Swath_Read(i);
-        band += m_model->IsSkipped(i, *m_ink) ? 0 : 1;
+        Ink_Read(i);
+        band += IsSkipped(i) ? 0 : 1;
     }
-    return m_model->IsSkipped(swath, *m_ink) ? -1 : band;
+    return IsSkipped(step) ? -1 : band;
 }
 
 const SBoardUnitInfo& CExplainer::Unit_Get(int unitId) const
@@ -267,40 +283,49 @@ int CExplainer::Unit_OfInk(const std::string& ink) const
     return id;
 }
 
-SExplanationSource CExplainer::Source_Get() const
+SExplanationSource CExplainer::Source_Get(int step) const
 {
-    return {*m_model, m_ink.get(), m_reader == nullptr ? nullptr : &m_band};
+    return {*m_model, m_ink.get(), m_reader == nullptr ? nullptr : &m_band, Page_Of(step)};
 }
 
 SExplanation CExplainer::Nozzle_Explain(int unitId, int nozzle, int position, std::int64_t band)
 {
     const SBoardUnitInfo& unit = Unit_Get(unitId);
     Range_Check("--nozzle", nozzle, m_model->Info().m_nozzles);
-    const int swath = Swath_OfBand(band);
-    Range_Check("--position", position, m_model->PositionCount(m_model->IsLeftToRight(swath)));
-    return ::Nozzle_Explain(Source_Get(), unit, nozzle, position, swath, band);
+    const int step = Step_OfBand(band);
+    Range_Check("--position", position, m_model->PositionCount(m_model->IsLeftToRight(Swath_Of(step))));
+    return ::Nozzle_Explain(Source_Get(step), unit, nozzle, position, Swath_Of(step), band);
 }
 
-SExplanation CExplainer::Pixel_Explain(int unitId, int row, int column)
+SExplanation CExplainer::Pixel_Explain(int unitId, int row, int column, int page)
 {
     const SBoardUnitInfo& unit = Unit_Get(unitId);
     if (unit.m_separation.empty())
     {
         throw CInputError(BoardUnit_Text(unit) + " does not print the page: it has no separation");
     }
+    Range_Check("--page", page, m_model->PageCount());
     Range_Check("--row", row, m_model->Info().m_pageHeight);
     Range_Check("--column", column, m_model->Info().m_pageWidth);
     const int swath = row / m_model->Info().m_nozzles;
-    const std::int64_t band = Band_OfSwath(swath);
+    const int step = page * m_model->SwathCount() + swath;
+    const SBoardInfo* pOutput = m_reader == nullptr ? nullptr : &m_reader->BoardInfo();
+    if (pOutput != nullptr && pOutput->IsPart() && (step < pOutput->m_partFirst || step > pOutput->m_partLast))
+    {
+        throw CInputError(Name_Shown(m_reader->Name()) + ": is the part of the bands " +
+                          std::to_string(pOutput->m_partFirst) + " to " + std::to_string(pOutput->m_partLast) +
+                          " of the job; the row is in band " + std::to_string(step));
+    }
+    const std::int64_t band = Band_OfStep(step);
     const int position = m_model->Position_OfColumn(unit, column, m_model->IsLeftToRight(swath));
-    return ::Nozzle_Explain(Source_Get(), unit, row % m_model->Info().m_nozzles, position, swath, band);
+    return ::Nozzle_Explain(Source_Get(step), unit, row % m_model->Info().m_nozzles, position, swath, band);
 }
 
 SExplanation CExplainer::Bit_Explain(std::int64_t band, int line, std::int64_t byte, int bit)
 {
-    const int swath = Swath_OfBand(band);
-    Range_Check("--line", line, m_model->LineCount(m_model->IsLeftToRight(swath)));
+    const int step = Step_OfBand(band);
+    Range_Check("--line", line, m_model->LineCount(m_model->IsLeftToRight(Swath_Of(step))));
     Range_Check("--byte", byte, m_model->LineBytes());
     Range_Check("--bit", bit, std::min<std::int64_t>(8, m_model->LineBits() - byte * 8));
-    return ::Bit_Explain(Source_Get(), swath, band, {line, byte * 8 + bit});
+    return ::Bit_Explain(Source_Get(step), Swath_Of(step), band, {line, byte * 8 + bit});
 }

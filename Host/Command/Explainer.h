@@ -31,8 +31,8 @@ public:
     SExplanation Nozzle_Explain(int unitId, int nozzle, int position, std::int64_t band);
     SExplanation Bit_Explain(std::int64_t band, int line, std::int64_t byte, int bit);
 
-    // Of the unit that prints the page.
-    SExplanation Pixel_Explain(int unitId, int row, int column);
+    // Of the unit that prints the page; `page` is the job's, from 0.
+    SExplanation Pixel_Explain(int unitId, int row, int column, int page = 0);
 
     // The unit that prints this ink: its name or its separation's, in any case of letters. Throws CInputError if there
     // is none or more than one.
@@ -40,12 +40,19 @@ public:
 
 private:
     const SBoardUnitInfo& Unit_Get(int unitId) const;
-    SExplanationSource Source_Get() const;
+    SExplanationSource Source_Get(int step) const;
 
-    // The swath of a band and the band of a swath. Both make their band the one that is asked about.
-    int Swath_OfBand(std::int64_t band);
-    std::int64_t Band_OfSwath(int swath); // -1: there is none
+    // The swath of a band, counted over all pages, and the band of a swath. Both make their band the one that is asked
+    // about.
+    int Step_OfBand(std::int64_t band);
+    std::int64_t Band_OfStep(int step); // -1: there is none
     bool Band_Next();
+    void Ink_Read(int step);
+    bool IsSkipped(int step) const { return m_model->IsSkipped(Swath_Of(step), *m_ink); } // its ink is read
+    int Swath_Of(int step) const { return step % m_model->SwathCount(); }
+    int Page_Of(int step) const { return step / m_model->SwathCount(); }
+    int StepCount() const { return static_cast<int>(m_model->Info().StepCount()); }
+    int Step_OfReadBand() const { return m_band.m_pageIndex * m_model->SwathCount() + m_band.m_swathIndex; }
     void Output_Begin();
 
     std::unique_ptr<CJobPage> m_page; // null: the output alone

@@ -168,8 +168,11 @@ std::string Point_Text(const SExplanation& explanation, const SBoardInfo& info)
     switch (point.m_area)
     {
     case EModelArea::Page:
-        return "prints row " + Number_Of(point.m_row) + ", column " + Number_Of(point.m_column) +
-               " of the page, from " + Text_Printable(unit.m_separation);
+        return "prints row " + Number_Of(point.m_row) + ", column " + Number_Of(point.m_column) + " of " +
+               (info.m_pageCount > 1 ? "page " + Number_Of(explanation.m_page) : "the page") +
+               (explanation.m_bHasPage
+                    ? ", from " + Text_Printable(BoardUnit_Separation(info, unit, explanation.m_page))
+                    : ", for which the unit has no separation, so that it is blank");
     case EModelArea::Below:
         return "is below the page: its row would be " + Number_Of(point.m_row) + ", the page's last one is " +
                Number_Of(info.m_pageHeight - 1);
@@ -218,7 +221,11 @@ std::string Value_Text(const SExplanation& explanation)
     const SModelSource& source = explanation.m_source;
     std::string text;
     const bool bSource = source.m_point.m_area == EModelArea::Page || IsStripe(source.m_point.m_area);
-    if (bSource && explanation.m_pixel)
+    if (source.m_point.m_area == EModelArea::Page && !explanation.m_bHasPage)
+    {
+        text += "; the nozzle does not fire";
+    }
+    else if (bSource && explanation.m_pixel)
     {
         const int most = (1 << source.m_pixelBitCount) - 1;
         text += std::string("; the ") + (IsStripe(source.m_point.m_area) ? "stripe" : "separation") + " has " +
@@ -268,10 +275,10 @@ std::string Bits_Text(const SExplanation& explanation, const SBoardInfo& info)
 std::string Paragraph_Make(const SExplanation& explanation, const SBoardInfo& info)
 {
     const SModelSource& source = explanation.m_source;
-    const std::string where =
-        (explanation.m_band < 0 ? "swath " : "band " + Number_Of(explanation.m_band) + " (swath ") +
-        Number_Of(explanation.m_swath) + (explanation.m_band < 0 ? " (" : ", ") +
-        Direction_Text(explanation.m_bLeftToRight) + ")";
+    const std::string where = (explanation.m_band < 0 ? "" : "band " + Number_Of(explanation.m_band) + " (") +
+                              (info.m_pageCount > 1 ? "page " + Number_Of(explanation.m_page) + ", " : "") + "swath " +
+                              Number_Of(explanation.m_swath) + (explanation.m_band < 0 ? " (" : ", ") +
+                              Direction_Text(explanation.m_bLeftToRight) + ")";
     if (source.m_nozzle < 0)
     {
         const SExplanationBit& bit = explanation.m_bits.front();
@@ -322,6 +329,11 @@ bool Bit_Found(const CBandData& band, const SModelBit& bit)
 // What is printed at the source, and what the bits are; `pixelBits`: all that the nozzle has there.
 void Values_Take(const SExplanationSource& from, SExplanation& explanation, const std::vector<SModelBit>& pixelBits)
 {
+    explanation.m_page = from.m_page;
+    if (from.m_pInk != nullptr && explanation.m_source.m_pUnit != nullptr)
+    {
+        explanation.m_bHasPage = from.m_pInk->HasPage(*explanation.m_source.m_pUnit);
+    }
     if (from.m_pInk != nullptr)
     {
         explanation.m_pixel = CPageModel::Pixel_Of(explanation.m_source, *from.m_pInk);
@@ -450,6 +462,7 @@ std::string Explanation_Json(const SExplanation& explanation, const SBoardInfo& 
     }
     const bool bPage = bNozzle && point.m_area == EModelArea::Page;
     const CJson json = {{"Band", Json_OrNull(explanation.m_band)},
+                        {"Page", explanation.m_page},
                         {"Swath", explanation.m_swath},
                         {"Direction", explanation.m_bLeftToRight ? "left-to-right" : "right-to-left"},
                         {"Position", source.m_position},
@@ -460,7 +473,9 @@ std::string Explanation_Json(const SExplanation& explanation, const SBoardInfo& 
                         {"Row", bNozzle ? Json_OrNull(point.m_row) : CJson(nullptr)},
                         {"Column", bNozzle ? Json_OrNull(point.m_column) : CJson(nullptr)},
                         {"StripePosition", bNozzle ? Json_OrNull(point.m_stripePosition) : CJson(nullptr)},
-                        {"Separation", bPage ? CJson(source.m_pUnit->m_separation) : CJson(nullptr)},
+                        {"Separation", bPage && explanation.m_bHasPage
+                                           ? CJson(BoardUnit_Separation(info, *source.m_pUnit, explanation.m_page))
+                                           : CJson(nullptr)},
                         {"Value", Json_Of(explanation.m_pixel)},
                         {"OutputValue", Json_Of(explanation.m_outputPixel)},
                         {"Bits", std::move(bits)},

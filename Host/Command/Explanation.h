@@ -29,7 +29,9 @@ struct SExplanationBit
 struct SExplanation
 {
     std::int64_t m_band = -1; // running number in the output; -1: the swath is blank and has no band
-    int m_swath = 0;
+    int m_page = 0;           // of the job, from 0
+    int m_swath = 0;          // of the page
+    bool m_bHasPage = true;   // the unit has a separation on the page, as far as that is known
     bool m_bLeftToRight = true;
     SModelSource m_source; // of the nozzle; of the bit if one was asked for
     std::vector<SExplanationBit> m_bits;
@@ -49,6 +51,7 @@ struct SExplanationSource
     const CPageModel& m_model;
     const CModelInk* m_pInk = nullptr;
     const CBandData* m_pBand = nullptr;
+    int m_page = 0; // that the swath is of
 };
 
 // A nozzle at a scan position; `band` is -1 if the swath has none. The nozzle and the position exist.

@@ -186,7 +186,8 @@ std::string Board_Text(const SBoardInfo& info)
         text << "line: " << info.m_lineBits << " bits; " << info.m_linesPerPosition
              << (info.m_linesPerPosition == 1 ? " line" : " lines") << " per scan position"
              << (info.m_dotSizeMode.empty() ? "" : "; drop size " + info.m_dotSizeMode) << '\n'
-             << "page: " << info.m_pageWidth << " x " << info.m_pageHeight << " pixels";
+             << (info.m_pageCount > 1 ? "pages: " + std::to_string(info.m_pageCount) + " of " : "page: ")
+             << info.m_pageWidth << " x " << info.m_pageHeight << " pixels";
         if (info.m_xResolution > 0 && info.m_yResolution > 0)
         {
             text << " at " << info.m_xResolution << " x " << info.m_yResolution << " per inch";
@@ -195,15 +196,28 @@ std::string Board_Text(const SBoardInfo& info)
              << std::max(info.m_maxOffset_1, info.m_maxOffset_2) << "; "
              << (info.m_bBidirectional ? "bidirectional" : "left to right only")
              << (info.m_bSkipBlank ? ", blank swaths left out" : "") << "; stage " << info.m_stage << '\n';
+        if (info.IsPart())
+        {
+            text << "part: bands " << info.m_partFirst << " to " << info.m_partLast << " of " << info.StepCount()
+                 << "; boardmap join puts parts together\n";
+        }
     }
     return text.str();
 }
 
-std::string Unit_Text(const SBoardUnitInfo& unit)
+// The file of the first page, and of the last one.
+std::string Separation_Text(const SBoardInfo& info, const SBoardUnitInfo& unit)
+{
+    const std::string first = BoardUnit_Separation(info, unit, 0);
+    const bool bMany = info.m_pageCount > 1 && info.m_pageNames == g_pageNames_Pattern;
+    return bMany ? first + " to " + BoardUnit_Separation(info, unit, info.m_pageCount - 1) : first;
+}
+
+std::string Unit_Text(const SBoardInfo& info, const SBoardUnitInfo& unit)
 {
     std::string text =
         "unit " + std::to_string(unit.m_unitId) + (unit.m_name.empty() ? "" : " (" + Text_Printable(unit.m_name) + ")");
-    text += unit.m_separation.empty() ? "" : ", prints " + Text_Printable(unit.m_separation);
+    text += unit.m_separation.empty() ? "" : ", prints " + Text_Printable(Separation_Text(info, unit));
     return text + (unit.m_stripeColor.empty() ? "" : ", stripes " + unit.m_stripeColor);
 }
 
@@ -216,8 +230,9 @@ std::string Band_Text(std::size_t number, const SBandReport& band, const SOutput
     {
         text << "m_bandNo " << header.m_bandNo << ", ";
     }
-    text << "swath " << header.m_swathIndex << ", " << (band.m_pass.m_bLeftToRight ? "left to right" : "right to left")
-         << ", rows " << header.m_firstRow << " to " << std::int64_t{header.m_firstRow} + header.m_rowCount - 1 << ", "
+    text << (report.m_info.m_pageCount > 1 ? "page " + std::to_string(header.m_pageIndex) + ", " : "") << "swath "
+         << header.m_swathIndex << ", " << (band.m_pass.m_bLeftToRight ? "left to right" : "right to left") << ", rows "
+         << header.m_firstRow << " to " << std::int64_t{header.m_firstRow} + header.m_rowCount - 1 << ", "
          << band.m_height << " lines of " << band.m_width << " bits" << (header.m_bSkip ? ", m_bSkip" : "");
     if (!band.m_dots)
     {
@@ -255,7 +270,7 @@ std::string Report_Text(const SOutputReport& report)
              << Board_Text(info);
         for (std::size_t i = 0; i < info.m_units.size(); ++i)
         {
-            text << Unit_Text(info.m_units[i])
+            text << Unit_Text(info, info.m_units[i])
                  << (report.m_dots.empty() ? "" : ": " + Dots_Text(report.m_dots[i], report) + " dots") << '\n';
         }
         for (std::size_t i = 0; i < report.m_bands.size(); ++i)

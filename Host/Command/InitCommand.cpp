@@ -8,12 +8,14 @@
 #include "Host/Job/JobNames.h"
 #include "Host/Job/JobReader.h"
 #include "Host/Output/ByteSink.h"
+#include "Host/PageName.h"
 #include "Host/PathText.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <numeric>
 #include <optional>
 #include <system_error>
 
@@ -89,16 +91,34 @@ std::string Name_InJob(const std::string& file, const fs::path& jobFile)
     return {text.begin(), text.end()};
 }
 
-std::vector<SDraftFile> Files_Make(const std::vector<SSeparationInfo>& infos, const fs::path& jobFile)
+// One entry for each ink; of several pages it has the pattern of their names.
+std::vector<SDraftFile> Files_Make(const std::vector<SSeparationInfo>& infos, const fs::path& jobFile,
+                                   std::optional<SDraftPages>& draftPages)
 {
+    std::vector<std::string> jobNames;
+    std::ranges::transform(infos, std::back_inserter(jobNames),
+                           [&](const SSeparationInfo& info) { return Name_InJob(info.path, jobFile); });
+    std::vector<std::size_t> places(infos.size()); // of the files that stand for their inks
+    std::iota(places.begin(), places.end(), std::size_t{0});
+    if (const std::optional<SPageNames> pages = Pages_FromNames(jobNames))
+    {
+        draftPages = pages->m_pages;
+        jobNames = pages->m_patterns;
+        places = pages->m_files;
+    }
+    // The names of one page: what differs between them is their inks'.
     std::vector<std::string> names;
-    std::ranges::transform(infos, std::back_inserter(names),
-                           [](const SSeparationInfo& info) { return Path_Text(Path_FromText(info.path).filename()); });
+    std::ranges::transform(jobNames, std::back_inserter(names),
+                           [&](const std::string& name)
+                           {
+                               const std::string page = draftPages ? PageName_Make(name, draftPages->m_first) : name;
+                               return Path_Text(Path_FromText(page).filename());
+                           });
     const std::vector<std::string> inks = Inks_FromNames(names);
     std::vector<SDraftFile> files;
-    for (std::size_t i = 0; i < infos.size(); ++i)
+    for (std::size_t i = 0; i < places.size(); ++i)
     {
-        files.push_back({Name_InJob(infos[i].path, jobFile), inks[i], infos[i]});
+        files.push_back({jobNames[i], inks[i], infos[places[i]]});
     }
     std::ranges::stable_sort(files, {}, [](const SDraftFile& file) { return Ink_Order(file.m_ink); });
     return files;
@@ -110,9 +130,12 @@ void Draft_Check(const fs::path& file, const std::string& text, const std::vecto
     CMistakeList found;
     SJob job = JobText_Parse(file, text, found);
     Job_Check(job, found);
-    std::vector<std::optional<SSeparationInfo>> infos;
-    std::ranges::transform(files, std::back_inserter(infos), &SDraftFile::m_info);
-    Job_CheckSeparations(job, infos, found);
+    std::vector<SUnitSeparation> separations;
+    for (std::size_t i = 0; i < job.m_units.size() && i < files.size(); ++i)
+    {
+        separations.push_back({&job.m_units[i], 0, files[i].m_info});
+    }
+    Job_CheckSeparations(job, separations, found);
     CMistakeList mistakes;
     for (SMistake mistake : found.All())
     {
@@ -176,8 +199,8 @@ int Init_Run(const CArguments& arguments)
     {
         Output_Check(output, names, arguments.Flag_Get("force"));
     }
-    const std::vector<SDraftFile> files = Files_Make(Infos_Get(names), output);
     SDraftOptions options;
+    const std::vector<SDraftFile> files = Files_Make(Infos_Get(names), output, options.m_pages);
     const std::size_t style = static_cast<std::size_t>(arguments.Number_Get("style").value_or(-1) + 1);
     options.m_map = style == 0 ? EMapClass::Map_5 : MapClasses()[style - 1].m_class;
     options.m_nozzles = static_cast<int>(arguments.Number_Get("nozzles").value_or(options.m_nozzles));
@@ -241,7 +264,7 @@ const SCommand& Command_Init()
                        .m_most = mostNozzles},
                       {.m_names = "--one-way", .m_help = "Print from left to right only. Default: in both directions"},
                       {.m_names = "--force", .m_help = "Replace a job file that is there"}},
-        .m_examples = {{"boardmap init page*.tif -o page.toml", "a job for the separations of a page"},
+        .m_examples = {{"boardmap init page*.tif -o page.toml", "a job for the separations of a page, or of several"},
                        {"boardmap init page*.tif --style 6 -o -", "for boards of style 6, on standard output"}},
         .m_pRun = &Init_Run,
     };

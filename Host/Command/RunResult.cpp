@@ -40,8 +40,16 @@ std::string RunResult_Text(const SRunResult& result)
     const double rate = result.m_seconds > 0 ? static_cast<double>(result.m_bytes) / result.m_seconds : 0;
     CTextStream text;
     text.precision(3);
-    text << Name_Shown(result.m_output) << ": " << result.m_bands << (result.m_bands == 1 ? " band, " : " bands, ")
-         << result.m_lines << " lines, " << result.m_bytes << " bytes of board data\n"
+    text << Name_Shown(result.m_output) << ": " << result.m_bands << (result.m_bands == 1 ? " band" : " bands");
+    if (result.m_bPart)
+    {
+        text << " (of the job's " << result.m_firstStep << " to " << result.m_lastStep << ')';
+    }
+    if (result.m_pages > 1)
+    {
+        text << (result.m_bPart ? " of a job of " : " of ") << result.m_pages << " pages";
+    }
+    text << ", " << result.m_lines << " lines, " << result.m_bytes << " bytes of board data\n"
          << "  " << result.m_seconds << " s, " << ByteText_Make(rate) << "/s; the stage was mapping for "
          << result.m_mappingSeconds << " s\n  stalls: " << result.m_inputStalls << " on input ("
          << result.m_inputStallSeconds << " s), " << result.m_outputStalls << " on output ("
@@ -54,6 +62,9 @@ std::string RunResult_Json(const SRunResult& result)
 {
     return Json_Text({{"Output", result.m_output},
                       {"Format", result.m_format},
+                      {"Pages", result.m_pages},
+                      {"FirstBand", result.m_firstStep},
+                      {"LastBand", result.m_lastStep},
                       {"Bands", result.m_bands},
                       {"Lines", result.m_lines},
                       {"Bytes", result.m_bytes},

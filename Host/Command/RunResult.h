@@ -9,8 +9,12 @@
 
 struct SRunResult
 {
-    std::string m_output; // as the user named it, UTF-8
-    std::string m_format; // "tiff", "raw"
+    std::string m_output;     // as the user named it, UTF-8
+    std::string m_format;     // "tiff", "raw"
+    std::int64_t m_pages = 1; // of the job
+    bool m_bPart = false;     // of the job's bands only those from m_firstStep to m_lastStep
+    std::int64_t m_firstStep = 0;
+    std::int64_t m_lastStep = 0;
     std::int64_t m_bands = 0;
     std::int64_t m_lines = 0;
     std::int64_t m_bytes = 0; // of board data

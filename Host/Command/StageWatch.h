@@ -11,14 +11,18 @@
 #pragma once
 
 #include "DataMap/PrintUnitDataMap_Base.h"
+#include "Host/Input/SeparationProducer.h"
+#include "Host/Trace.h"
 #include "KelCommon/KelWait.h"
 #include "Platform/BandData/BandData.h"
+#include "Platform/DataProcess/BandDataFIFO_S.h"
 #include "Platform/GlobalConfig/DPConfig.h"
 #include "Unit2Board/Unit2Board.h"
 #include "UnitData2BoardData/UnitData2BoardData_AllUnit_2.h"
 #include "UnitData2BoardData/UnitData2BoardData_Base.h"
 #include "UnitData2BoardData/UnitData2BoardData_S_AllUnit.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <exception>
@@ -29,12 +33,25 @@
 
 class CFailureRecords;
 
+// What of a stage is drawn, if anything.
+struct SStageTrace
+{
+    STraceTrack m_track;
+    STraceQueue m_output;
+    STraceQueue m_bandSets;                  // of the one-FIFO stage
+    const CUnitBandFIFO* m_pFirst = nullptr; // the input that is waited for first; not of the one-FIFO stage
+};
+
 class CStageWatch
 {
 public:
     explicit CStageWatch(const CFailureRecords& records) : m_pRecords(&records) {}
     CStageWatch(const CStageWatch&) = delete;
     CStageWatch& operator=(const CStageWatch&) = delete;
+
+    // Before the stage is made.
+    void Trace_Set(const SStageTrace& trace) { m_trace = trace; }
+    const SStageTrace& Trace_Get() const { return m_trace; }
 
     // The stage's thread.
     void State_Set(int state, int bandCount);
@@ -56,6 +73,7 @@ public:
 
 private:
     const CFailureRecords* m_pRecords;
+    SStageTrace m_trace;
     std::atomic<int> m_state{0};
     std::atomic<int> m_bandCount{0};
     std::atomic<bool> m_bConverter{false};
@@ -92,6 +110,11 @@ protected:
         }
     }
 
+    bool GetInputData() override
+    {
+        return m_pWatch->Trace_Get().m_track.IsOn() ? Input_Trace() : TStage::GetInputData();
+    }
+
     bool AllocateOutputBuffer() override
     {
         if (!this->m_pInputElements->empty())
@@ -109,6 +132,28 @@ protected:
 
     bool GenerateBandData() override
     {
+        const SStageTrace& trace = m_pWatch->Trace_Get();
+        const CTrace::CTime begin = trace.m_track.Now();
+        const bool bMapped = Band_Map();
+        if (bMapped && trace.m_track.IsOn())
+        {
+            const CBandData& first = *this->m_pInputElements->front().band;
+            trace.m_track.Span_Add("map", begin,
+                                   {{"band", this->m_outputBandNo},
+                                    {"page", first.m_pageIndex},
+                                    {"swath", first.m_swathIndex},
+                                    {"lines", this->m_pOutputBand->m_height},
+                                    {"bytes", this->m_pOutputBand->m_dataSize}});
+            trace.m_output.Change(1); // before it can be taken
+        }
+        return bMapped;
+    }
+
+private:
+    static constexpr unsigned lookMs = 50; // how often it looks after the converter
+
+    bool Band_Map()
+    {
         if constexpr (std::is_base_of_v<CUnitData2BoardData_S_AllUnit, TStage>)
         {
             m_pWatch->Converter_Set(true);
@@ -122,8 +167,43 @@ protected:
         }
     }
 
-private:
-    static constexpr unsigned lookMs = 50; // how often it looks after the converter
+    // The input queues draw the waits for them. That for room in the output comes before the input is taken: behind the
+    // wait for the first band, or of the one-FIFO stage before all else.
+    bool Input_Trace()
+    {
+        constexpr bool bOneFIFO = std::is_base_of_v<CUnitData2BoardData_AllUnit_2, TStage>;
+        const SStageTrace& trace = m_pWatch->Trace_Get();
+        const CTrace::CTime begin = CTrace::Now();
+        const auto before = this->m_pOutputFIFO->ProducerStall_Get();
+        bool bSetThere = true;
+        if constexpr (bOneFIFO)
+        {
+            bSetThere = this->m_pInputBufferFIFO->HasDataEvent().Wait(0, 0);
+        }
+        const bool bGoOn = TStage::GetInputData();
+        const auto after = this->m_pOutputFIFO->ProducerStall_Get();
+        CTrace::CTime end = begin;
+        if (after.m_count != before.m_count)
+        {
+            const CTrace::CTime from =
+                trace.m_pFirst == nullptr ? begin : std::max(begin, trace.m_pFirst->WaitEnd_Get());
+            end = from + (after.m_duration - before.m_duration);
+            trace.m_track.Stall_Add(trace.m_output, from, end);
+        }
+        if constexpr (bOneFIFO)
+        {
+            const bool bWaited = !bSetThere && after.m_count == before.m_count;
+            if (bWaited)
+            {
+                trace.m_track.Stall_Add(trace.m_bandSets, end, CTrace::Now());
+            }
+            if (!this->m_pInputElements->empty())
+            {
+                trace.m_bandSets.Change(-1);
+            }
+        }
+        return bGoOn;
+    }
 
     bool Converter_Run()
     {

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <chrono>
 #include <limits>
 #include <utility>
@@ -53,38 +52,6 @@ bool Key_IsCompared(const std::string& key, int version)
 
 } // namespace
 
-SBandRange BandRange_Parse(const std::string& text)
-{
-    const auto Number = [&](const std::string& part, std::int64_t otherwise)
-    {
-        std::int64_t number = otherwise;
-        const char* pEnd = part.data() + part.size();
-        const auto parsed = std::from_chars(part.data(), pEnd, number);
-        if (!part.empty() && (parsed.ec != std::errc() || parsed.ptr != pEnd || number < 0))
-        {
-            throw CInputError("--bands: \"" + text + "\" is no range of bands; A..B, A.., ..B or A, from 0");
-        }
-        return number;
-    };
-    const auto dots = text.find("..");
-    SBandRange range;
-    if (dots == std::string::npos)
-    {
-        range.m_first = Number(text, -1);
-        range.m_last = range.m_first;
-    }
-    else
-    {
-        range.m_first = Number(text.substr(0, dots), 0);
-        range.m_last = Number(text.substr(dots + 2), -1);
-    }
-    if (range.m_first < 0 || (range.m_last >= 0 && range.m_last < range.m_first))
-    {
-        throw CInputError("--bands: \"" + text + "\" has no band; A..B counts from 0, and B is not below A");
-    }
-    return range;
-}
-
 CVerification::CVerification(const CJobPage& page, CBoardReader& reader, SBandRange range, std::size_t mostBits,
                              std::function<bool(std::int64_t bands, std::int64_t bytes)> onProgress)
     : m_reader(reader),
@@ -102,30 +69,39 @@ CVerification::CVerification(const CJobPage& page, CBoardReader& reader, SBandRa
 SVerifyResult CVerification::Run()
 {
     const auto begin = std::chrono::steady_clock::now();
-    if (m_range.m_first >= m_model.SwathCount())
-    {
-        throw CInputError("--bands: the job has " + std::to_string(m_model.SwathCount()) + " bands, from 0 on");
-    }
     Info_Compare();
+    const SBoardInfo& found = m_reader.BoardInfo();
+    m_stepEnd = m_info.StepCount();
+    if (found.IsPart() && found.m_partLast < m_stepEnd)
+    {
+        m_step = found.m_partFirst;
+        m_stepEnd = found.m_partLast + 1;
+    }
+    if (m_range.m_first >= m_stepEnd - m_step)
+    {
+        throw CInputError(std::string("--bands: the ") + (found.IsPart() ? "part" : "job") + " has " +
+                          std::to_string(m_stepEnd - m_step) + " bands, from 0 on");
+    }
     while (!m_result.m_bInterrupted && !IsBehind() && Band_Next())
     {
     }
     if (!m_result.m_bInterrupted && !IsBehind())
     {
         m_bandPlace.clear();
-        Swaths_Miss(m_model.SwathCount());
+        Steps_Miss(m_stepEnd);
     }
     m_result.m_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     return std::move(m_result);
 }
 
-SDifference& CVerification::Add(const std::string& kind, int swath, const std::string& what)
+SDifference& CVerification::Add(const std::string& kind, std::int64_t step, const std::string& what)
 {
     ++m_result.m_differenceCount;
     SDifference difference;
     difference.m_kind = kind;
-    difference.m_swath = swath;
-    difference.m_band = swath < 0 ? -1 : m_bandNo;
+    difference.m_page = step < 0 ? -1 : Page_Of(step);
+    difference.m_swath = step < 0 ? -1 : Swath_Of(step);
+    difference.m_band = step < 0 ? -1 : m_bandNo;
     difference.m_place = kind == "info" || kind == "missing" ? "" : m_bandPlace;
     difference.m_what = what;
     if (m_result.m_differences.size() >= mostDifferences)
@@ -154,6 +130,13 @@ void CVerification::Info_Compare()
         else if (found[key] != value)
         {
             Add("info", -1, "the board info's " + Unequal_Text(name, found[key].dump(), value.dump()));
+        }
+    }
+    for (const auto& [key, value] : found.items())
+    {
+        if (key.starts_with("/Pages/") && !expected.contains(key))
+        {
+            Add("info", -1, "the board info has " + key.substr(1) + " " + value.dump() + "; the job has one page");
         }
     }
     if (foundInfo.m_units.size() > m_info.m_units.size())
@@ -187,34 +170,60 @@ bool CVerification::Band_Next()
     return true;
 }
 
-bool CVerification::IsSkipped(int swath)
+bool CVerification::IsSkipped(std::int64_t step)
 {
     if (!m_info.m_bSkipBlank)
     {
         return false;
     }
-    m_ink.Swath_Read(swath);
-    return m_model.IsSkipped(swath, m_ink);
+    Ink_Read(step);
+    return m_model.IsSkipped(Swath_Of(step), m_ink);
+}
+
+std::string CVerification::Step_Text(std::int64_t step) const
+{
+    if (m_model.PageCount() == 1)
+    {
+        return "swath " + std::to_string(step);
+    }
+    return "page " + std::to_string(Page_Of(step)) + ", swath " + std::to_string(Swath_Of(step));
+}
+
+// A page that contradicts the band's number, which fits all else, is the wrong word of the two.
+std::int64_t CVerification::Page_Guess() const
+{
+    const std::int64_t swaths = m_model.SwathCount();
+    const std::int64_t byNumber = m_reader.BoardInfo().FirstStep() + m_band.m_bandNo;
+    const bool bNumber = !m_info.m_bSkipBlank && m_band.m_bandNo >= 0 && byNumber % swaths == m_band.m_swathIndex &&
+                         byNumber < m_info.StepCount();
+    if (m_model.PageCount() == 1 || bNumber)
+    {
+        return m_model.PageCount() == 1 ? 0 : byNumber / swaths;
+    }
+    return m_band.m_pageIndex >= 0 && m_band.m_pageIndex < m_model.PageCount() ? m_band.m_pageIndex : m_step / swaths;
 }
 
 // A header with one wrong word is still known by the others; without any that agree, the band is the next one.
-int CVerification::Swath_Guess() const
+std::int64_t CVerification::Step_Guess() const
 {
+    const std::int64_t before = Page_Guess() * m_model.SwathCount(); // swaths of the pages before
     const std::int64_t byIndex = m_band.m_swathIndex;
     const std::int64_t byRow =
         m_band.m_firstRow % m_info.m_nozzles == 0 ? m_band.m_firstRow / m_info.m_nozzles : std::int64_t{-1};
-    const std::int64_t byNumber = m_info.m_bSkipBlank ? m_swath : m_band.m_bandNo;
+    const std::int64_t byNumber =
+        (m_info.m_bSkipBlank ? m_step : m_reader.BoardInfo().FirstStep() + m_band.m_bandNo) - before;
     const bool bIndex = byIndex == byRow || (byIndex == byNumber && !m_info.m_bSkipBlank);
-    const std::int64_t swath = bIndex ? byIndex : byRow == byNumber ? byRow : m_swath;
-    const bool bUsable = swath >= 0 && swath <= std::numeric_limits<int>::max();
-    return bUsable ? static_cast<int>(swath) : m_swath;
+    const std::int64_t swath = bIndex ? byIndex : byRow == byNumber ? byRow : m_step - before;
+    const std::int64_t step = before + swath;
+    const bool bUsable = step >= 0 && step <= std::numeric_limits<int>::max();
+    return bUsable ? step : m_step;
 }
 
-bool CVerification::Swaths_Miss(int swath)
+bool CVerification::Steps_Miss(std::int64_t step)
 {
-    for (; m_swath < swath; ++m_swath)
+    for (; m_step < step; ++m_step)
     {
-        if (IsSkipped(m_swath))
+        if (IsSkipped(m_step))
         {
             continue;
         }
@@ -224,7 +233,7 @@ bool CVerification::Swaths_Miss(int swath)
         }
         if (m_range.Has(m_bandNo))
         {
-            Add("missing", m_swath, "this band is missing");
+            Add("missing", m_step, "this band is missing");
         }
         ++m_bandNo;
     }
@@ -233,56 +242,56 @@ bool CVerification::Swaths_Miss(int swath)
 
 void CVerification::Band_Take()
 {
-    const int swath = Swath_Guess();
-    if (swath >= m_model.SwathCount())
+    const std::int64_t step = Step_Guess();
+    if (step >= m_stepEnd)
     {
         Add("extra", -1,
-            "there is a band of swath " + std::to_string(swath) + "; the page has " +
-                std::to_string(m_model.SwathCount()) + " swaths");
+            "there is a band of " + Step_Text(step) + "; the " +
+                (m_reader.BoardInfo().IsPart() ? "part ends with " + Step_Text(m_stepEnd - 1)
+                 : m_model.PageCount() > 1     ? "last page of the job is " + std::to_string(m_model.PageCount() - 1)
+                                               : "page has " + std::to_string(m_model.SwathCount()) + " swaths"));
         return;
     }
-    if (swath < m_swath)
+    if (step < m_step)
     {
         Add("order", -1,
-            "there is a band of swath " + std::to_string(swath) +
-                ", which stands twice or too late; its bits were not compared");
+            "there is a band of " + Step_Text(step) + ", which stands twice or too late; its bits were not compared");
         return;
     }
-    if (!Swaths_Miss(swath) || IsBehind())
+    if (!Steps_Miss(step) || IsBehind())
     {
         return;
     }
-    if (IsSkipped(swath))
+    if (IsSkipped(step))
     {
-        Add("extra", -1,
-            "there is a band of swath " + std::to_string(swath) + ", which has no ink and is left out with SkipBlank");
-        ++m_swath;
+        Add("extra", -1, "there is a band of " + Step_Text(step) + ", which has no ink and is left out with SkipBlank");
+        ++m_step;
         return;
     }
     if (m_range.Has(m_bandNo))
     {
-        m_ink.Swath_Read(swath);
-        Band_Compare(swath);
+        Ink_Read(step);
+        Band_Compare(step);
         ++m_result.m_bands;
         m_result.m_lines += m_band.m_height;
         m_result.m_bytes += m_band.m_dataSize;
     }
-    ++m_swath;
+    ++m_step;
     ++m_bandNo;
     m_result.m_bInterrupted = m_result.m_bInterrupted || !m_onProgress(m_result.m_bands, m_result.m_bytes);
 }
 
-void CVerification::Band_Compare(int swath)
+void CVerification::Band_Compare(std::int64_t step)
 {
-    Header_Compare(swath);
+    Header_Compare(step);
     if (m_reader.BoardInfo().m_version > 1)
     {
-        Pass_Compare(swath);
+        Pass_Compare(step);
     }
-    const int lineCount = m_model.LineCount(m_model.IsLeftToRight(swath));
+    const int lineCount = m_model.LineCount(m_model.IsLeftToRight(Swath_Of(step)));
     if (m_band.m_width != m_model.LineBits() || m_band.m_bitsPerPixel != 1)
     {
-        Add("size", swath,
+        Add("size", step,
             Unequal_Text("the line's length", std::to_string(m_band.m_width) + " bits",
                          std::to_string(m_model.LineBits())) +
                 "; its bits were not compared");
@@ -290,61 +299,61 @@ void CVerification::Band_Compare(int swath)
     }
     if (m_band.m_bytesPerLine != m_model.LineBytes())
     {
-        Add("size", swath,
+        Add("size", step,
             Unequal_Text("the number of bytes of a line", std::to_string(m_band.m_bytesPerLine),
                          std::to_string(m_model.LineBytes())));
     }
     if (m_band.m_height != lineCount)
     {
-        Add("size", swath,
+        Add("size", step,
             Unequal_Text("the number of lines", std::to_string(m_band.m_height), std::to_string(lineCount)));
     }
-    Bits_Compare(swath);
+    Bits_Compare(step);
 }
 
-void CVerification::Header_Compare(int swath)
+void CVerification::Header_Compare(std::int64_t step)
 {
-    const SBandHeader expected = m_model.Header_Get(swath, m_bandNo, m_ink);
+    const SBandHeader expected = m_model.Header_Get(Swath_Of(step), m_bandNo, m_ink, Page_Of(step));
     for (const SBandHeaderWord& word : g_bandHeaderWords)
     {
         if (m_band.*word.m_pWord != expected.*word.m_pWord)
         {
-            Add("header", swath,
+            Add("header", step,
                 Unequal_Text(std::string(word.m_name), std::to_string(m_band.*word.m_pWord),
                              std::to_string(expected.*word.m_pWord)));
         }
     }
     if (m_band.m_bSkip != expected.m_bSkip)
     {
-        Add("header", swath,
+        Add("header", step,
             Unequal_Text("m_bSkip", m_band.m_bSkip ? "true" : "false", expected.m_bSkip ? "true" : "false"));
     }
 }
 
-void CVerification::Pass_Compare(int swath)
+void CVerification::Pass_Compare(std::int64_t step)
 {
-    const SBoardPass expected = m_model.Pass_Get(swath);
+    const SBoardPass expected = m_model.Pass_Get(Swath_Of(step));
     for (const SPassWord& word : passWords)
     {
         if (m_pass.*word.m_pWord != expected.*word.m_pWord)
         {
-            Add("pass", swath,
+            Add("pass", step,
                 Unequal_Text(word.m_pName, std::to_string(m_pass.*word.m_pWord),
                              std::to_string(expected.*word.m_pWord)));
         }
     }
     if (m_pass.m_bLeftToRight != expected.m_bLeftToRight && m_pass.m_columnStep == expected.m_columnStep)
     {
-        Add("pass", swath, "Direction and ColumnStep contradict each other");
+        Add("pass", step, "Direction and ColumnStep contradict each other");
     }
     if (const bool bBlank = Band_IsBlank(m_band); m_pass.m_bBlank != bBlank)
     {
-        Add("pass", swath,
+        Add("pass", step,
             std::string("Blank is ") + (bBlank ? "false; not a bit of the band is set" : "true; the band has ink"));
     }
 }
 
-void CVerification::Bits_Compare(int swath)
+void CVerification::Bits_Compare(std::int64_t step)
 {
     const auto GoOn = [&]
     {
@@ -352,7 +361,8 @@ void CVerification::Bits_Compare(int swath)
         m_result.m_bInterrupted = m_result.m_bInterrupted || !bGoOn;
         return bGoOn;
     };
-    SBandDifference bits = m_comparison.Compare(swath, m_band, m_ink, std::min(m_mostBits, mostBandBits), GoOn);
+    SBandDifference bits =
+        m_comparison.Compare(Swath_Of(step), m_band, m_ink, std::min(m_mostBits, mostBandBits), GoOn);
     if (bits.m_count == 0 || m_result.m_bInterrupted)
     {
         return;
@@ -360,21 +370,22 @@ void CVerification::Bits_Compare(int swath)
     if (m_patternBands > 0)
     {
         --m_patternBands;
-        m_comparison.Patterns_Find(swath, m_band, m_ink, bits);
+        m_comparison.Patterns_Find(Swath_Of(step), m_band, m_ink, bits);
     }
     m_mostBits -= bits.m_first.size();
     m_result.m_bitDifferences += bits.m_count;
     SDifference& difference =
-        Add("bits", swath, bits.m_count == 1 ? "1 bit differs" : std::to_string(bits.m_count) + " bits differ");
+        Add("bits", step, bits.m_count == 1 ? "1 bit differs" : std::to_string(bits.m_count) + " bits differ");
     for (const SBitDifference& bit : bits.m_first)
     {
-        difference.m_first.push_back(Bit_Report(swath, bit.m_bit));
+        difference.m_first.push_back(Bit_Report(step, bit.m_bit));
     }
     difference.m_bits = std::move(bits);
 }
 
-SBitReport CVerification::Bit_Report(int swath, const SModelBit& bit) const
+SBitReport CVerification::Bit_Report(std::int64_t step, const SModelBit& bit) const
 {
-    const SExplanation explanation = Bit_Explain({m_model, &m_ink, &m_band}, swath, m_bandNo, bit);
+    const SExplanation explanation =
+        Bit_Explain({m_model, &m_ink, &m_band, Page_Of(step)}, Swath_Of(step), m_bandNo, bit);
     return {Explanation_Text(explanation, m_info), Explanation_Json(explanation, m_info)};
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Host/Board/BoardReader.h"
+#include "Host/Command/BandRange.h"
 #include "Host/Job/JobPage.h"
 #include "Host/Model/BandComparison.h"
 #include "Host/Model/PageInk.h"
@@ -26,7 +27,8 @@ struct SDifference
 {
     std::string m_kind; // "info", "damage", "missing", "extra", "order", "size", "header", "pass", "bits"
     int m_band = -1;    // number of the band that should stand there; -1: none
-    int m_swath = -1;
+    int m_page = -1;
+    int m_swath = -1;    // of the page
     std::string m_place; // in the output: "page 3", "byte 4711"; empty: none
     std::string m_what;
 
@@ -34,18 +36,6 @@ struct SDifference
     SBandDifference m_bits;
     std::vector<SBitReport> m_first;
 };
-
-struct SBandRange
-{
-    std::int64_t m_first = 0;
-    std::int64_t m_last = -1; // -1: to the end
-
-    bool IsAll() const { return m_first == 0 && m_last < 0; }
-    bool Has(std::int64_t band) const { return band >= m_first && (m_last < 0 || band <= m_last); }
-};
-
-// "3", "3..5", "3..", "..5". Throws CInputError for anything else.
-SBandRange BandRange_Parse(const std::string& text);
 
 struct SVerifyResult
 {
@@ -72,17 +62,24 @@ public:
 
 private:
     void Info_Compare();
-    bool Band_Next();             // false behind the last one
-    void Band_Take();             // the band that was read
-    int Swath_Guess() const;      // whose band it is
-    bool Swaths_Miss(int swath);  // up to this one; false if the range ends before
-    void Band_Compare(int swath); // with the swath's ink read
-    void Header_Compare(int swath);
-    void Pass_Compare(int swath);
-    void Bits_Compare(int swath);
-    SBitReport Bit_Report(int swath, const SModelBit& bit) const;
-    SDifference& Add(const std::string& kind, int swath, const std::string& what);
-    bool IsSkipped(int swath);
+    bool Band_Next(); // false behind the last one
+    void Band_Take(); // the band that was read
+
+    // A step is a swath, counted over all pages of the job.
+    std::int64_t Step_Guess() const;      // whose band it is
+    std::int64_t Page_Guess() const;      // of the band
+    bool Steps_Miss(std::int64_t step);   // up to this one; false if the range ends before
+    void Band_Compare(std::int64_t step); // with the step's ink read
+    void Header_Compare(std::int64_t step);
+    void Pass_Compare(std::int64_t step);
+    void Bits_Compare(std::int64_t step);
+    SBitReport Bit_Report(std::int64_t step, const SModelBit& bit) const;
+    SDifference& Add(const std::string& kind, std::int64_t step, const std::string& what);
+    std::string Step_Text(std::int64_t step) const; // "swath 3", "page 1, swath 3"
+    void Ink_Read(std::int64_t step) { m_ink.Swath_Read(Swath_Of(step), Page_Of(step)); }
+    bool IsSkipped(std::int64_t step);
+    int Swath_Of(std::int64_t step) const { return static_cast<int>(step % m_model.SwathCount()); }
+    int Page_Of(std::int64_t step) const { return static_cast<int>(step / m_model.SwathCount()); }
     bool IsBehind() const { return m_range.m_last >= 0 && m_bandNo > m_range.m_last; }
 
     CBoardReader& m_reader;
@@ -99,6 +96,7 @@ private:
     CBandData m_band;
     SBoardPass m_pass;
     std::string m_bandPlace;
-    int m_swath = 0;  // whose band comes next
-    int m_bandNo = 0; // its number
+    std::int64_t m_step = 0;    // whose band comes next
+    std::int64_t m_stepEnd = 0; // behind the last of the output
+    int m_bandNo = 0;           // its number
 };

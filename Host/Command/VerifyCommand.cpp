@@ -61,7 +61,11 @@ std::string Difference_Text(const SDifference& difference, const SBoardInfo& inf
 {
     CTextStream text;
     text << (difference.m_band >= 0 ? "band " + std::to_string(difference.m_band) : "");
-    if (difference.m_swath >= 0 && difference.m_swath != difference.m_band)
+    if (difference.m_page >= 0 && info.m_pageCount > 1)
+    {
+        text << ", page " << difference.m_page;
+    }
+    if (difference.m_swath >= 0 && (difference.m_swath != difference.m_band || info.m_pageCount > 1))
     {
         text << ", swath " << difference.m_swath;
     }
@@ -128,6 +132,7 @@ CJson Difference_ToJson(const SDifference& difference)
     if (difference.m_band >= 0)
     {
         json["Band"] = difference.m_band;
+        json["Page"] = difference.m_page;
         json["Swath"] = difference.m_swath;
     }
     if (!difference.m_place.empty())
@@ -185,8 +190,9 @@ int Verify_Run(const CArguments& arguments)
         std::cerr << Text_Shown(Mistake_Text(warning)) << '\n' << std::flush;
     }
     const auto reader = CBoardReader::Open(Path_FromText(outputName));
-    const std::int64_t swathCount = page.Geometry().m_swathCount;
-    const std::int64_t last = range.m_last < 0 ? swathCount - 1 : std::min(range.m_last, swathCount - 1);
+    const SBoardInfo& info = reader->BoardInfo();
+    const std::int64_t count = info.IsPart() ? info.m_partLast - info.m_partFirst + 1 : page.StepCount();
+    const std::int64_t last = range.Last_Get(count);
     const auto mostBits = static_cast<std::size_t>(arguments.Number_Get("first").value_or(usualBits));
     SVerifyResult result;
     {

@@ -56,10 +56,30 @@ std::unique_ptr<CBandData> Band_Create(const SUnitBandSize& size, int alignBytes
 
 } // namespace
 
+void CUnitBandFIFO::Trace_Set(const STraceTrack& consumer, const STraceQueue& queue)
+{
+    m_consumer = consumer;
+    m_queue = queue;
+}
+
+bool CUnitBandFIFO::Full_WaitForOut(unsigned long timeoutMs)
+{
+    const bool bFound = m_consumer.Stall_Watch(
+        m_queue, [&] { return CBandDataFIFO::Full_WaitForOut(timeoutMs); },
+        [&] { return ConsumerStall_Get().m_count; });
+    m_waitEnd = m_consumer.Now();
+    return bFound;
+}
+
 bool CUnitBandFIFO::Full_Out(CBandData*& band, unsigned long timeoutMs)
 {
-    const bool bTaken = CBandDataFIFO::Full_Out(band, timeoutMs);
+    const bool bTaken = m_consumer.Stall_Watch(
+        m_queue, [&] { return CBandDataFIFO::Full_Out(band, timeoutMs); }, [&] { return ConsumerStall_Get().m_count; });
     m_takenCount += bTaken ? 1 : 0;
+    if (bTaken)
+    {
+        m_queue.Change(-1);
+    }
     return bTaken;
 }
 
@@ -104,16 +124,20 @@ std::unique_ptr<CUnitBandFIFO> UnitBandPool_Create(const std::string& name, cons
     return fifo;
 }
 
-CSeparationProducer::CSeparationProducer(std::unique_ptr<CSeparationReader> reader, const SSwathPlan& plan,
+CSeparationProducer::CSeparationProducer(const SSeparationInfo& page, CSeparationOpener opener, const SSwathPlan& plan,
                                          CBandDataFIFO* fifo)
-    : m_reader(std::move(reader)),
+    : m_page(page),
+      m_opener(std::move(opener)),
       m_plan(plan),
       m_pFIFO(fifo),
-      m_bandSize(UnitBandSize_Get(m_reader->Info_Get(), plan)),
-      m_linesPerPosition(SwathLinesPerPosition_Get(m_reader->BitsPerPixel(), plan.bByUnitPlanes)),
-      m_swathCount(SwathCount_Get(m_reader->Height(), plan.nozzles)),
-      m_rowStride(SwathRowStride_Get(static_cast<std::size_t>(m_reader->RowBytes()))),
-      m_rows(static_cast<std::size_t>(std::min(plan.nozzles, m_reader->Height())) * m_rowStride)
+      m_bandSize(UnitBandSize_Get(page, plan)),
+      m_linesPerPosition(SwathLinesPerPosition_Get(page.bitsPerPixel, plan.bByUnitPlanes)),
+      m_swathCount(SwathCount_Get(page.height, plan.nozzles)),
+      m_stepEnd(plan.firstStep + (plan.stepCount < 0 ? m_swathCount : plan.stepCount)),
+      m_rowBytes((static_cast<std::size_t>(page.width) * static_cast<std::size_t>(page.bitsPerPixel) + 7) / 8),
+      m_rowStride(SwathRowStride_Get(m_rowBytes)),
+      m_rows(static_cast<std::size_t>(std::min(plan.nozzles, page.height)) * m_rowStride),
+      m_step(plan.firstStep)
 {
 }
 
@@ -121,6 +145,12 @@ CSeparationProducer::~CSeparationProducer()
 {
     Stop();
     WaitExit(std::numeric_limits<unsigned int>::max());
+}
+
+void CSeparationProducer::Trace_Set(const STraceTrack& track, const STraceQueue& queue)
+{
+    m_track = track;
+    m_queue = queue;
 }
 
 std::exception_ptr CSeparationProducer::Error_Get() const
@@ -149,15 +179,21 @@ bool CSeparationProducer::OneLoop()
 
 bool CSeparationProducer::Swath_Produce()
 {
-    if (m_swathIndex < m_swathCount)
+    if (m_step < m_stepEnd)
     {
         CBandData* freeBand = nullptr;
-        if (!Rows_Read() || !m_pFIFO->Empty_Out(freeBand, kelWait_Retried))
+        const bool bBand = Rows_Read() && m_track.Stall_Watch(
+                                              m_queue, [&] { return m_pFIFO->Empty_Out(freeBand, kelWait_Retried); },
+                                              [&] { return m_pFIFO->ProducerStall_Get().m_count; });
+        if (!bBand)
         {
             return true;
         }
         std::unique_ptr<CBandData> band(freeBand);
+        const CTrace::CTime begin = m_track.Now();
         Band_Fill(*band);
+        m_track.Span_Add("turn", begin, {{"page", band->m_pageIndex}, {"swath", band->m_swathIndex}});
+        m_queue.Change(1); // before it can be taken
         if (!m_pFIFO->Full_In(band.get(), kelWait_Retried))
         {
             throw CRunError("unit " + std::to_string(m_plan.unitIndex) + ": the band FIFO is full beyond its pool");
@@ -165,7 +201,7 @@ bool CSeparationProducer::Swath_Produce()
         static_cast<void>(band.release()); // the FIFO's now
         Swath_Next();
     }
-    if (m_swathIndex == m_swathCount)
+    if (m_step == m_stepEnd)
     {
         m_pFIFO->SetCompletedFlag();
         Stop();
@@ -176,6 +212,21 @@ bool CSeparationProducer::Swath_Produce()
 // Reads what is missing of the swath; false if a stop was requested meanwhile.
 bool CSeparationProducer::Rows_Read()
 {
+    if (m_rowsRead == SwathRows())
+    {
+        return true;
+    }
+    const CTrace::CTime begin = m_track.Now();
+    if (Page_Get() != m_openPage)
+    {
+        Page_Open();
+    }
+    if (m_reader == nullptr)
+    {
+        m_rowsRead = SwathRows();
+        m_bInk = !m_plan.bMarkBlank;
+        return true;
+    }
     for (; m_rowsRead < SwathRows(); ++m_rowsRead)
     {
         if (IsStopRequested())
@@ -184,35 +235,53 @@ bool CSeparationProducer::Rows_Read()
         }
         unsigned char* row = Row_At(m_rowsRead);
         m_reader->Row_Read(row);
-        m_bInk = m_bInk || !m_plan.bMarkBlank || HasInk(row, static_cast<std::size_t>(m_reader->RowBytes()));
+        m_bInk = m_bInk || !m_plan.bMarkBlank || HasInk(row, m_rowBytes);
     }
+    m_track.Span_Add("read", begin, {{"page", Page_Get()}, {"swath", Swath()}, {"rows", m_rowsRead}});
     return true;
+}
+
+// The page that the job stands at, from the swath on at which it stands.
+void CSeparationProducer::Page_Open()
+{
+    m_reader.reset();
+    m_reader = m_opener(Page_Get());
+    if (m_reader != nullptr)
+    {
+        m_reader->Rows_Skip(Swath() * m_plan.nozzles);
+    }
+    m_openPage = Page_Get();
 }
 
 void CSeparationProducer::Band_Fill(CBandData& band) const
 {
     const SPassLayout& pass = Pass();
-    const int positions = Positions_Get(pass, m_reader->Width());
+    const int positions = Positions_Get(pass, m_page.width);
     if (band.m_width != m_bandSize.width || band.m_bitsPerPixel != m_bandSize.bitsPerPixel ||
         !band.Height_Set(positions * m_linesPerPosition))
     {
         throw CRunError("unit " + std::to_string(m_plan.unitIndex) + ": the pool has a band of the wrong size");
     }
-    const int imageEnd = pass.imagePosition + m_reader->Width();
+    Header_Fill(band);
+    if (m_reader == nullptr)
+    {
+        Margin_Clear(band, 0, positions);
+        return;
+    }
+    const int imageEnd = pass.imagePosition + m_page.width;
     Margin_Clear(band, 0, pass.imagePosition);
     Margin_Clear(band, imageEnd, positions - imageEnd);
 
     SSwathShape shape;
     shape.rowCount = m_rowsRead;
-    shape.columnCount = m_reader->Width();
+    shape.columnCount = m_page.width;
     shape.nozzles = m_plan.nozzles;
-    shape.bitsPerPixel = m_reader->BitsPerPixel();
+    shape.bitsPerPixel = m_page.bitsPerPixel;
     shape.bReverse = IsReverse();
     shape.bUnitPlanes = m_plan.bByUnitPlanes;
     shape.rowStride = m_rowStride;
     shape.lineStride = static_cast<std::size_t>(band.m_bytesPerLine);
     Swath_Turn(m_rows.data(), band.m_pData + pass.imagePosition * PositionBytes(band), shape);
-    Header_Fill(band);
 }
 
 void CSeparationProducer::Margin_Clear(CBandData& band, int firstPosition, int positionCount) const
@@ -230,26 +299,26 @@ std::ptrdiff_t CSeparationProducer::PositionBytes(const CBandData& band) const
 void CSeparationProducer::Header_Fill(SBandHeader& header) const
 {
     header = SBandHeader{};
-    header.m_bandNo = m_swathIndex;
+    header.m_bandNo = QueuedCount_Get();
     header.m_bandAttr = IsReverse() ? 2 : 1;
-    header.m_swathIndex = m_swathIndex;
-    header.m_pageIndex = m_plan.pageIndex;
+    header.m_swathIndex = Swath();
+    header.m_pageIndex = Page_Get();
     header.m_unitIndex = m_plan.unitIndex;
     header.m_unitDirection = m_plan.unitDirection;
-    header.m_firstRow = m_swathIndex * m_plan.nozzles;
+    header.m_firstRow = Swath() * m_plan.nozzles;
     header.m_rowCount = m_rowsRead;
-    header.m_columnCount = m_reader->Width();
+    header.m_columnCount = m_page.width;
     header.m_bSkip = m_plan.bMarkBlank && !m_bInk;
 }
 
 void CSeparationProducer::Swath_Next()
 {
-    ++m_swathIndex;
+    ++m_step;
     m_rowsRead = 0;
     m_bInk = false;
 }
 
 int CSeparationProducer::SwathRows() const
 {
-    return std::min(m_plan.nozzles, m_reader->Height() - m_swathIndex * m_plan.nozzles);
+    return std::min(m_plan.nozzles, m_page.height - Swath() * m_plan.nozzles);
 }

@@ -1,18 +1,21 @@
-// Feeds one print unit: turns its separation, swath by swath, into unit bands and queues them for the stage.
+// Feeds one print unit: turns its separations, page by page and swath by swath, into unit bands and queues them for the
+// stage.
 //
-// The convert command makes one producer per print unit, each with a reader and a FIFO of its own, and starts it; from
-// then on the producer runs on its own thread until the page is through, until it is stopped, or until the separation
-// cannot be read any further. How far it runs ahead of the stage is bounded by the FIFO's pool of bands. It never makes
-// a band, writes no log record of its own and knows nothing of what becomes of the bands.
+// The convert command makes one producer per print unit, each with a FIFO of its own, and starts it; from then on the
+// producer runs on its own thread until the last page is through, until it is stopped, or until a separation cannot be
+// read any further. One separation is open at a time. How far it runs ahead of the stage is bounded by the FIFO's pool
+// of bands. It never makes a band, writes no log record of its own and knows nothing of what becomes of the bands.
 #pragma once
 
 #include "Host/Input/SeparationReader.h"
+#include "Host/Trace.h"
 #include "KelCommon/KelBaseThread.h"
 #include "Platform/DataProcess/BandDataFIFO.h"
 
 #include <atomic>
 #include <cstddef>
 #include <exception>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -37,8 +40,15 @@ struct SSwathPlan
     bool bMarkBlank = false;      // a swath without any ink is marked to be skipped
     int unitIndex = 0;
     int unitDirection = 0;
-    int pageIndex = 0;
+
+    // The swaths that are wanted, counted over all pages of the job.
+    int firstStep = 0;
+    int stepCount = -1; // -1: those of one page
 };
+
+// Opens the unit's separation of a page, from 0; null for a page that is blank for the unit. Throws CInputError. Called
+// on the producer's thread, once for each page, in their order.
+using CSeparationOpener = std::function<std::unique_ptr<CSeparationReader>(int page)>;
 
 // The size of a unit band.
 struct SUnitBandSize
@@ -63,13 +73,24 @@ class CUnitBandFIFO : public CBandDataFIFO
 public:
     using CBandDataFIFO::CBandDataFIFO;
 
+    bool Full_WaitForOut(unsigned long timeoutMs) override;
     bool Full_Out(CBandData*& band, unsigned long timeoutMs) override;
 
     // Bands that the stage has taken so far. Any thread.
     int TakenCount_Get() const { return m_takenCount; }
 
+    // Has the waits of who takes bands, and the queue's length, drawn. Before any thread uses the FIFO.
+    void Trace_Set(const STraceTrack& consumer, const STraceQueue& queue);
+    const STraceQueue& TraceQueue_Get() const { return m_queue; }
+
+    // When the last Full_WaitForOut was over, if it is traced. The consumer's thread.
+    CTrace::CTime WaitEnd_Get() const { return m_waitEnd; }
+
 private:
     std::atomic<int> m_takenCount{0};
+    STraceTrack m_consumer;
+    STraceQueue m_queue;
+    CTrace::CTime m_waitEnd;
 };
 
 // Makes a FIFO with a pool of `count` (at least 1) free bands of this size, their lines aligned to `alignBytes`. `name`
@@ -80,8 +101,10 @@ std::unique_ptr<CUnitBandFIFO> UnitBandPool_Create(const std::string& name, cons
 class CSeparationProducer : public CKelBaseThread<CSeparationProducer>
 {
 public:
-    // `fifo` stays the caller's, must outlive the producer, and has bands of UnitBandSize_Get's size only.
-    CSeparationProducer(std::unique_ptr<CSeparationReader> reader, const SSwathPlan& plan, CBandDataFIFO* fifo);
+    // `page` is the size and depth that all separations have. `fifo` stays the caller's, must outlive the producer, and
+    // has bands of UnitBandSize_Get's size only.
+    CSeparationProducer(const SSeparationInfo& page, CSeparationOpener opener, const SSwathPlan& plan,
+                        CBandDataFIFO* fifo);
     CSeparationProducer(const CSeparationProducer&) = delete;
     CSeparationProducer& operator=(const CSeparationProducer&) = delete;
     ~CSeparationProducer() override; // stops the thread and waits for it
@@ -90,8 +113,14 @@ public:
     // long as nothing went wrong. A producer that failed never marks its FIFO completed. Any thread, any time.
     std::exception_ptr Error_Get() const;
 
+    // Has its work and its waits drawn, and the queue's length with them. Before it is started.
+    void Trace_Set(const STraceTrack& track, const STraceQueue& queue);
+
     // Swaths that have been queued. Any thread, any time.
-    int QueuedCount_Get() const { return m_swathIndex; }
+    int QueuedCount_Get() const { return m_step - m_plan.firstStep; }
+
+    // The page of the job that it is at, from 0. Any thread, any time.
+    int Page_Get() const { return m_step / m_swathCount; }
 
 protected:
     // One swath, or a wait of up to 100 ms for a free band.
@@ -100,30 +129,40 @@ protected:
 private:
     bool Swath_Produce();
     bool Rows_Read();
+    void Page_Open();
     void Band_Fill(CBandData& band) const;
     void Header_Fill(SBandHeader& header) const;
     void Swath_Next();
     void Margin_Clear(CBandData& band, int firstPosition, int positionCount) const;
     std::ptrdiff_t PositionBytes(const CBandData& band) const; // from one scan position to the next
     const SPassLayout& Pass() const { return IsReverse() ? m_plan.rightToLeft : m_plan.leftToRight; }
-    bool IsReverse() const { return m_plan.bBidirectional && m_swathIndex % 2 == 1; }
+    int Swath() const { return m_step % m_swathCount; } // of the page
+    bool IsReverse() const { return m_plan.bBidirectional && Swath() % 2 == 1; }
     int SwathRows() const;
     unsigned char* Row_At(int row) { return m_rows.data() + static_cast<std::size_t>(row) * m_rowStride; }
 
-    std::unique_ptr<CSeparationReader> m_reader;
+    SSeparationInfo m_page;
+    CSeparationOpener m_opener;
+    std::unique_ptr<CSeparationReader> m_reader; // of the open page; null: it is blank
+    int m_openPage = -1;                         // -1: none yet
     SSwathPlan m_plan;
     CBandDataFIFO* m_pFIFO; // the caller's
     SUnitBandSize m_bandSize;
     int m_linesPerPosition;
-    int m_swathCount;
+    int m_swathCount; // of a page
+    int m_stepEnd;    // behind the last swath that is wanted
+    std::size_t m_rowBytes;
     std::size_t m_rowStride;
     std::vector<unsigned char> m_rows; // the swath being gathered
 
-    // Where the page stands. Kept from loop to loop, so that neither a full pipeline nor a stop and a new start loses
-    // rows.
-    std::atomic<int> m_swathIndex = 0;
+    // Where the job stands: a swath, counted over all pages. Kept from loop to loop, so that neither a full pipeline
+    // nor a stop and a new start loses rows.
+    std::atomic<int> m_step;
     int m_rowsRead = 0;  // of this swath
     bool m_bInk = false; // seen in this swath, or nobody wants to know
+
+    STraceTrack m_track;
+    STraceQueue m_queue;
 
     mutable std::mutex m_errorLock;
     std::exception_ptr m_error; // guarded by m_errorLock

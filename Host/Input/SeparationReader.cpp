@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <string_view>
+#include <vector>
 
 namespace
 {
@@ -85,6 +86,22 @@ bool CSeparationReader::Row_Read(unsigned char* row)
     }
     row[m_rowBytes - 1] &= m_lastByteMask;
     return true;
+}
+
+void CSeparationReader::Rows_Skip(int count)
+{
+    const int next = m_nextRow + count;
+    if (count < 1 || next >= m_info.height)
+    {
+        m_nextRow = std::min(next, m_info.height);
+        return;
+    }
+    std::vector<unsigned char> row(static_cast<std::size_t>(m_rowBytes));
+    m_nextRow = std::max(m_nextRow, static_cast<int>(m_rows->FirstRow_Get(static_cast<std::uint32_t>(next))));
+    for (; m_nextRow < next; ++m_nextRow)
+    {
+        m_rows->Row_Read(static_cast<std::uint32_t>(m_nextRow), row.data());
+    }
 }
 
 STiffPage CSeparationReader::Page_Read()

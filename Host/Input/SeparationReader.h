@@ -48,6 +48,10 @@ public:
     // CInputError that names the row (from 0) and its strip or tile; after that the reader is of no use any more.
     bool Row_Read(unsigned char* row);
 
+    // Leaves out the next `count` rows, which are there. Reads no more of them than the file's blocks ask for; throws
+    // as Row_Read does.
+    void Rows_Skip(int count);
+
 private:
     STiffPage Page_Read();
     void Pixel_Check(STiffPage& page);

@@ -49,6 +49,8 @@ public:
         }
     }
 
+    std::uint32_t FirstRow_Get(std::uint32_t row) const override { return row; }
+
 private:
     CTiffFile& m_file;
     STiffPage m_page;
@@ -69,6 +71,8 @@ public:
             m_file.Fail_WithMessage("cannot be decoded", Place(row, "strip", row / m_page.rowsPerStrip));
         }
     }
+
+    std::uint32_t FirstRow_Get(std::uint32_t row) const override { return row - row % m_page.rowsPerStrip; }
 
 private:
     CTiffFile& m_file;
@@ -111,6 +115,8 @@ public:
             done += count;
         }
     }
+
+    std::uint32_t FirstRow_Get(std::uint32_t row) const override { return row - row % m_blockHeight; }
 
 private:
     void Blocks_Decode(std::uint32_t row)

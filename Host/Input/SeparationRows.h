@@ -45,7 +45,11 @@ public:
 
     virtual ~CSeparationRows() = default;
 
-    // Writes row `row` (from 0) as page.rowBytes bytes. Rows are asked for in order. Throws CInputError that names the
+    // Writes row `row` (from 0) as page.rowBytes bytes. Rows are asked for in order; one that FirstRow_Get gives may
+    // follow any earlier one. Throws CInputError that names the
     // row and its strip or tile; no row can be asked for after that.
     virtual void Row_Read(std::uint32_t row, unsigned char* bytes) = 0;
+
+    // The row from which on the page has to be read for this one.
+    virtual std::uint32_t FirstRow_Get(std::uint32_t row) const = 0;
 };

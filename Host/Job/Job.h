@@ -45,6 +45,24 @@ struct SJobStripeColor
     bool IsGiven() const { return !m_text.empty(); }
 };
 
+// How the job names the separations of its pages.
+enum class EPageNames
+{
+    Single,  // one page: Separation is the file's name
+    Pattern, // Separation has a place for the page's number
+    List,    // Separations has a name for each page
+};
+
+// The pages of the job, which the carriage prints one after the other. All have one size.
+struct SJobPages
+{
+    EPageNames m_names = EPageNames::Single;
+    int m_count = 1;
+    int m_first = 1;              // number of the first page in the names of a pattern
+    bool m_bMissingBlank = false; // a page is blank for a unit whose file is not there; else that is a mistake
+    SJobPlace m_place;
+};
+
 // One print unit of the carriage and the separation that it prints.
 struct SJobUnit
 {
@@ -52,13 +70,16 @@ struct SJobUnit
     bool HasSeparation() const { return !m_separation.empty(); }
 
     int m_unitId = 0;
-    int m_direction = 1;                    // the orientation of the unit's bands
-    std::string m_separation;               // as the job file names it, UTF-8; may be empty
-    std::filesystem::path m_separationPath; // the same, found from the job file's folder
-    std::string m_name;                     // a label, UTF-8; may be empty
-    int m_unitPosition = 0;                 // in the colour group, from 0
-    int m_horizon_1 = 0;                    // horizontal offset in the right-to-left pass, scan positions
-    int m_horizon_2 = 0;                    // horizontal offset in the left-to-right pass, scan positions
+    int m_direction = 1; // the orientation of the unit's bands
+    // As the job file names it, UTF-8: a file, the pattern of the pages' files, or the first name of a list. May be
+    // empty.
+    std::string m_separation;
+    std::vector<std::string> m_separations;     // of a list, by page; empty: the unit has nothing on the page
+    std::vector<SJobPlace> m_places_Separation; // of a list's names
+    std::string m_name;                         // a label, UTF-8; may be empty
+    int m_unitPosition = 0;                     // in the colour group, from 0
+    int m_horizon_1 = 0;                        // horizontal offset in the right-to-left pass, scan positions
+    int m_horizon_2 = 0;                        // horizontal offset in the left-to-right pass, scan positions
     SJobStripeColor m_stripeColor;
     SJobPlace m_place_UnitId;
     SJobPlace m_place_Separation;
@@ -77,7 +98,8 @@ struct SJobInkStripe
 
 struct SJob
 {
-    std::string m_file; // the job file as the command line gave it, UTF-8
+    std::string m_file;             // the job file as the command line gave it, UTF-8
+    std::filesystem::path m_folder; // that relative names count from
     int m_version = 1;
 
     EStageKind m_stageKind = EStageKind::InkStripe;
@@ -95,11 +117,15 @@ struct SJob
     int m_maskCount_2 = 1; // masks in the feed direction
 
     SJobInkStripe m_inkStripe;
+    SJobPages m_pages;
 
     int m_nozzles = 0; // of a head: rows of a swath
     std::vector<SJobUnit> m_units;
 
     SJobMap m_map; // follows from the options; never EMapClass::None
+
+    // Something is wrong with the pages themselves, so that none can be looked at.
+    bool HasPageMistake() const;
 
     // Where each value that the file gives stands, by "Table.Key", and each table, by its name; a unit's keys begin
     // with "CartInfo.Unit[2].", counted from 0.
@@ -119,6 +145,11 @@ SJob Job_Load(const std::filesystem::path& file);
 
 // The place of this value ("DPOption.PrinterDataWidth"), or of its table if the file leaves it out.
 SJobPlace Job_Place(const SJob& job, const std::string& key);
+
+// The file that the unit prints on this page of the job, from 0, as the job names it; empty: it has none. And the same
+// from the job file's folder; empty, too.
+std::string Job_SeparationName(const SJob& job, const SJobUnit& unit, int page);
+std::filesystem::path Job_SeparationPath(const SJob& job, const SJobUnit& unit, int page);
 
 // "unit 3 (Cyan)".
 std::string Job_UnitText(const SJobUnit& unit);

@@ -46,7 +46,7 @@ public:
     void Values_Check();
 
     // What follows from the separations.
-    void Separations_Check(const std::vector<std::optional<SSeparationInfo>>& separations);
+    void Separations_Check(const std::vector<SUnitSeparation>& separations);
 
     bool AreKnown(std::initializer_list<const char*> keys) const
     {
@@ -91,8 +91,7 @@ private:
     void StripeFill_Check(const SJobUnit& unit);
     void InkStripe_Check();
     void BoardLine_Check();
-    void Separation_Check(const SJobUnit& unit, const SSeparationInfo& separation, const SJobUnit& firstUnit,
-                          const SSeparationInfo& first);
+    void Separation_Check(const SUnitSeparation& found, const SUnitSeparation& first);
     void Page_Check(const SSeparationInfo& page);
     void Beside_Check(const SSeparationInfo& page, const SJobGeometry& geometry);
     bool Band_Check(const std::string& what, std::int64_t bytesPerLine, std::int64_t lineCount,
@@ -452,35 +451,37 @@ bool IsSameResolution(const SSeparationInfo& one, const SSeparationInfo& other)
            (IsNear(one.xResolution, other.xResolution) && IsNear(one.yResolution, other.yResolution));
 }
 
-void CJobChecker::Separation_Check(const SJobUnit& unit, const SSeparationInfo& separation, const SJobUnit& firstUnit,
-                                   const SSeparationInfo& first)
+void CJobChecker::Separation_Check(const SUnitSeparation& found, const SUnitSeparation& first)
 {
-    const auto Wrong = [&](const char* pRule, const std::string& what, const std::string& fix)
-    { m_mistakes.Add(Separation_Mistake(m_job, unit, pRule, " has " + what, fix)); };
+    const SSeparationInfo& separation = found.m_info;
+    const SSeparationInfo& page = first.m_info;
+    const auto Mistake = [&](const char* pRule, const std::string& what, const std::string& fix)
+    { return Separation_Mistake(m_job, *found.m_pUnit, found.m_page, pRule, " has " + what, fix); };
+    const std::string firstName = Text_Printable(Job_SeparationName(m_job, *first.m_pUnit, first.m_page));
+    const std::string all = m_job.m_pages.m_count > 1 ? "job" : "page";
     if (AreKnown({depthKey}) && separation.bitsPerPixel != m_job.m_bitsPerPixel)
     {
-        Wrong("separation-depth",
-              Number(separation.bitsPerPixel) + (separation.bitsPerPixel == 1 ? " bit" : " bits") + " per pixel",
-              "BitsPerPixel is " + Number(m_job.m_bitsPerPixel));
+        m_mistakes.Add(
+            Mistake("separation-depth",
+                    Number(separation.bitsPerPixel) + (separation.bitsPerPixel == 1 ? " bit" : " bits") + " per pixel",
+                    "BitsPerPixel is " + Number(m_job.m_bitsPerPixel)));
     }
     if (separation.width < 1 || separation.height < 1)
     {
-        Wrong("separation-size", PageSize_Text(separation), "a page has at least one of each");
+        m_mistakes.Add(Mistake("separation-size", PageSize_Text(separation), "a page has at least one of each"));
     }
-    else if (separation.width != first.width || separation.height != first.height)
+    else if (separation.width != page.width || separation.height != page.height)
     {
-        Wrong("separation-size",
-              PageSize_Text(separation) + ", but " + Text_Printable(firstUnit.m_separation) + " has " +
-                  PageSize_Text(first),
-              "all separations of a page have one size");
+        m_mistakes.Add(Mistake("separation-size",
+                               PageSize_Text(separation) + ", but " + firstName + " has " + PageSize_Text(page),
+                               "all separations of a " + all + " have one size"));
     }
-    if (!IsSameResolution(separation, first))
+    if (!IsSameResolution(separation, page))
     {
         SMistake warning =
-            Separation_Mistake(m_job, unit, "separation-resolution",
-                               " has " + Resolution_Text(separation) + ", but " +
-                                   Text_Printable(firstUnit.m_separation) + " has " + Resolution_Text(first),
-                               "the pixels are printed one to one; make all separations of a page with one resolution");
+            Mistake("separation-resolution",
+                    Resolution_Text(separation) + ", but " + firstName + " has " + Resolution_Text(page),
+                    "the pixels are printed one to one; make all separations of a " + all + " with one resolution");
         warning.m_bWarning = true;
         m_mistakes.Add(std::move(warning));
     }
@@ -522,7 +523,8 @@ void CJobChecker::Beside_Check(const SSeparationInfo& page, const SJobGeometry& 
         }
         widths.push_back({unit + "Horizon_2", m_job.m_units[i].m_horizon_2});
     }
-    const std::int64_t bytes = geometry.m_swathCount * geometry.m_lineCount * geometry.m_boardBytesPerLine;
+    const std::int64_t bytes =
+        m_job.m_pages.m_count * geometry.m_swathCount * geometry.m_lineCount * geometry.m_boardBytesPerLine;
     for (const SWidth& width : widths)
     {
         if (width.m_positions > muchPositions && width.m_positions > muchPages * page.width)
@@ -546,6 +548,12 @@ void CJobChecker::Page_Check(const SSeparationInfo& page)
                 " scan positions wide, and " + Number(bandLimit) + " is the most; lower MaskCount_1");
     }
     const SJobGeometry geometry = Job_Geometry(m_job, page.width, page.height);
+    if (geometry.m_swathCount * m_job.m_pages.m_count > bandLimit)
+    {
+        Add(nozzlesKey, "job-bands",
+            "the " + Number(m_job.m_pages.m_count) + " pages have " + Number(geometry.m_swathCount) + " swaths each",
+            "a job has " + Number(bandLimit) + " bands at most; raise Nozzles, or print the pages in several jobs");
+    }
     const bool bFits = Band_Check("a unit band", geometry.m_unitBytesPerLine, geometry.m_lineCount,
                                   "lower Nozzles or AlignByteCountPerLine, or print a narrower page") &&
                        Band_Check("a board band", geometry.m_boardBytesPerLine, geometry.m_lineCount,
@@ -605,28 +613,17 @@ void CJobChecker::Stripes_Check(int pageWidth)
     }
 }
 
-void CJobChecker::Separations_Check(const std::vector<std::optional<SSeparationInfo>>& separations)
+void CJobChecker::Separations_Check(const std::vector<SUnitSeparation>& separations)
 {
-    const SJobUnit* pFirst = nullptr;
-    const SSeparationInfo* pPage = nullptr;
-    std::size_t index = 0;
-    for (const SJobUnit& unit : m_job.m_units)
+    for (const SUnitSeparation& separation : separations)
     {
-        if (!unit.HasSeparation())
-        {
-            continue;
-        }
-        if (const std::optional<SSeparationInfo>& separation = separations.at(index++))
-        {
-            pFirst = pPage == nullptr ? &unit : pFirst;
-            pPage = pPage == nullptr ? &*separation : pPage;
-            Separation_Check(unit, *separation, *pFirst, *pPage);
-        }
+        Separation_Check(separation, separations.front());
     }
     // The sizes of bands follow from nearly every value.
-    if (pPage != nullptr && pPage->width >= 1 && pPage->height >= 1 && HasMap() && m_job.m_mistaken.empty())
+    const SSeparationInfo page = separations.empty() ? SSeparationInfo() : separations.front().m_info;
+    if (page.width >= 1 && page.height >= 1 && HasMap() && m_job.m_mistaken.empty())
     {
-        Page_Check(*pPage);
+        Page_Check(page);
     }
 }
 
@@ -642,24 +639,25 @@ void Job_Check(SJob& job, CMistakeList& mistakes)
     checker.Values_Check();
 }
 
-void Job_CheckSeparations(const SJob& job, const std::vector<std::optional<SSeparationInfo>>& separations,
-                          CMistakeList& mistakes)
+void Job_CheckSeparations(const SJob& job, const std::vector<SUnitSeparation>& separations, CMistakeList& mistakes)
 {
     CJobChecker(job, mistakes).Separations_Check(separations);
 }
 
-SMistake Separation_Mistake(const SJob& job, const SJobUnit& unit, std::string rule, const std::string& what,
+SMistake Separation_Mistake(const SJob& job, const SJobUnit& unit, int page, std::string rule, const std::string& what,
                             std::string fix)
 {
+    const bool bListed = static_cast<std::size_t>(page) < unit.m_places_Separation.size();
     return {false,
             job.m_file,
-            unit.m_place_Separation,
+            bListed ? unit.m_places_Separation[static_cast<std::size_t>(page)] : unit.m_place_Separation,
             std::move(rule),
-            Job_UnitText(unit) + ": Separation " + Text_Printable(unit.m_separation) + what,
+            Job_UnitText(unit) + (job.m_pages.m_count > 1 ? ", page " + std::to_string(page) : "") + ": Separation " +
+                Text_Printable(Job_SeparationName(job, unit, page)) + what,
             std::move(fix)};
 }
 
-SMistake Separation_Fault(const SJob& job, const SJobUnit& unit, const CInputError& error)
+SMistake Separation_Fault(const SJob& job, const SJobUnit& unit, int page, const CInputError& error)
 {
-    return Separation_Mistake(job, unit, "separation", ": " + error.WithoutFile(), "");
+    return Separation_Mistake(job, unit, page, "separation", ": " + error.WithoutFile(), "");
 }

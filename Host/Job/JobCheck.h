@@ -13,16 +13,24 @@
 // Chooses the job's map (m_map) and checks the job against it, as far as its values are known. Adds every mistake.
 void Job_Check(SJob& job, CMistakeList& mistakes);
 
-// Checks what the separations say of themselves, one entry per unit that has one, in the job's order, nothing for one
-// that could not be opened: their depth, one page size for all, bands that fit CBandData's 32 bits in every pass, and
-// ink stripes that lie inside their bands. Opens the stripe colours that are TIFF files. Adds every mistake, and a
-// warning for separations of different resolutions.
-void Job_CheckSeparations(const SJob& job, const std::vector<std::optional<SSeparationInfo>>& separations,
-                          CMistakeList& mistakes);
+// A separation of a unit, and what it says of itself.
+struct SUnitSeparation
+{
+    const SJobUnit* m_pUnit = nullptr; // of the job
+    int m_page = 0;                    // of the job, from 0
+    SSeparationInfo m_info;
+};
 
-// What is wrong with the separation of a unit, or with its stripe colour: names the line and the unit.
-SMistake Separation_Mistake(const SJob& job, const SJobUnit& unit, std::string rule, const std::string& what,
+// Checks what the separations say of themselves, in the order of the job's units: their depth, one page size for all,
+// bands that fit CBandData's 32 bits in every pass, and ink stripes that lie inside their bands. Of the pages of a unit
+// that say the same one is enough. Opens the stripe colours that are TIFF files. Adds every mistake, and a warning for
+// separations of different resolutions.
+void Job_CheckSeparations(const SJob& job, const std::vector<SUnitSeparation>& separations, CMistakeList& mistakes);
+
+// What is wrong with the separation of a unit on a page: names the line, the unit, the file, and the page if there are
+// several.
+SMistake Separation_Mistake(const SJob& job, const SJobUnit& unit, int page, std::string rule, const std::string& what,
                             std::string fix);
 
 // The same for what the reader of the separation threw, whose text begins with the file's path.
-SMistake Separation_Fault(const SJob& job, const SJobUnit& unit, const CInputError& error);
+SMistake Separation_Fault(const SJob& job, const SJobUnit& unit, int page, const CInputError& error);

@@ -3,12 +3,15 @@
 
 #include "Host/HostError.h"
 #include "Host/Job/JobNames.h"
+#include "Host/PageName.h"
 #include "Host/ShownText.h"
 #include "Host/TextStream.h"
 
 #include <algorithm>
 #include <array>
 #include <iomanip>
+#include <map>
+#include <set>
 #include <string_view>
 
 namespace
@@ -45,6 +48,84 @@ std::size_t Common_Length(const std::vector<std::string>& stems)
     }
     const std::size_t separator = length == 0 ? std::string::npos : stems.front().find_last_of(separators, length - 1);
     return separator == std::string::npos ? 0 : separator + 1;
+}
+
+bool IsDigit(char letter)
+{
+    return letter >= '0' && letter <= '9';
+}
+
+// A name around its page's number.
+struct SNumberedName
+{
+    std::string m_before; // as in a pattern
+    std::string m_digits; // empty: there are none
+    std::string m_behind; // as in a pattern
+};
+
+// Around the first run of digits, or the last, that is in the file's name and not in its last brackets.
+SNumberedName Name_Split(const std::string& name, bool bLast)
+{
+    constexpr std::size_t mostDigits = 9;
+    const std::size_t folder = name.rfind('/') == std::string::npos ? 0 : name.rfind('/') + 1;
+    const std::string stem = Stem_Of(name.substr(folder));
+    const std::size_t bracket = Bracketed_Of(stem) ? stem.rfind('(') : stem.size();
+    std::size_t begin = std::string::npos;
+    std::size_t end = 0;
+    for (std::size_t i = 0; i < bracket; ++i)
+    {
+        const bool bBegins = IsDigit(stem[i]) && (i == 0 || !IsDigit(stem[i - 1]));
+        if (bBegins && (bLast || begin == std::string::npos))
+        {
+            begin = i;
+            end = i;
+            while (end < bracket && IsDigit(stem[end]))
+            {
+                ++end;
+            }
+        }
+    }
+    if (begin == std::string::npos || end - begin > mostDigits)
+    {
+        return {PagePattern_Of(name), "", ""};
+    }
+    return {PagePattern_Of(name.substr(0, folder + begin)), stem.substr(begin, end - begin),
+            PagePattern_Of(name.substr(folder + end))};
+}
+
+// The names by what is around their numbers; each with its place in the list and its digits.
+using CNumberedInks = std::vector<std::pair<std::pair<std::string, std::string>, std::map<std::size_t, std::string>>>;
+
+CNumberedInks Inks_Split(const std::vector<std::string>& names, bool bLast)
+{
+    CNumberedInks inks;
+    for (std::size_t i = 0; i < names.size(); ++i)
+    {
+        const SNumberedName name = Name_Split(names[i], bLast);
+        const auto around = std::pair(name.m_before, name.m_behind);
+        auto ink = std::ranges::find(inks, around, [](const auto& entry) { return entry.first; });
+        if (ink == inks.end())
+        {
+            ink = inks.insert(ink, {around, {}});
+        }
+        ink->second[i] = name.m_digits;
+    }
+    return inks;
+}
+
+// How the numbers are written: "%d", "%04d".
+std::string Number_Pattern(const std::vector<std::string>& digits)
+{
+    const bool bZeros =
+        std::ranges::any_of(digits, [](const std::string& text) { return text.size() > 1 && text[0] == '0'; });
+    const auto [shortest, longest] =
+        std::ranges::minmax(digits, {}, [](const std::string& text) { return text.size(); });
+    if (bZeros && shortest.size() != longest.size())
+    {
+        throw CInputError("the pages' numbers in the names, " + shortest + " and " + longest +
+                          " for example, are not all written with zeros before them to one length, or all without");
+    }
+    return bZeros ? "%0" + std::to_string(longest.size()) + 'd' : "%d";
 }
 
 std::string Lower_Of(std::string text)
@@ -113,10 +194,12 @@ std::string Bits_Text(int bits)
     return std::to_string(bits) + (bits == 1 ? " bit" : " bits");
 }
 
-void Head_Add(CTextStream& text, const std::vector<SDraftFile>& files)
+void Head_Add(CTextStream& text, const SDraftOptions& options, const std::vector<SDraftFile>& files)
 {
     const SSeparationInfo& info = files.front().m_info;
-    text << "# A page of " << info.width << " x " << info.height << " pixels of " << Bits_Text(info.bitsPerPixel);
+    const int pages = options.m_pages ? options.m_pages->Count() : 1;
+    text << (pages == 1 ? "# A page of " : "# " + std::to_string(pages) + " pages of ") << info.width << " x "
+         << info.height << " pixels of " << Bits_Text(info.bitsPerPixel);
     if (info.HasResolution())
     {
         text << ", " << info.xResolution << " x " << info.yResolution << " per inch";
@@ -156,6 +239,17 @@ void Page_Add(CTextStream& text, const SDraftOptions& options, const SJobMap& ma
     Value_Add(text, "Bidirectional", options.m_bBidirectional ? "true" : "false",
               options.m_bBidirectional ? "every other swath is printed from right to left"
                                        : "every swath is printed from left to right");
+    if (options.m_pages)
+    {
+        text << "\n# The pages, one after the other: their numbers stand in the separations' names, where %d "
+                "is.\n[Pages]\n";
+        Value_Add(text, "First", std::to_string(options.m_pages->m_first), "");
+        Value_Add(text, "Last", std::to_string(options.m_pages->m_last), "");
+        if (options.m_pages->m_bMissing)
+        {
+            Value_Add(text, "MissingIsBlank", "true", "a page without a file of an ink has none of it");
+        }
+    }
     const SMapClass& row = MapClass_Get(map.m_class);
     text << "\n[CartInfo]\n";
     Value_Add(text, "Nozzles", std::to_string(options.m_nozzles),
@@ -210,6 +304,58 @@ std::vector<std::string> Inks_FromNames(const std::vector<std::string>& names)
         inks.push_back(Bracketed_Of(stem).value_or(stem.substr(std::min(common, stem.size()))));
     }
     return inks;
+}
+
+std::optional<SPageNames> Pages_FromNames(const std::vector<std::string>& names)
+{
+    // A number with nothing but the extension behind it tells several heads of an ink as well, unless it is all that
+    // differs.
+    const auto HasPages = [](const CNumberedInks& inks)
+    {
+        return std::ranges::any_of(
+            inks, [&](const auto& ink)
+            { return ink.second.size() > 1 && (inks.size() == 1 || !Stem_Of('-' + ink.first.second).ends_with('-')); });
+    };
+    const CNumberedInks first = Inks_Split(names, false);
+    const CNumberedInks last = Inks_Split(names, true);
+    const CNumberedInks& inks = HasPages(last) && (last.size() <= first.size() || !HasPages(first)) ? last : first;
+    if (!HasPages(inks))
+    {
+        return std::nullopt;
+    }
+    std::vector<std::string> digits;
+    std::set<int> numbers;
+    SPageNames pages;
+    for (const auto& [around, files] : inks)
+    {
+        for (const auto& [file, text] : files)
+        {
+            if (text.empty())
+            {
+                return std::nullopt; // a name without a number, twice
+            }
+            digits.push_back(text);
+            numbers.insert(std::stoi(text));
+        }
+    }
+    const std::string number = Number_Pattern(digits);
+    pages.m_pages.m_first = *numbers.begin();
+    pages.m_pages.m_last = *numbers.rbegin();
+    for (const auto& [around, files] : inks)
+    {
+        pages.m_pages.m_bMissing = pages.m_pages.m_bMissing || files.size() < numbers.size();
+        pages.m_patterns.push_back(around.first + number + around.second);
+        pages.m_files.push_back(files.begin()->first);
+    }
+    for (int page = pages.m_pages.m_first; page < pages.m_pages.m_last; ++page)
+    {
+        if (!numbers.contains(page))
+        {
+            throw CInputError("there are separations of the pages " + std::to_string(pages.m_pages.m_first) + " to " +
+                              std::to_string(pages.m_pages.m_last) + ", but none of page " + std::to_string(page));
+        }
+    }
+    return pages;
 }
 
 int Ink_Order(const std::string& ink)
@@ -286,7 +432,7 @@ std::string JobDraft_Make(const SDraftOptions& options, const std::vector<SDraft
     }
     option->m_printerDataWidth = *width;
     CTextStream text;
-    Head_Add(text, files);
+    Head_Add(text, options, files);
     Option_Add(text, *option, map);
     Page_Add(text, options, map, bitsPerPixel);
     Units_Add(text, options, files);

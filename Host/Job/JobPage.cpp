@@ -10,22 +10,33 @@
 #include <algorithm>
 #include <iterator>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 namespace
 {
 
-// Null, with a mistake that names the unit and its line, if the separation cannot be read.
-std::unique_ptr<CSeparationReader> Reader_Open(const SJob& job, const SJobUnit& unit, CMistakeList& mistakes)
+bool IsSame(const SSeparationInfo& one, const SSeparationInfo& other)
 {
-    try
+    return one.width == other.width && one.height == other.height && one.bitsPerPixel == other.bitsPerPixel &&
+           one.xResolution == other.xResolution && one.yResolution == other.yResolution;
+}
+
+// The names of the job's pages, as the board info says them.
+void Pages_Fill(const SJob& job, SBoardInfo& info)
+{
+    info.m_pageCount = job.m_pages.m_count;
+    switch (job.m_pages.m_names)
     {
-        return std::make_unique<CSeparationReader>(Path_Text(unit.m_separationPath));
-    }
-    catch (const CInputError& error)
-    {
-        mistakes.Add(Separation_Fault(job, unit, error));
-        return nullptr;
+    case EPageNames::Single:
+        break;
+    case EPageNames::Pattern:
+        info.m_pageNames = g_pageNames_Pattern;
+        info.m_firstPage = job.m_pages.m_first;
+        break;
+    case EPageNames::List:
+        info.m_pageNames = g_pageNames_List;
+        break;
     }
 }
 
@@ -67,21 +78,21 @@ void CJobPage::Open(CMistakeList& mistakes)
     m_bJob = Job_Read(m_file, m_job, own);
     if (m_bJob)
     {
-        std::vector<std::optional<SSeparationInfo>> infos;
-        for (const SJobUnit& unit : m_job.m_units)
+        std::vector<SUnitSeparation> found;
+        for (std::size_t i = 0; i < m_job.m_units.size() && !m_job.HasPageMistake(); ++i)
         {
-            if (unit.HasSeparation())
+            const bool bKnown = !m_job.m_mistaken.contains("CartInfo.Unit[" + std::to_string(i) + "].Separation");
+            if (bKnown && m_job.m_units[i].HasSeparation())
             {
-                auto reader = Reader_Open(m_job, unit, own);
-                infos.push_back(reader == nullptr ? std::nullopt : std::optional(reader->Info_Get()));
-                m_units.push_back({&unit, std::move(reader)});
+                Unit_Open(m_job.m_units[i], found, own);
             }
         }
-        Job_CheckSeparations(m_job, infos, own);
+        Presence_Check(own);
+        Job_CheckSeparations(m_job, found, own);
         m_bPage = !own.HasErrors();
         if (m_bPage)
         {
-            m_page = infos.front().value();
+            m_page = found.front().m_info;
             m_geometry = Job_Geometry(m_job, m_page.width, m_page.height);
         }
     }
@@ -94,6 +105,98 @@ void CJobPage::Open(CMistakeList& mistakes)
             m_warnings.push_back(mistake);
         }
     }
+}
+
+// Looks at the unit's pages, up to the first that is wrong. Of pages that say the same the first stands for all.
+void CJobPage::Unit_Open(const SJobUnit& unit, std::vector<SUnitSeparation>& found, CMistakeList& mistakes)
+{
+    SPageUnit pages;
+    pages.m_pUnit = &unit;
+    pages.m_printed.resize(static_cast<std::size_t>(PageCount()));
+    std::optional<SSeparationInfo> first;
+    for (int page = 0; page < PageCount(); ++page)
+    {
+        const std::filesystem::path path = Job_SeparationPath(m_job, unit, page);
+        std::error_code error;
+        const bool bThere =
+            !path.empty() && (!m_job.m_pages.m_bMissingBlank ||
+                              std::filesystem::status(path, error).type() != std::filesystem::file_type::not_found);
+        if (!bThere)
+        {
+            continue;
+        }
+        pages.m_printed[static_cast<std::size_t>(page)] = true;
+        try
+        {
+            const SSeparationInfo info = SeparationInfo_Get(Path_Text(path));
+            if (!first || !IsSame(info, *first))
+            {
+                found.push_back({&unit, page, info});
+            }
+            if (first && (info.width != first->width || info.height != first->height ||
+                          info.bitsPerPixel != first->bitsPerPixel))
+            {
+                break;
+            }
+            first = first ? first : info;
+        }
+        catch (const CInputError& wrong)
+        {
+            mistakes.Add(Separation_Fault(m_job, unit, page, wrong));
+            break;
+        }
+    }
+    m_units.push_back(std::move(pages));
+}
+
+// A name that no file has is hardly meant, even where a page may lack a file.
+void CJobPage::Presence_Check(CMistakeList& mistakes) const
+{
+    const auto IsPrinted = [](const SPageUnit& unit)
+    { return std::ranges::find(unit.m_printed, true) != unit.m_printed.end(); };
+    if (m_units.empty() || !m_job.m_pages.m_bMissingBlank || !m_job.m_mistaken.empty())
+    {
+        return;
+    }
+    const bool bAny = std::ranges::any_of(m_units, IsPrinted);
+    for (const SPageUnit& unit : m_units)
+    {
+        if (IsPrinted(unit))
+        {
+            continue;
+        }
+        const int last = PageCount() - 1;
+        const std::string files = last == 0 ? " is not there"
+                                            : " and the others to " +
+                                                  Text_Printable(Job_SeparationName(m_job, *unit.m_pUnit, last)) +
+                                                  " are not there";
+        SMistake mistake = Separation_Mistake(m_job, *unit.m_pUnit, 0, "separation-none", files,
+                                              bAny ? "the unit prints nothing, since MissingIsBlank is true"
+                                                   : "with MissingIsBlank, too, one page of one unit has a separation");
+        mistake.m_bWarning = bAny;
+        mistakes.Add(std::move(mistake));
+        if (!bAny)
+        {
+            break;
+        }
+    }
+}
+
+std::unique_ptr<CSeparationReader> CJobPage::Reader_Open(const SPageUnit& unit, int page) const
+{
+    if (!unit.m_printed.at(static_cast<std::size_t>(page)))
+    {
+        return nullptr;
+    }
+    auto reader = std::make_unique<CSeparationReader>(Path_Text(Job_SeparationPath(m_job, *unit.m_pUnit, page)));
+    const SSeparationInfo& info = reader->Info_Get();
+    if (info.width != m_page.width || info.height != m_page.height || info.bitsPerPixel != m_page.bitsPerPixel)
+    {
+        throw CInputError(reader->Path() + ": has become " + std::to_string(info.width) + " x " +
+                          std::to_string(info.height) + " pixels at " + std::to_string(info.bitsPerPixel) +
+                          " bits since the job was checked");
+    }
+    return reader;
 }
 
 SBoardInfo Page_BoardInfo(const CJobPage& page, const std::string& generator)
@@ -132,6 +235,7 @@ SBoardInfo Job_BoardInfo(const SJob& job, const SSeparationInfo& page, const std
     info.m_pageHeight = page.height;
     info.m_xResolution = page.xResolution;
     info.m_yResolution = page.yResolution;
+    Pages_Fill(job, info);
     const SJobInkStripe& stripe = job.m_inkStripe;
     info.m_leftZone = stripe.m_leftStripeWidth;
     info.m_rightZone = stripe.m_rightStripeWidth;

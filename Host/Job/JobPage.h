@@ -1,24 +1,26 @@
-// An opened page: a job, a reader for each of its separations, and the sizes that follow, all checked. What every
-// command that looks at a job begins with. Nothing runs, the configuration is not set, and no band's memory is taken;
-// that is the conversion's business. Made and used on the main thread.
+// An opened job: its pages' separations, all looked at and checked, and the sizes that follow. What every command that
+// looks at a job begins with. Nothing runs, the configuration is not set, and no band's memory is taken; that is the
+// conversion's business. No file stays open but those of the first page. Made on the main thread, then only read.
 #pragma once
 
 #include "Host/Board/BoardInfo.h"
 #include "Host/Input/SeparationReader.h"
 #include "Host/Job/Job.h"
+#include "Host/Job/JobCheck.h"
 #include "Host/Job/JobGeometry.h"
 #include "Host/Mistake.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
-// A unit that prints the page.
+// A unit that prints the job's pages.
 struct SPageUnit
 {
-    const SJobUnit* m_pUnit = nullptr;           // of the page's job
-    std::unique_ptr<CSeparationReader> m_reader; // null if the separation could not be opened, or once it is taken
+    const SJobUnit* m_pUnit = nullptr; // of the page's job
+    std::vector<bool> m_printed;       // by page: it has a separation; else the page is blank for it
 };
 
 class CJobPage
@@ -47,14 +49,21 @@ public:
     int Width() const { return m_page.width; }
     int Height() const { return m_page.height; }
     const SSeparationInfo& PageInfo() const { return m_page; } // of the first separation
+    int PageCount() const { return m_job.m_pages.m_count; }    // pages of the job, all of this size
+    std::int64_t StepCount() const { return m_geometry.m_swathCount * PageCount(); } // swaths of all pages
     const SJobGeometry& Geometry() const { return m_geometry; }
 
     // The units that have a separation, in the job's order.
-    std::vector<SPageUnit>& Units() { return m_units; }
     const std::vector<SPageUnit>& Units() const { return m_units; }
+
+    // The separation of a unit of Units() on a page; null if the page is blank for it. Throws CInputError, which says
+    // what is wrong and not where, if it cannot be read or is not what it was when the page was opened. Any thread.
+    std::unique_ptr<CSeparationReader> Reader_Open(const SPageUnit& unit, int page) const;
 
 private:
     void Open(CMistakeList& mistakes);
+    void Unit_Open(const SJobUnit& unit, std::vector<SUnitSeparation>& found, CMistakeList& mistakes);
+    void Presence_Check(CMistakeList& mistakes) const;
 
     std::filesystem::path m_file;
     SJob m_job;

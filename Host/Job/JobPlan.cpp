@@ -13,7 +13,7 @@ SPassPlan Pass_Make(const CJobPage& page, bool bLeftToRight)
     SPassPlan pass;
     pass.m_bLeftToRight = bLeftToRight;
     const std::int64_t back = job.m_bBidirectional ? geometry.m_swathCount / 2 : 0; // the first swath goes right
-    pass.m_bands = bLeftToRight ? geometry.m_swathCount - back : back;
+    pass.m_bands = (bLeftToRight ? geometry.m_swathCount - back : back) * page.PageCount();
     pass.m_lines = bLeftToRight ? geometry.m_lineCount_Left2Right : geometry.m_lineCount_Right2Left;
     pass.m_positions = Job_PassPositions(job, page.Width(), bLeftToRight);
     const int left = job.m_inkStripe.m_leftStripeWidth;
@@ -52,7 +52,7 @@ SMemoryPlan Memory_Make(const CJobPage& page)
         std::ranges::count_if(job.m_units, [&](const SJobUnit& unit) { return Job_HasStripes(job, unit); });
     memory.m_boardBandBytes = geometry.m_boardBytesPerLine * geometry.m_lineCount;
     constexpr std::int64_t bandsInHand = 2; // one that is being mapped, one that is being written
-    memory.m_boardBands = std::min(WaitingBands(job) + bandsInHand, geometry.m_swathCount);
+    memory.m_boardBands = std::min(WaitingBands(job) + bandsInHand, page.StepCount());
     constexpr std::int64_t bitsPerByte = 8;
     const std::int64_t rowBytes = (std::int64_t{page.Width()} * job.m_bitsPerPixel + bitsPerByte - 1) / bitsPerByte;
     memory.m_rowBytes =
@@ -67,7 +67,8 @@ SJobPlan Job_Plan(const CJobPage& page)
     const SJob& job = page.Job();
     const SJobGeometry& geometry = page.Geometry();
     SJobPlan plan;
-    plan.m_bands = geometry.m_swathCount;
+    plan.m_pages = page.PageCount();
+    plan.m_bands = page.StepCount();
     plan.m_lastBandRows = (page.Height() - 1) % job.m_nozzles + 1;
     for (const bool bLeftToRight : {true, false})
     {

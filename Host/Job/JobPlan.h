@@ -37,8 +37,9 @@ struct SMemoryPlan
 
 struct SJobPlan
 {
-    std::int64_t m_bands = 0; // at most, where blank swaths are left out
-    int m_lastBandRows = 0;   // rows of the page in the last swath
+    int m_pages = 1;
+    std::int64_t m_bands = 0; // of all pages; at most, where blank swaths are left out
+    int m_lastBandRows = 0;   // rows of a page in its last swath
     std::int64_t m_lines = 0;
     std::int64_t m_bytes = 0;        // of board data
     std::vector<SPassPlan> m_passes; // one, or both directions of a bidirectional job

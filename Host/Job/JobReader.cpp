@@ -5,6 +5,7 @@
 #include "Host/Job/JobTables.h"
 #include "Host/Job/JobValues.h"
 #include "Host/Job/KeyDepth.h"
+#include "Host/PageName.h"
 #include "Host/PathText.h"
 #include "Platform/BandData/BandData.h"
 
@@ -23,6 +24,8 @@ constexpr int highestUnitId = 511;
 constexpr int mostUnitPositions = highestUnitId + 1;
 // As many as the widest page has columns, so that no sum of a job's widths and offsets leaves 32 bits.
 constexpr int mostScanPositions = 1 << 24;
+constexpr int mostPages = 100000;
+constexpr int highestPageNumber = 999999999;
 
 bool IsFileName(const std::string& text)
 {
@@ -35,9 +38,10 @@ class CJobReader
 {
 public:
     CJobReader(const std::filesystem::path& file, const toml::table& root, CMistakeList& mistakes)
-        : m_folder(file.parent_path()), m_root(root), m_values(root, m_job, mistakes)
+        : m_root(root), m_values(root, m_job, mistakes)
     {
         m_job.m_file = Path_Text(file);
+        m_job.m_folder = file.parent_path();
     }
 
     SJob Read();
@@ -51,14 +55,18 @@ private:
     void PrintParam_Read();
     void Alignment_Read(const SOpenTable& table);
     void InkStripe_Read();
+    void Pages_Read();
     void CartInfo_Read();
     void Units_Read(const SOpenTable& table);
     void Unit_Read(const toml::table& node);
     void Separation_Read(const SOpenTable& table, SJobUnit& unit);
+    void Separations_Read(const SOpenTable& table, SJobUnit& unit);
+    void Separation_Take(const SOpenTable& table, const toml::node& node, SJobUnit& unit);
+    void Pattern_Check(const SOpenTable& table, const SJobUnit& unit);
+    void Pages_Count();
     void StripeColor_Read(const SOpenTable& table, SJobUnit& unit);
     void Defaults_Fill();
 
-    std::filesystem::path m_folder;
     const toml::table& m_root;
     SJob m_job;
     CJobValues m_values;
@@ -73,7 +81,9 @@ SJob CJobReader::Read()
     DPConfig_Read();
     PrintParam_Read();
     InkStripe_Read();
+    Pages_Read();
     CartInfo_Read();
+    Pages_Count();
     m_values.Finish();
     Defaults_Fill();
     return std::move(m_job);
@@ -174,6 +184,36 @@ void CJobReader::InkStripe_Read()
     m_values.Integer_Read(table, "StripeLength", false, 1, mostScanPositions, stripe.m_stripeLength);
 }
 
+// With First and Last the names are patterns, whatever is in them; without, a percent sign is one.
+void CJobReader::Pages_Read()
+{
+    const SOpenTable table = m_values.Table_Open(JobTable_Pages(), "Pages");
+    SJobPages& pages = m_job.m_pages;
+    pages.m_place = table.m_place;
+    m_values.Flag_Read(table, "MissingIsBlank", pages.m_bMissingBlank);
+    const bool bFirst = table.m_pNode != nullptr && table.m_pNode->contains("First");
+    if (!bFirst && (table.m_pNode == nullptr || !table.m_pNode->contains("Last")))
+    {
+        return;
+    }
+    pages.m_names = EPageNames::Pattern;
+    int last = 0;
+    m_values.Integer_Read(table, "First", false, 0, highestPageNumber, pages.m_first);
+    m_values.Integer_Read(table, "Last", true, 0, highestPageNumber, last);
+    if (m_job.m_mistaken.contains("Pages.First") || m_job.m_mistaken.contains("Pages.Last"))
+    {
+        return;
+    }
+    if (last < pages.m_first || last - pages.m_first >= mostPages)
+    {
+        m_values.Wrong_Add(table, "Last", m_job.m_places.at("Pages.Last"), "Last is " + std::to_string(last),
+                           "First is " + std::to_string(pages.m_first) + ", and a job has 1 to " +
+                               std::to_string(mostPages) + " pages");
+        return;
+    }
+    pages.m_count = last - pages.m_first + 1;
+}
+
 void CJobReader::Alignment_Read(const SOpenTable& table)
 {
     // The widest is that of a band's first byte.
@@ -255,6 +295,7 @@ void CJobReader::Unit_Read(const toml::table& node)
     m_values.Integer_Read(table, "UnitId", true, 0, highestUnitId, unit.m_unitId);
     m_values.Enum_Read(table, "Direction", false, EnumNames_Direction(), unit.m_direction);
     Separation_Read(table, unit);
+    Separations_Read(table, unit);
     unit.m_name = m_values.Text_Read(table, "Name").value_or("");
     m_values.Integer_Read(table, "UnitPosition", false, 0, mostUnitPositions - 1, unit.m_unitPosition);
     m_values.Integer_Read(table, "Horizon_1", false, 0, mostScanPositions, unit.m_horizon_1);
@@ -273,7 +314,122 @@ void CJobReader::Separation_Read(const SOpenTable& table, SJobUnit& unit)
         return;
     }
     unit.m_separation = separation.value_or("");
-    unit.m_separationPath = m_folder / Path_FromText(unit.m_separation);
+    if (m_job.m_pages.m_names == EPageNames::Pattern && unit.HasSeparation())
+    {
+        Pattern_Check(table, unit);
+    }
+}
+
+void CJobReader::Pattern_Check(const SOpenTable& table, const SJobUnit& unit)
+{
+    const std::string what = "Separation is \"" + Text_Printable(unit.m_separation) + '"';
+    if (const std::optional<std::string> fault = PagePattern_Fault(unit.m_separation))
+    {
+        m_values.Wrong_Add(table, "Separation", unit.m_place_Separation, what, *fault);
+    }
+    else if (m_job.m_pages.m_count > 1 && !PagePattern_HasNumber(unit.m_separation))
+    {
+        m_values.Wrong_Add(table, "Separation", unit.m_place_Separation, what,
+                           "each page has a file of its own: %d is where its number stands, as in page%d.tif");
+    }
+}
+
+void CJobReader::Separations_Read(const SOpenTable& table, SJobUnit& unit)
+{
+    const toml::node* pNode = m_values.Value_Find(table, "Separations", false);
+    if (pNode == nullptr)
+    {
+        return;
+    }
+    const SJobPlace place = Node_Place(pNode->source());
+    const toml::array* pNames = pNode->as_array();
+    if (pNames == nullptr)
+    {
+        m_values.WrongType_Add(table, "Separations", *pNode, "a list of names, one for each page");
+        m_job.m_mistaken.insert(table.m_key + ".Separation");
+        return;
+    }
+    if (unit.HasSeparation() || m_job.m_pages.m_names == EPageNames::Pattern)
+    {
+        m_values.Wrong_Add(table, "Separations", place,
+                           unit.HasSeparation() ? "the unit has both Separation and Separations"
+                                                : "Separations is a list, and [Pages] has First or Last",
+                           "a job names its pages one way: by a pattern with First and Last, or by lists");
+    }
+    unit.m_place_Separation = place;
+    for (const toml::node& name : *pNames)
+    {
+        Separation_Take(table, name, unit);
+    }
+    const auto named = std::ranges::find_if(unit.m_separations, [](const std::string& name) { return !name.empty(); });
+    if (named != unit.m_separations.end())
+    {
+        unit.m_separation = *named;
+    }
+    else if (!m_job.m_mistaken.contains(table.m_key + ".Separations"))
+    {
+        m_values.Wrong_Add(table, "Separations", place, "Separations names no file",
+                           "a unit that prints on no page has no Separations");
+    }
+    // Whatever is wrong with the list, the unit is one that prints.
+    if (m_job.m_mistaken.contains(table.m_key + ".Separations"))
+    {
+        m_job.m_mistaken.insert(table.m_key + ".Separation");
+    }
+}
+
+// One name of the list; empty for a page that the unit does not print.
+void CJobReader::Separation_Take(const SOpenTable& table, const toml::node& node, SJobUnit& unit)
+{
+    const auto* pName = node.as_string();
+    if (pName == nullptr || (!pName->get().empty() && !IsFileName(pName->get())))
+    {
+        m_values.Wrong_Add(table, "Separations", Node_Place(node.source()), "Separations holds " + Node_Text(node),
+                           "it takes the names of TIFF files, or \"\" for a page without this ink");
+    }
+    unit.m_separations.push_back(pName == nullptr ? "" : pName->get());
+    unit.m_places_Separation.push_back(Node_Place(node.source()));
+}
+
+// The pages that lists tell; all of them tell the same.
+void CJobReader::Pages_Count()
+{
+    SJobPages& pages = m_job.m_pages;
+    const auto HasList = [](const SJobUnit& unit) { return !unit.m_separations.empty(); };
+    const auto first = std::ranges::find_if(m_job.m_units, HasList);
+    if (pages.m_names == EPageNames::Pattern || first == m_job.m_units.end())
+    {
+        return;
+    }
+    pages.m_names = EPageNames::List;
+    pages.m_count = static_cast<int>(std::min(first->m_separations.size(), std::size_t{mostPages}));
+    for (std::size_t i = 0; i < m_job.m_units.size(); ++i)
+    {
+        const SJobUnit& unit = m_job.m_units[i];
+        const std::string key = "CartInfo.Unit[" + std::to_string(i) + ']';
+        const std::size_t count = HasList(unit) ? unit.m_separations.size() : 1;
+        const bool bKnown = !m_job.m_mistaken.contains(key + ".Separation");
+        if (!bKnown || !unit.HasSeparation() || (HasList(unit) && count == first->m_separations.size()))
+        {
+            continue;
+        }
+        const SOpenTable table = {JobTable_Unit(), nullptr, unit.m_place_Separation, key};
+        m_values.Wrong_Add(table, "Separation", unit.m_place_Separation,
+                           HasList(unit)
+                               ? "Separations has " + std::to_string(count) + (count == 1 ? " name" : " names")
+                               : "Separation names one file",
+                           "Separations of unit " + std::to_string(first->m_unitId) + " has " +
+                               std::to_string(first->m_separations.size()) +
+                               ", and all units have as many; \"\" is a page without this ink");
+    }
+    if (first->m_separations.size() > std::size_t{mostPages})
+    {
+        const SOpenTable table = {JobTable_Unit(), nullptr, first->m_place_Separation,
+                                  "CartInfo.Unit[" + std::to_string(first - m_job.m_units.begin()) + ']'};
+        m_values.Wrong_Add(table, "Separations", first->m_place_Separation,
+                           "Separations has " + std::to_string(first->m_separations.size()) + " names",
+                           "a job has " + std::to_string(mostPages) + " pages at most");
+    }
 }
 
 // A word is a solid stripe, and must be one of the known ones; a file has a dot or a folder in its name.
@@ -296,7 +452,7 @@ void CJobReader::StripeColor_Read(const SOpenTable& table, SJobUnit& unit)
     }
     if (IsFileName(*text) && text->find_first_of("./\\") != std::string::npos)
     {
-        color.m_path = m_folder / Path_FromText(*text);
+        color.m_path = m_job.m_folder / Path_FromText(*text);
         return;
     }
     std::vector<std::string> known = EnumNames_List(EnumNames_StripeFill());

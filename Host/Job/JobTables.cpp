@@ -13,6 +13,7 @@ const SJobTable& JobTable_Root()
                                      {"DPConfig", ""},
                                      {"PrintParam", ""},
                                      {"InkStripe", ""},
+                                     {"Pages", ""},
                                      {"CartInfo", ""}}};
     return table;
 }
@@ -65,6 +66,13 @@ const SJobTable& JobTable_InkStripe()
     return table;
 }
 
+const SJobTable& JobTable_Pages()
+{
+    static const SJobTable table = {
+        "[Pages]", {{"First", "First = 1"}, {"Last", "Last = 12"}, {"MissingIsBlank", "MissingIsBlank = true"}}};
+    return table;
+}
+
 const SJobTable& JobTable_CartInfo()
 {
     static const SJobTable table = {"[CartInfo]", {{"Nozzles", "Nozzles = 400"}, {"Unit", ""}}};
@@ -77,6 +85,7 @@ const SJobTable& JobTable_Unit()
                                     {{"UnitId", "UnitId = 0"},
                                      {"Direction", "Direction = 1"},
                                      {"Separation", "Separation = \"page.Cyan.tif\""},
+                                     {"Separations", "Separations = [\"page1.Cyan.tif\", \"page2.Cyan.tif\"]"},
                                      {"Name", "Name = \"Cyan\""},
                                      {"UnitPosition", "UnitPosition = 0"},
                                      {"Horizon_1", "Horizon_1 = 0"},
@@ -87,9 +96,9 @@ const SJobTable& JobTable_Unit()
 
 std::span<const SJobTable* const> JobTables()
 {
-    static const std::array<const SJobTable*, 8> tables = {
-        &JobTable_Root(),       &JobTable_Stage(),     &JobTable_DPOption(), &JobTable_DPConfig(),
-        &JobTable_PrintParam(), &JobTable_InkStripe(), &JobTable_CartInfo(), &JobTable_Unit()};
+    static const std::array<const SJobTable*, 9> tables = {
+        &JobTable_Root(),      &JobTable_Stage(), &JobTable_DPOption(), &JobTable_DPConfig(), &JobTable_PrintParam(),
+        &JobTable_InkStripe(), &JobTable_Pages(), &JobTable_CartInfo(), &JobTable_Unit()};
     return tables;
 }
 

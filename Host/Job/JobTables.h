@@ -26,6 +26,7 @@ const SJobTable& JobTable_DPOption();
 const SJobTable& JobTable_DPConfig();
 const SJobTable& JobTable_PrintParam();
 const SJobTable& JobTable_InkStripe();
+const SJobTable& JobTable_Pages();
 const SJobTable& JobTable_CartInfo();
 const SJobTable& JobTable_Unit();
 

@@ -103,6 +103,8 @@ void CPageModel::Info_Check() const
     Range_Check("LinesPerPosition", info.m_linesPerPosition, 1, info.m_bitsPerPixel);
     Range_Check("Page.Width", info.m_pageWidth, 1, mostPositions);
     Range_Check("Page.Height", info.m_pageHeight, 1, std::numeric_limits<std::int32_t>::max());
+    Range_Check("Pages.Count", info.m_pageCount, 1, std::numeric_limits<std::int32_t>::max());
+    Range_Check("the number of bands", info.StepCount(), 1, std::numeric_limits<std::int32_t>::max());
     Range_Check("LeftStripeWidth", info.m_leftZone, 0, mostPositions);
     Range_Check("RightStripeWidth", info.m_rightZone, 0, mostPositions);
     Range_Check("UnitPitch", info.m_unitPitch, 0, mostPositions);
@@ -322,13 +324,14 @@ int CPageModel::Pixel_Of(const SModelSource& source, const CModelInk& ink)
     return bStripe ? ink.Stripe_Get(*source.m_pUnit, source.m_nozzle, point.m_stripePosition) : 0;
 }
 
-SBandHeader CPageModel::Header_Get(int swath, int bandNo, const CModelInk& ink) const
+SBandHeader CPageModel::Header_Get(int swath, int bandNo, const CModelInk& ink, int page) const
 {
     const std::int64_t firstRow = std::int64_t{swath} * m_info.m_nozzles;
     SBandHeader header;
     header.m_bandNo = bandNo;
     header.m_bandAttr = IsLeftToRight(swath) ? leftToRight : rightToLeft;
     header.m_swathIndex = swath;
+    header.m_pageIndex = page;
     header.m_firstRow = static_cast<std::int32_t>(firstRow);
     header.m_rowCount =
         static_cast<std::int32_t>(std::min<std::int64_t>(m_info.m_nozzles, m_info.m_pageHeight - firstRow));

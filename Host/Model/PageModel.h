@@ -75,6 +75,9 @@ public:
 
     // Whether the unit's separation has no ink in the rows of this swath. Asked for jobs that skip blank swaths only.
     virtual bool IsBlank(const SBoardUnitInfo& unit, int swath) const = 0;
+
+    // Whether the unit has a separation on the page; without one the page is blank for it.
+    virtual bool HasPage(const SBoardUnitInfo& unit) const { return !unit.m_separation.empty(); }
 };
 
 class CPageModel
@@ -85,8 +88,10 @@ public:
 
     const SBoardInfo& Info() const { return m_info; }
 
-    // Swaths of the page; without SkipBlank there is a band for each.
+    // Swaths of a page; without SkipBlank there is a band for each. Swaths are counted by page everywhere here: each
+    // page begins with one from left to right.
     int SwathCount() const { return m_swathCount; }
+    int PageCount() const { return m_info.m_pageCount; }
     bool IsLeftToRight(int swath) const { return !m_info.m_bBidirectional || swath % 2 == 0; }
 
     int PositionCount(bool bLeftToRight) const;
@@ -120,7 +125,7 @@ public:
     static int Pixel_Of(const SModelSource& source, const CModelInk& ink);
 
     // What the header of the swath's band must be, as the `bandNo`th of the output.
-    SBandHeader Header_Get(int swath, int bandNo, const CModelInk& ink) const;
+    SBandHeader Header_Get(int swath, int bandNo, const CModelInk& ink, int page = 0) const;
     SBoardPass Pass_Get(int swath) const; // but for m_bBlank
 
     // Whether the output has no band for this swath.

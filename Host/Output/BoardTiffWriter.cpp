@@ -121,6 +121,19 @@ std::size_t Row_Bytes(const CBandData& band)
 
 } // namespace
 
+SBoardTiffSize BoardTiff_Size(const SBoardInfo& info)
+{
+    constexpr int bitsPerByte = 8;
+    const int offset = info.m_bBidirectional ? std::max(info.m_maxOffset_1, info.m_maxOffset_2) : info.m_maxOffset_2;
+    SBoardTiffSize size;
+    size.m_bandCount = info.LastStep() - info.FirstStep() + 1;
+    size.m_bBandCountExact = !info.m_bSkipBlank;
+    size.m_bandLineCount =
+        (std::int64_t{info.m_leftZone} + info.m_pageWidth + info.m_rightZone + offset) * info.m_linesPerPosition;
+    size.m_bandBytesPerLine = (info.m_lineBits + bitsPerByte - 1) / bitsPerByte;
+    return size;
+}
+
 bool BoardTiff_NeedsBigTiff(const SBoardTiffSize& size, EBoardCompression compression, std::int64_t descriptionSize)
 {
     constexpr std::int64_t classicLimit = std::numeric_limits<std::uint32_t>::max();
@@ -316,7 +329,8 @@ void CBoardTiffWriter::Finish_All()
 {
     if (BandCount() == 0)
     {
-        throw CRunError(m_file->Name() + ": there is no board band, and a TIFF without pages cannot be read");
+        throw CRunError(m_file->Name() + ": there is no board band, and a TIFF without pages cannot be read" +
+                        (m_info.IsPart() ? "; a board stream (--format raw) can be joined without any" : ""));
     }
     m_tiff->Close();
     if (m_tiff->m_message.front() != '\0')

@@ -29,6 +29,9 @@ struct SBoardTiffSize
     std::int64_t m_bandBytesPerLine = 0; // bytes of a row
 };
 
+// The same for an output that says this of itself.
+SBoardTiffSize BoardTiff_Size(const SBoardInfo& info);
+
 // True if the file could pass the 4 GiB that 32-bit offsets reach, so that it has to be a BigTIFF. `descriptionSize` is
 // the length of a page's image description in bytes.
 bool BoardTiff_NeedsBigTiff(const SBoardTiffSize& size, EBoardCompression compression, std::int64_t descriptionSize);

@@ -118,9 +118,10 @@ public:
 private:
     void Producer_Make(const SSwathPlan& plan, int bandCount, int alignBytes)
     {
-        auto reader = std::make_unique<CSeparationReader>(Path());
-        m_fifo = UnitBandPool_Create("unit", UnitBandSize_Get(reader->Info_Get(), plan), bandCount, alignBytes);
-        m_producer = std::make_unique<CSeparationProducer>(std::move(reader), plan, m_fifo.get());
+        const SSeparationInfo page = SeparationInfo_Get(Path());
+        m_fifo = UnitBandPool_Create("unit", UnitBandSize_Get(page, plan), bandCount, alignBytes);
+        const auto Open = [this](int) { return std::make_unique<CSeparationReader>(Path()); };
+        m_producer = std::make_unique<CSeparationProducer>(page, Open, plan, m_fifo.get());
     }
 
     CTestFolder m_folder;
@@ -190,7 +191,7 @@ std::string DamagedSecondStrip()
 TEST(SeparationProducer, APageBecomesItsSwathsAndTheLastIsPadded)
 {
     const SInk ink = Ink_Random(37, 20, 1, 1);
-    const SSwathPlan plan{.nozzles = 8, .unitIndex = 3, .unitDirection = 2, .pageIndex = 5};
+    const SSwathPlan plan{.nozzles = 8, .unitIndex = 3, .unitDirection = 2};
     CProduction production(ink, plan, 2);
     production.Start();
     const auto bands = production.Bands_Take();
@@ -202,7 +203,7 @@ TEST(SeparationProducer, APageBecomesItsSwathsAndTheLastIsPadded)
         EXPECT_EQ(header.m_bandNo, i);
         EXPECT_EQ(header.m_bandAttr, 1);
         EXPECT_EQ(header.m_swathIndex, i);
-        EXPECT_EQ(header.m_pageIndex, 5);
+        EXPECT_EQ(header.m_pageIndex, 0);
         EXPECT_EQ(header.m_unitIndex, 3);
         EXPECT_EQ(header.m_unitDirection, 2);
         EXPECT_EQ(header.m_firstRow, i * 8);
@@ -218,6 +219,28 @@ TEST(SeparationProducer, APageBecomesItsSwathsAndTheLastIsPadded)
     EXPECT_TRUE(production.Producer().WaitExit(exitMs));
     EXPECT_TRUE(production.Producer().IsThreadSuccess());
     EXPECT_EQ(production.Producer().Error_Get(), nullptr);
+}
+
+TEST(SeparationProducer, APartOfAJobHasTheSwathsThatItHasInTheWhole)
+{
+    const SInk ink = Ink_Random(37, 20, 1, 1); // three swaths
+    const SSwathPlan plan{.nozzles = 8, .bBidirectional = true, .firstStep = 4, .stepCount = 4};
+    CProduction production(ink, plan, 2);
+    production.Start();
+    const auto bands = production.Bands_Take();
+    ASSERT_EQ(bands.size(), 4U);
+    for (int i = 0; i < 4; ++i)
+    {
+        SCOPED_TRACE(i);
+        const SBandCopy& band = bands[static_cast<std::size_t>(i)];
+        EXPECT_EQ(band.header.m_bandNo, i);
+        EXPECT_EQ(band.header.m_pageIndex, (4 + i) / 3);
+        EXPECT_EQ(band.header.m_swathIndex, (4 + i) % 3);
+        EXPECT_EQ(band.header.m_firstRow, (4 + i) % 3 * 8);
+        EXPECT_EQ(band.header.m_bandAttr, (4 + i) % 3 == 1 ? 2 : 1);
+        Band_Expect(band, ink, plan);
+    }
+    EXPECT_EQ(production.Producer().QueuedCount_Get(), 4);
 }
 
 TEST(SeparationProducer, APageThatIsAWholeNumberOfSwathsHasNoEmptyOneBehind)

@@ -170,6 +170,37 @@ TEST(SeparationReader, NoRowIsLeftAfterTheLast)
     EXPECT_EQ(row, 0xF0);
 }
 
+TEST(SeparationReader, RowsThatAreLeftOutChangeNothingOfTheOthers)
+{
+    const CTestFolder folder;
+    constexpr int height = 43;
+    for (const int bitsPerPixel : {1, 2})
+    {
+        const SInk ink = Ink_Random(70, height, bitsPerPixel, 8);
+        for (const STiffLayout& layout : TiffLayouts_All(bitsPerPixel, height))
+        {
+            SCOPED_TRACE(layout.name);
+            Tiff_Write(folder / "page.tif", ink, layout);
+            for (const auto& [before, skipped] : {std::pair(0, 1), {0, 17}, {3, 1}, {5, 20}, {7, 36}, {0, 42}, {9, 0}})
+            {
+                CSeparationReader reader((folder / "page.tif").string());
+                std::vector<unsigned char> row(static_cast<std::size_t>(reader.RowBytes()));
+                for (int i = 0; i < before; ++i)
+                {
+                    ASSERT_TRUE(reader.Row_Read(row.data()));
+                }
+                reader.Rows_Skip(skipped);
+                for (int i = before + skipped; i < height; ++i)
+                {
+                    ASSERT_TRUE(reader.Row_Read(row.data()));
+                    EXPECT_TRUE(std::equal(row.begin(), row.end(), ink.Row(i))) << before << ' ' << skipped << ' ' << i;
+                }
+                EXPECT_FALSE(reader.Row_Read(row.data()));
+            }
+        }
+    }
+}
+
 TEST(SeparationReader, AThumbnailAfterThePageDoesNotCount)
 {
     const CTestFolder folder;

@@ -33,13 +33,13 @@ TEST(ExampleJob, EveryJobFitsTheDemonstrationPage)
         SCOPED_TRACE(entry.path().filename());
         ASSERT_EQ(entry.path().extension(), ".toml");
         const SJob job = Job_Load(entry.path());
-        std::vector<std::optional<SSeparationInfo>> infos;
+        std::vector<SUnitSeparation> infos;
         for (const SJobUnit& unit : job.m_units)
         {
             if (unit.HasSeparation())
             {
-                EXPECT_EQ(unit.m_separationPath.parent_path(), entry.path().parent_path());
-                infos.push_back(SSeparationInfo{unit.m_separation, 4961, 7016, separations.at(unit.m_separation)});
+                EXPECT_EQ(Job_SeparationPath(job, unit, 0).parent_path(), entry.path().parent_path());
+                infos.push_back({&unit, 0, {unit.m_separation, 4961, 7016, separations.at(unit.m_separation)}});
             }
         }
         CMistakeList mistakes;

@@ -43,6 +43,8 @@ std::string Error_OfPage(const SJob& job, int bitsPerPixel)
     return Error_Of<CInputError>([&] { Job_CheckSeparations(job, separations); });
 }
 
+constexpr std::size_t stripeExample = 3; // among the jobs of the document
+
 std::string Range_Text(std::int64_t begin, std::int64_t end)
 {
     return std::to_string(begin) + " to " + std::to_string(end - 1);
@@ -53,9 +55,10 @@ std::string Range_Text(std::int64_t begin, std::int64_t end)
 TEST(JobDocument, EveryExampleIsAJobThatRuns)
 {
     const std::vector<std::string> jobs = Blocks_Of(Document_Read(), "toml");
-    ASSERT_EQ(jobs.size(), 6U);
-    const std::vector<SJobMap> maps = {{EMapClass::Map_5, 1, 1}, {EMapClass::Map_5, 1, 1}, {EMapClass::Map_2, 1, 2},
-                                       {EMapClass::Map_5, 2, 2}, {EMapClass::Map_1, 1, 1}, {EMapClass::Map_8, 1, 1}};
+    ASSERT_EQ(jobs.size(), 8U);
+    const std::vector<SJobMap> maps = {{EMapClass::Map_5, 1, 1}, {EMapClass::Map_5, 1, 1}, {EMapClass::Map_5, 1, 1},
+                                       {EMapClass::Map_5, 1, 1}, {EMapClass::Map_2, 1, 2}, {EMapClass::Map_5, 2, 2},
+                                       {EMapClass::Map_1, 1, 1}, {EMapClass::Map_8, 1, 1}};
     for (std::size_t i = 0; i < jobs.size(); ++i)
     {
         EXPECT_EQ(JobError_Of(jobs[i]), "no error") << jobs[i];
@@ -77,7 +80,7 @@ TEST(JobDocument, MessagesAreThoseThatTheExamplesGiveWhenTheyAreSpoiled)
     const std::string document = Document_Read();
     const std::string job = Blocks_Of(document, "toml").at(0);
     const std::string stripes =
-        Replaced(Blocks_Of(document, "toml").at(1), "UnitPitch = 8", "UnitPitch = 8\nStripeLength = 11");
+        Replaced(Blocks_Of(document, "toml").at(stripeExample), "UnitPitch = 8", "UnitPitch = 8\nStripeLength = 11");
     const std::string messages = JobError_Of(Replaced(job, "PrinterDataWidth = 16", "PrinterDataWidth = 17")) + '\n' +
                                  JobError_Of(Replaced(job, "DataMapStyle", "DataMapStil")) + '\n' +
                                  JobError_Of(Replaced(job, "UnitId = 0", "UnitId = 16")) + '\n' +
@@ -88,7 +91,7 @@ TEST(JobDocument, MessagesAreThoseThatTheExamplesGiveWhenTheyAreSpoiled)
 TEST(JobDocument, PositionsOfTheStripeExampleAreReal)
 {
     const std::string document = Document_Read();
-    const SJob job = Job_Of(Blocks_Of(document, "toml").at(1));
+    const SJob job = Job_Of(Blocks_Of(document, "toml").at(stripeExample));
     constexpr int columns = 100;
     for (const bool bLeftToRight : {true, false})
     {
@@ -137,6 +140,10 @@ TEST(JobDocument, EveryKeyIsExplained)
                              "Nozzles",
                              "UnitId",
                              "Separation",
+                             "Separations",
+                             "First",
+                             "Last",
+                             "MissingIsBlank",
                              "Direction",
                              "Name",
                              "UnitPosition",

@@ -187,13 +187,13 @@ TEST(JobReader, EveryEnumeratorIsReadByNameAndByNumber)
 TEST(JobReader, SeparationsAreFoundFromTheFolderOfTheJobFile)
 {
     const SJob near = JobText_Parse("jobs/today/job.toml", std::string(g_smallJob));
-    EXPECT_EQ(near.m_units.at(0).m_separationPath, std::filesystem::path("jobs/today/page.tif"));
+    EXPECT_EQ(Job_SeparationPath(near, near.m_units.at(0), 0), std::filesystem::path("jobs/today/page.tif"));
     const SJob here = JobText_Parse("job.toml", std::string(g_smallJob));
-    EXPECT_EQ(here.m_units.at(0).m_separationPath, std::filesystem::path("page.tif"));
+    EXPECT_EQ(Job_SeparationPath(here, here.m_units.at(0), 0), std::filesystem::path("page.tif"));
     const std::filesystem::path absolute = std::filesystem::temp_directory_path() / "page.tif";
     const SJob far =
         JobText_Parse("jobs/job.toml", Replaced(g_smallJob, "\"page.tif\"", "'" + absolute.string() + "'"));
-    EXPECT_EQ(far.m_units.at(0).m_separationPath, absolute);
+    EXPECT_EQ(Job_SeparationPath(far, far.m_units.at(0), 0), absolute);
 }
 
 TEST(JobReader, WindowsLineEndsAndAByteOrderMarkAreRead)
@@ -334,11 +334,11 @@ TEST(JobReader, UnknownKeysAreRefusedWithTheNearestKnownOne)
             {"[PrintParam]", "[Printer.Options]", "job.toml:14:2: unknown table [Printer]; did you mean [PrintParam]?"},
             {"[Stage]", "[X]",
              "job.toml:3:2: unknown table [X]; known here are Version, Stage, DPOption, DPConfig, PrintParam, "
-             "InkStripe and CartInfo"},
+             "InkStripe, Pages and CartInfo"},
             {"Version = 1", "Version = 1\nVersoin = 1", "job.toml:2:1: unknown key Versoin; did you mean Version?"},
             {"Version = 1", "Version = 1\n\"a\\nb\" = 1",
              "job.toml:2:1: unknown key a\\u000ab; known here are Version, Stage, DPOption, DPConfig, PrintParam, "
-             "InkStripe and CartInfo"},
+             "InkStripe, Pages and CartInfo"},
             {"SkipBlank = true", "SkipBlank = true\nNozzles = 400",
              "job.toml:6:1: unknown key Nozzles in [Stage]; it belongs in [CartInfo]"},
             {"Nozzles = 400", "Nozzles = 400\nDirection = 1",
@@ -520,5 +520,5 @@ TEST(JobLoad, JobFileIsReadAndChecked)
     const SJob job = Job_Load(folder / "job.toml");
     EXPECT_EQ(job.m_file, (folder / "job.toml").string());
     EXPECT_EQ(job.m_map.m_class, EMapClass::Map_2);
-    EXPECT_EQ(job.m_units.at(0).m_separationPath, folder / "page.Cyan.tif");
+    EXPECT_EQ(Job_SeparationPath(job, job.m_units.at(0), 0), folder / "page.Cyan.tif");
 }

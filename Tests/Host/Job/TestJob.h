@@ -141,8 +141,16 @@ inline void Job_Check(SJob& job)
 }
 inline void Job_CheckSeparations(const SJob& job, const std::vector<SSeparationInfo>& separations)
 {
+    std::vector<SUnitSeparation> found;
+    for (const SJobUnit& unit : job.m_units)
+    {
+        if (unit.HasSeparation() && found.size() < separations.size())
+        {
+            found.push_back({&unit, 0, separations[found.size()]});
+        }
+    }
     CMistakeList mistakes;
-    Job_CheckSeparations(job, {separations.begin(), separations.end()}, mistakes);
+    Job_CheckSeparations(job, found, mistakes);
     mistakes.Errors_Throw();
 }
 
