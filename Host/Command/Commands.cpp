@@ -8,6 +8,7 @@
 #include "Host/Command/InitCommand.h"
 #include "Host/Command/KernelsCommand.h"
 #include "Host/Command/LayoutCommand.h"
+#include "Host/Command/PreviewCommand.h"
 #include "Host/Command/VerifyCommand.h"
 
 #include <array>
@@ -15,8 +16,9 @@
 
 std::span<const SCommand* const> Commands()
 {
-    static const std::array commands = {&Command_Init(),    &Command_Check(),  &Command_Convert(), &Command_Layout(),
-                                        &Command_Explain(), &Command_Verify(), &Command_Info(),    &Command_Kernels()};
+    static const std::array commands = {&Command_Init(),   &Command_Check(),   &Command_Convert(),
+                                        &Command_Layout(), &Command_Explain(), &Command_Preview(),
+                                        &Command_Verify(), &Command_Info(),    &Command_Kernels()};
     return commands;
 }
 
