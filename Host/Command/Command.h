@@ -38,7 +38,7 @@ struct SCommandOption
     std::int64_t m_least = 0;
     std::int64_t m_most = 0;
     bool m_bRequired = false;
-    bool m_bMany = false; // an argument that may stand several times, once at least if required
+    bool m_bMany = false; // may stand several times, with a value each; once at least if required
 
     bool IsArgument() const { return !m_names.starts_with('-'); }
 

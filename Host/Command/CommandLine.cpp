@@ -70,7 +70,12 @@ void Option_Add(CLI::App& app, const SCommandOption& option)
     auto* added = app.add_option(
         option.m_names, [](const CLI::results_t&) { return true; }, option.m_help);
     added->type_name(option.m_value)->required(option.m_bRequired);
-    added->expected(1, option.m_bMany ? CLI::detail::expected_max_vector_size : 1)->allow_extra_args(option.m_bMany);
+    const bool bManyArguments = option.m_bMany && option.IsArgument();
+    added->expected(1, bManyArguments ? CLI::detail::expected_max_vector_size : 1)->allow_extra_args(bManyArguments);
+    if (option.m_bMany)
+    {
+        added->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    }
     added->transform(CLI::Validator([option](std::string& text) { return Value_Wrong(option, text); }, ""));
 }
 

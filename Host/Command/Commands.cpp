@@ -9,15 +9,16 @@
 #include "Host/Command/JoinCommand.h"
 #include "Host/Command/KernelsCommand.h"
 #include "Host/Command/LayoutCommand.h"
+#include "Host/Command/PreviewCommand.h"
 #include "Host/Command/VerifyCommand.h"
 
 #include <array>
 
 std::span<const SCommand* const> Commands()
 {
-    static const std::array commands = {&Command_Init(),   &Command_Check(),  &Command_Convert(),
-                                        &Command_Join(),   &Command_Layout(), &Command_Explain(),
-                                        &Command_Verify(), &Command_Info(),   &Command_Kernels()};
+    static const std::array commands = {&Command_Init(),   &Command_Check(),   &Command_Convert(), &Command_Join(),
+                                        &Command_Layout(), &Command_Explain(), &Command_Preview(), &Command_Verify(),
+                                        &Command_Info(),   &Command_Kernels()};
     return commands;
 }
 

@@ -2,6 +2,7 @@
 #include "Host/Command/Explainer.h"
 
 #include "Host/Command/Command.h"
+#include "Host/Command/PageBands.h"
 #include "Host/HostError.h"
 #include "Host/Job/JobNames.h"
 #include "Host/PathText.h"
@@ -130,29 +131,7 @@ bool CExplainer::Band_Next()
     }
     ++m_bandNo;
     const std::string place = Name_Shown(m_reader->Name()) + ": " + m_reader->Place() + ": ";
-    if (m_band.m_swathIndex < 0 || m_band.m_swathIndex >= m_model->SwathCount())
-    {
-        throw CInputError(place + "m_swathIndex is " + std::to_string(m_band.m_swathIndex) + "; the page has " +
-                          std::to_string(m_model->SwathCount()) + " swaths");
-    }
-    if (m_band.m_pageIndex < 0 || m_band.m_pageIndex >= m_model->PageCount())
-    {
-        throw CInputError(place + "m_pageIndex is " + std::to_string(m_band.m_pageIndex) + "; the job has " +
-                          std::to_string(m_model->PageCount()) + (m_model->PageCount() == 1 ? " page" : " pages"));
-    }
-    const bool bLeftToRight = m_model->IsLeftToRight(m_band.m_swathIndex);
-    if ((m_band.m_bandAttr == 1) != bLeftToRight)
-    {
-        throw CInputError(place + "m_bandAttr says " + Direction_Text(!bLeftToRight) + ", but swath " +
-                          std::to_string(m_band.m_swathIndex) + " goes " + Direction_Text(bLeftToRight));
-    }
-    if (m_band.m_width != m_model->LineBits() || m_band.m_height != m_model->LineCount(bLeftToRight))
-    {
-        throw CInputError(place + "the band has " + std::to_string(m_band.m_height) + " lines of " +
-                          std::to_string(m_band.m_width) + " bits; it should have " +
-                          std::to_string(m_model->LineCount(bLeftToRight)) + " of " +
-                          std::to_string(m_model->LineBits()));
-    }
+    Band_CheckAgainst(*m_model, m_band, place);
     return true;
 }
 

@@ -5,18 +5,18 @@
 #include "Host/Command/Join.h"
 #include "Host/HostError.h"
 #include "Host/PathText.h"
+#include "Host/TextStream.h"
 
 #include <nlohmann/json.hpp>
 
 #include <iostream>
-#include <sstream>
 
 namespace
 {
 
 std::string Result_Text(const SJoinResult& result, const std::string& output, std::size_t parts)
 {
-    std::ostringstream text;
+    CTextStream text;
     text << Name_Shown(output) << ": " << result.m_bands << (result.m_bands == 1 ? " band" : " bands");
     if (result.m_pages > 1)
     {

@@ -1,9 +1,7 @@
-// A table says what each bit of a scan position means; bytes without ink are passed over.
+// A table says what each bit of a scan position means.
 #include "Host/Model/BoardDots.h"
 
 #include "Host/Model/PageModel.h"
-
-#include <algorithm>
 
 namespace
 {
@@ -21,11 +19,6 @@ SBoardInfo Info_Complete(SBoardInfo info)
     info.m_pageWidth = 1;
     info.m_pageHeight = 1;
     return info;
-}
-
-bool Bit_Get(const unsigned char* pLine, std::int64_t bit)
-{
-    return (pLine[bit / 8] >> (7 - bit % 8) & 1) == 1;
 }
 
 } // namespace
@@ -48,6 +41,7 @@ CBoardDots::CBoardDots(const SBoardInfo& info)
             {
                 SMeaning& meaning = Meaning(bit);
                 meaning.m_unit = static_cast<int>(m_units.size());
+                meaning.m_nozzle = nozzle;
                 meaning.m_bRepeat = model.Source_Of(0, bit).m_layout.place.bRepeat;
                 if (!meaning.m_bRepeat)
                 {
@@ -77,39 +71,8 @@ SBandDots CBoardDots::Count(const CBandData& band) const
 {
     SBandDots dots;
     dots.m_units = m_units;
-    const std::int64_t lineBytes = (m_lineBits + 7) / 8;
-    for (int line = 0; line < band.m_height; ++line)
-    {
-        const unsigned char* pLine = band.m_pData + std::int64_t{line} * band.m_bytesPerLine;
-        const SMeaning* pMeanings = m_meanings.data() + line % m_linesPerPosition * m_lineBits;
-        for (std::int64_t byte = 0; byte < lineBytes; ++byte)
-        {
-            if (pLine[byte] == 0)
-            {
-                continue;
-            }
-            for (std::int64_t bit = byte * 8; bit < std::min(byte * 8 + 8, m_lineBits); ++bit)
-            {
-                const SMeaning& meaning = pMeanings[bit];
-                if (!Bit_Get(pLine, bit) || meaning.m_bRepeat)
-                {
-                    continue;
-                }
-                if (meaning.m_unit < 0)
-                {
-                    ++dots.m_stray;
-                    continue;
-                }
-                const bool bPartner =
-                    meaning.m_partnerBit >= 0 &&
-                    Bit_Get(pLine + std::int64_t{meaning.m_partnerLine} * band.m_bytesPerLine, meaning.m_partnerBit);
-                if (!bPartner || meaning.m_bHigh) // a pixel with both bits is counted at the first
-                {
-                    ++dots.m_units[static_cast<std::size_t>(meaning.m_unit)]
-                          .m_dots[meaning.m_bHigh ? (bPartner ? 3U : 2U) : 1U];
-                }
-            }
-        }
-    }
+    dots.m_stray = Dots_Visit(
+        band, [&](const SBoardDot& dot)
+        { ++dots.m_units[static_cast<std::size_t>(dot.m_unit)].m_dots[static_cast<std::size_t>(dot.m_value)]; });
     return dots;
 }

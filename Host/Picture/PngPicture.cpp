@@ -1,21 +1,15 @@
-// Pixels through libpng, letters of stb_easy_font.
+// Boxes as pixels, letters of stb_easy_font.
 #include "Host/Picture/PngPicture.h"
 
-#include "Host/HostError.h"
-
-#include <png.h>
 #include <stb/stb_easy_font.h>
 
 #include <algorithm>
-#include <csetjmp>
-#include <limits>
 
 namespace
 {
 
 constexpr std::int64_t scale = 2; // pixels of a unit
-constexpr std::size_t mostColors = 256;
-constexpr int letterHeight = 7; // of a capital, in the font's dots
+constexpr int letterHeight = 7;   // of a capital, in the font's dots
 
 // As the font writes it.
 struct SVertex
@@ -46,109 +40,11 @@ std::string Ascii_Text(const std::string& text)
 } // namespace
 
 CPngPicture::CPngPicture(CByteSink& sink, const SPictureFrame& frame)
-    : m_sink(sink),
-      m_width(frame.m_width * scale),
+    : m_width(frame.m_width * scale),
       m_height(frame.m_height * scale),
-      m_letterColor(static_cast<unsigned char>(frame.m_colors.size() - 1))
+      m_letterColor(static_cast<unsigned char>(frame.m_colors.size() - 1)),
+      m_writer(sink, {m_width, m_height, EPngPixels::Palette, frame.m_colors}, "--frames shows fewer frames")
 {
-    constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
-    if (m_width > most || m_height > most)
-    {
-        throw CInputError("the picture would have " + std::to_string(m_width) + " x " + std::to_string(m_height) +
-                          " pixels, more than a PNG can have; --frames shows fewer frames");
-    }
-    m_pPng = png_create_write_struct(PNG_LIBPNG_VER_STRING, this, &Error_Callback, &Warning_Callback);
-    m_pInfo = m_pPng == nullptr ? nullptr : png_create_info_struct(m_pPng);
-    try
-    {
-        if (m_pInfo == nullptr)
-        {
-            throw CRunError(m_sink.Name() + ": libpng cannot be used");
-        }
-        Header_Write(frame);
-    }
-    catch (...)
-    {
-        png_destroy_write_struct(&m_pPng, &m_pInfo);
-        throw;
-    }
-}
-
-CPngPicture::~CPngPicture()
-{
-    png_destroy_write_struct(&m_pPng, &m_pInfo);
-}
-
-// No exception may pass through the library: the sink's waits until the library has returned.
-void CPngPicture::Write_Callback(png_struct_def* pPng, unsigned char* pBytes, std::size_t size)
-{
-    auto& picture = *static_cast<CPngPicture*>(png_get_io_ptr(pPng));
-    if (picture.m_error != nullptr)
-    {
-        return;
-    }
-    try
-    {
-        picture.m_sink.Write(pBytes, size);
-    }
-    catch (...)
-    {
-        picture.m_error = std::current_exception();
-    }
-}
-
-void CPngPicture::Error_Callback(png_struct_def* pPng, const char* pMessage)
-{
-    auto& message = static_cast<CPngPicture*>(png_get_error_ptr(pPng))->m_message;
-    std::size_t i = 0;
-    for (; pMessage[i] != '\0' && i + 1 < message.size(); ++i)
-    {
-        message[i] = pMessage[i];
-    }
-    message[i] = '\0';
-    png_longjmp(pPng, 1);
-}
-
-void CPngPicture::Warning_Callback(png_struct_def* /*pPng*/, const char* /*pMessage*/) {}
-
-template<class TCall>
-void CPngPicture::Library_Call(TCall call)
-{
-    static_assert(std::is_trivially_destructible_v<TCall>);
-    // The library reports its errors by a long jump only; nothing between here and there has a destructor.
-    if (setjmp(png_jmpbuf(m_pPng)) != 0) // NOLINT(cert-err52-cpp)
-    {
-        throw CRunError(m_sink.Name() + ": " + m_message.data());
-    }
-    call();
-    if (m_error != nullptr)
-    {
-        std::rethrow_exception(m_error);
-    }
-}
-
-void CPngPicture::Header_Write(const SPictureFrame& frame)
-{
-    std::array<png_color, mostColors> palette = {};
-    const std::size_t count = frame.m_colors.size();
-    for (std::size_t i = 0; i < count; ++i)
-    {
-        const std::uint32_t color = frame.m_colors[i];
-        palette.at(i) = {static_cast<png_byte>(color >> 16U), static_cast<png_byte>(color >> 8U),
-                         static_cast<png_byte>(color)};
-    }
-    Library_Call(
-        [this, &palette, count]
-        {
-            constexpr png_uint_32 most = std::numeric_limits<std::int32_t>::max();
-            png_set_write_fn(m_pPng, this, &Write_Callback, nullptr);
-            png_set_user_limits(m_pPng, most, most);
-            png_set_IHDR(m_pPng, m_pInfo, static_cast<png_uint_32>(m_width), static_cast<png_uint_32>(m_height), 8,
-                         PNG_COLOR_TYPE_PALETTE, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
-                         PNG_FILTER_TYPE_DEFAULT);
-            png_set_PLTE(m_pPng, m_pInfo, palette.data(), static_cast<int>(count));
-            png_write_info(m_pPng, m_pInfo);
-        });
 }
 
 void CPngPicture::Pixels_Fill(const SPictureBox& box, unsigned char color)
@@ -211,14 +107,10 @@ void CPngPicture::Above_Finish(std::int64_t y)
     }
     const auto count = static_cast<std::size_t>((end - m_firstRow) * m_width);
     m_rows.resize(std::max(m_rows.size(), count));
-    Library_Call(
-        [this, end]
-        {
-            for (std::int64_t row = m_firstRow; row < end; ++row)
-            {
-                png_write_row(m_pPng, m_rows.data() + (row - m_firstRow) * m_width);
-            }
-        });
+    for (std::int64_t row = m_firstRow; row < end; ++row)
+    {
+        m_writer.Row_Write(m_rows.data() + (row - m_firstRow) * m_width);
+    }
     m_rows.erase(m_rows.begin(), m_rows.begin() + static_cast<std::ptrdiff_t>(count));
     m_firstRow = end;
 }
@@ -226,5 +118,5 @@ void CPngPicture::Above_Finish(std::int64_t y)
 void CPngPicture::Finish()
 {
     Above_Finish(m_height);
-    Library_Call([this] { png_write_end(m_pPng, nullptr); });
+    m_writer.Finish();
 }

@@ -2,14 +2,8 @@
 // high as a PNG can be. Letters are those of ASCII; any other is shown as a question mark.
 #pragma once
 
-#include "Host/Output/ByteSink.h"
 #include "Host/Picture/Picture.h"
-
-#include <array>
-#include <exception>
-
-struct png_struct_def;
-struct png_info_def;
+#include "Host/Picture/PngWriter.h"
 
 class CPngPicture : public CPicture
 {
@@ -17,7 +11,6 @@ public:
     // The sink must outlive this. At most 256 colours; the last one is for letters too. Throws CInputError if a PNG
     // cannot be so large, CRunError if the library fails.
     CPngPicture(CByteSink& sink, const SPictureFrame& frame);
-    ~CPngPicture() override;
 
     void Box_Draw(const SPictureBox& box, std::size_t fill, std::size_t edge) override;
     void Text_Draw(std::int64_t x, std::int64_t y, const std::string& text, ETextAnchor anchor,
@@ -26,25 +19,12 @@ public:
     void Finish() override;
 
 private:
-    static void Write_Callback(png_struct_def* pPng, unsigned char* pBytes, std::size_t size);
-    static void Error_Callback(png_struct_def* pPng, const char* pMessage);
-    static void Warning_Callback(png_struct_def* pPng, const char* pMessage);
-
-    // Calls the library; throws what went wrong. `call` must not need a destructor.
-    template<class TCall>
-    void Library_Call(TCall call);
-
-    void Header_Write(const SPictureFrame& frame);
     void Pixels_Fill(const SPictureBox& box, unsigned char color); // box in pixels
 
-    CByteSink& m_sink;
-    png_struct_def* m_pPng = nullptr;
-    png_info_def* m_pInfo = nullptr;
-    std::exception_ptr m_error;        // that the sink threw
-    std::array<char, 128> m_message{}; // of the library, ended by 0
-    std::int64_t m_width = 0;          // in pixels, like all below
+    std::int64_t m_width = 0; // in pixels, like all below
     std::int64_t m_height = 0;
     std::int64_t m_firstRow = 0;       // of m_rows
     std::vector<unsigned char> m_rows; // a byte, the colour's place, for each pixel
     unsigned char m_letterColor = 0;
+    CPngWriter m_writer;
 };

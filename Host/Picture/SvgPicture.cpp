@@ -1,20 +1,12 @@
 // The elements of an SVG.
 #include "Host/Picture/SvgPicture.h"
 
+#include "Host/Picture/InkColor.h"
+
 namespace
 {
 
 constexpr std::int64_t writtenBytes = 1 << 16; // at a time, or more
-
-std::string Color_Text(std::uint32_t color)
-{
-    std::string text = "#";
-    for (int shift = 20; shift >= 0; shift -= 4)
-    {
-        text += "0123456789abcdef"[color >> static_cast<unsigned>(shift) & 0xFU];
-    }
-    return text;
-}
 
 // For text between tags.
 std::string Xml_Text(const std::string& text)

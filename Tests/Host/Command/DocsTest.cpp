@@ -164,7 +164,7 @@ TEST_F(Docs, LayoutSaysWhatItsPageSays)
     Examples_Check("Docs/layout.md", 1);
 }
 
-TEST_F(Docs, VerifyAndInfoSayWhatTheirPageSays)
+TEST_F(Docs, VerifyInfoAndPreviewSayWhatTheirPagesSay)
 {
     Demo_Take(".");
     ASSERT_EQ(Boardmap_Run("convert demo-cmyk.toml --progress none").status, 0);
@@ -180,4 +180,5 @@ TEST_F(Docs, VerifyAndInfoSayWhatTheirPageSays)
     file.put(static_cast<char>(byte ^ 0x10));
     file.close();
     Examples_Check("Docs/verify.md", 2);
+    Examples_Check("Docs/preview.md", 2);
 }

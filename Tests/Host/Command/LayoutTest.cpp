@@ -1,5 +1,6 @@
 // boardmap layout: what the probing finds in the maps is held against the layouts' model, on random jobs of every map;
 // and its words, JSON and picture.
+#include "Tests/Host/Command/PngFile.h"
 #include "Tests/Host/Command/RandomJob.h"
 
 #include "Host/Command/Layout.h"
@@ -9,7 +10,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <png.h>
 
 #include <set>
 
@@ -33,29 +33,11 @@ protected:
     }
 };
 
-// A PNG as any reader of such files sees it.
-class CPngFile
+// A picture of a layout.
+class CLayoutPng : public CPngFile
 {
 public:
-    explicit CPngFile(const std::filesystem::path& file)
-    {
-        m_image.version = PNG_IMAGE_VERSION;
-        EXPECT_NE(png_image_begin_read_from_file(&m_image, file.string().c_str()), 0) << m_image.message;
-        m_image.format = PNG_FORMAT_RGB;
-        m_pixels.resize(PNG_IMAGE_SIZE(m_image));
-        EXPECT_NE(png_image_finish_read(&m_image, nullptr, m_pixels.data(), 0, nullptr), 0) << m_image.message;
-    }
-    ~CPngFile() { png_image_free(&m_image); }
-    CPngFile(const CPngFile&) = delete;
-    CPngFile& operator=(const CPngFile&) = delete;
-
-    int Width() const { return static_cast<int>(m_image.width); }
-    int Height() const { return static_cast<int>(m_image.height); }
-    unsigned Color(int x, int y) const
-    {
-        const std::size_t at = 3 * (static_cast<std::size_t>(y) * m_image.width + static_cast<std::size_t>(x));
-        return static_cast<unsigned>(m_pixels.at(at) << 16 | m_pixels.at(at + 1) << 8 | m_pixels.at(at + 2));
-    }
+    using CPngFile::CPngFile;
 
     // Where the cell of a bit is black, a letter for a pixel. The cells begin at 150, 82.
     std::string Letters(int frame, int bit) const
@@ -71,10 +53,6 @@ public:
         return letters;
     }
     unsigned Ground(int frame, int bit) const { return Color(300 + 68 * bit + 4, 164 + 36 * frame + 4); }
-
-private:
-    png_image m_image = {};
-    std::vector<unsigned char> m_pixels;
 };
 
 std::size_t Count_Of(const std::string& text, const std::string& part)
@@ -169,7 +147,7 @@ TEST_F(Layout, ThePngShowsTheSameCellsInTheUnitsColours)
     const auto result = Boardmap_Run("layout job.toml --png line.png");
     EXPECT_EQ(result.status, 0) << result.error;
     EXPECT_EQ(result.out, "");
-    const CPngFile png(In("line.png"));
+    const CLayoutPng png(In("line.png"));
     EXPECT_EQ(png.Width(), 2 * 700);
     EXPECT_EQ(png.Height(), 2 * (82 + 3 * 18 + 10));        // a row of the legend, three frames
     EXPECT_EQ(png.Ground(0, 0), png.Color(2 * 12, 2 * 46)); // as the legend says
@@ -195,10 +173,10 @@ TEST_F(Layout, ThePngGoesWhereItIsToldTo)
 {
     SmallJob_Write();
     ASSERT_EQ(Boardmap_Run("layout job.toml --png line.png --first-frame 1 --frames 1").status, 0);
-    const CPngFile part(In("line.png"));
+    const CLayoutPng part(In("line.png"));
     EXPECT_EQ(part.Height(), 2 * (82 + 18 + 10));
     ASSERT_EQ(Boardmap_Run("layout job.toml --png whole.png").status, 0);
-    EXPECT_EQ(part.Letters(0, 0), CPngFile(In("whole.png")).Letters(1, 0));
+    EXPECT_EQ(part.Letters(0, 0), CLayoutPng(In("whole.png")).Letters(1, 0));
     ASSERT_EQ(Boardmap_Run(std::string("layout job.toml --format png ") + intoFile + "piped.png").status, 0);
     EXPECT_EQ(File_Read(In("piped.png")), File_Read(In("whole.png")));
     for (const std::string more : {"--format svg", "--json", "-o other.png"})

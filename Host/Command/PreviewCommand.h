@@ -1,0 +1,6 @@
+// boardmap preview.
+#pragma once
+
+#include "Host/Command/Command.h"
+
+const SCommand& Command_Preview();
