@@ -9,6 +9,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <exception>
 #include <limits>
 #include <new>
 #include <string_view>
@@ -40,6 +41,24 @@ void KeepFirst(std::string& kept, const char* format, va_list arguments) noexcep
     }
     catch (const std::bad_alloc&)
     {
+    }
+}
+
+// Where libtiff has no memory for one more tag it has counted it already, and goes on to walk over the end of its list:
+// nothing but the end of the process keeps it from that.
+void ListOfTags_Check(std::string_view format) noexcept
+{
+    if (format.find("list of custom values") == std::string_view::npos)
+    {
+        return;
+    }
+    try
+    {
+        throw std::bad_alloc();
+    }
+    catch (const std::bad_alloc&)
+    {
+        std::terminate(); // which says what was thrown
     }
 }
 
@@ -198,6 +217,7 @@ toff_t CTiffFile::Client_Size(thandle_t file)
 // thrown through its frames, which are C: where there is no memory for the message, it is left out.
 int CTiffFile::Error_Keep(TIFF*, void* file, const char*, const char* format, va_list arguments)
 {
+    ListOfTags_Check(format);
     KeepFirst(static_cast<CTiffFile*>(file)->m_firstError, format, arguments);
     return 1;
 }

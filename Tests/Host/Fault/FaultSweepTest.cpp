@@ -184,6 +184,7 @@ void CFaultSweep::Sweep(const SScenario& scenario)
     m_reference = Fault_Run(scenario.m_words, m_folder.Path().string(), m_scratch.Path().string(), "");
     ASSERT_EQ(m_reference.m_status, 0) << m_reference.m_error;
     ASSERT_GT(m_reference.m_calls["memory"], 0);
+    EXPECT_EQ(m_reference.m_calls["sync"] > 0, !scenario.m_outputs.empty()) << "outputs are brought to the disk";
     Folder_Restore(m_reference);
     std::map<std::string, std::pair<int, std::string>> findings; // how often, and the first time
     int runs = 0;
