@@ -353,7 +353,10 @@ std::string Result_Text(const SPreviewResult& result, const SPreviewOrder& order
     text << ", " << info.m_pageWidth << " x " << info.m_pageHeight << " dots; " << result.m_bands
          << (result.m_bands == 1 ? " band" : " bands") << " for " << result.m_swaths
          << (result.m_swaths == 1 ? " swath" : " swaths")
-         << (result.m_bands < result.m_swaths && !info.m_bSkipBlank ? ": THE OTHERS ARE MISSING" : "") << '\n'
+         << (result.m_bands < result.m_swaths && info.IsPart()        ? ": a part of the job"
+             : result.m_bands < result.m_swaths && !info.m_bSkipBlank ? ": THE OTHERS ARE MISSING"
+                                                                      : "")
+         << '\n'
          << InkUse_Text(result.m_use);
     for (const SPictureFile& picture : result.m_files)
     {

@@ -119,20 +119,22 @@ std::string Stray_Make(const CSwathDots& dots)
 
 struct SReport
 {
-    CJson m_data;
+    std::string m_data; // JSON
+    std::string m_judgement;
     SPagePlanes m_planes;
 };
 
-SReport Report_Make(const CJobPage& job, const std::string& outputName, const std::vector<SInkChoice>& inks,
+SReport Report_Make(const CJobPage& job, const std::string& outputName, int page, const std::vector<SInkChoice>& inks,
                     const CJson& plots, const OnSwath& onSwath)
 {
-    CPreviewPage output(Path_FromText(outputName), std::nullopt);
+    CPreviewPage output(Path_FromText(outputName), page);
     const std::vector<std::uint32_t> colors = InkColors_Choose(output.Info(), inks);
     SReport report;
-    report.m_planes = Planes_Make(output, job, onSwath);
+    report.m_planes = Planes_Make(output, job, page, onSwath);
     const SPagePlanes& planes = report.m_planes;
-    CJson& data = report.m_data;
-    data = PageWords_Json(output.Bands().Model());
+    CJson data = PageWords_Json(output.Bands().Model(), job, page);
+    data["Page"] = page;
+    data["PageCount"] = job.PageCount();
     data["Board"] = CJson::parse(BoardInfo_Json(output.Info()));
     data["Area"] = {{"FirstColumn", planes.m_area.m_firstColumn},
                     {"ColumnCount", planes.m_area.m_columnCount},
@@ -158,13 +160,15 @@ SReport Report_Make(const CJobPage& job, const std::string& outputName, const st
     data["InkUse"] = InkUse_Json(use);
     data["OutputName"] = Path_Shown(Path_FromText(outputName).filename());
     data["Summary"] = Text_Shown(Summary_Make(output));
-    data["Judgement"] = Judgement_Make(planes);
+    report.m_judgement = Judgement_Make(planes);
+    data["Judgement"] = report.m_judgement;
     data["Stray"] = Stray_Make(output.Dots());
     data["JobName"] = Path_Shown(job.JobFile().filename());
     data["JobText"] = JobText_Read(job.JobFile());
     data["LayoutWords"] = LayoutWords_Make(output.Info());
     data["LayoutSvg"] = Layout_Svg(Layout_Probe(job.Job()));
     data["Plots"] = plots;
+    report.m_data = data.dump(-1, ' ', true, CJson::error_handler_t::replace);
     return report;
 }
 
@@ -175,7 +179,7 @@ void Text_Write(CByteSink& sink, std::string_view text)
 
 void Data_Write(CByteSink& sink, const std::string& id, const std::string& text)
 {
-    Text_Write(sink, "<script type=\"text/plain\" id=\"" + id + "\">");
+    Text_Write(sink, R"(<script type="text/plain" id=")" + id + R"(">)");
     Text_Write(sink, text);
     Text_Write(sink, "</script>\n");
 }
@@ -201,7 +205,7 @@ void Page_Write(CByteSink& sink, const SReport& report)
     Text_Write(sink, PageFiles::ReportCss());
     Text_Write(sink, "</style>\n</head>\n<body>\n");
     Text_Write(sink, PageFiles::ReportHtml());
-    Data_Write(sink, "data", Text_Deflate(report.m_data.dump(-1, ' ', true, CJson::error_handler_t::replace)));
+    Data_Write(sink, "data", Text_Deflate(report.m_data));
     for (std::size_t i = 0; i < report.m_planes.m_units.size(); ++i)
     {
         const SUnitPlanes& planes = report.m_planes.m_units[i];
@@ -235,6 +239,18 @@ std::unique_ptr<CByteSink> Sink_Make(const std::string& file, const std::vector<
     return std::make_unique<COutputFile>(path, ESpecialFile::WriteInPlace);
 }
 
+// The page that is asked for, from 0; the first one otherwise.
+int Page_Choose(const CArguments& arguments, const CJobPage& job)
+{
+    const std::int64_t page = arguments.Number_Get("page").value_or(0);
+    if (page >= job.PageCount())
+    {
+        throw CInputError("--page is " + std::to_string(page) + "; the job has 0 to " +
+                          std::to_string(job.PageCount() - 1));
+    }
+    return static_cast<int>(page);
+}
+
 int Report_Run(const CArguments& arguments)
 {
     const std::string jobName = arguments.Text_Get("JOB");
@@ -262,7 +278,7 @@ int Report_Run(const CArguments& arguments)
     {
         CProgress progress(arguments.Choice_Get("progress", EProgress::Auto), together.Model().SwathCount());
         const CInterrupt interrupt(Exit_Interrupted, interruptedText);
-        const SReport report = Report_Make(job, outputName, inks, plots,
+        const SReport report = Report_Make(job, outputName, Page_Choose(arguments, job), inks, plots,
                                            [&](int swath)
                                            {
                                                if (CInterrupt::IsRequested())
@@ -276,8 +292,7 @@ int Report_Run(const CArguments& arguments)
         progress.Finish(together.Model().SwathCount(), 0);
         if (file != "-")
         {
-            Answer_Print(Name_Shown(file) + ": open it in a browser. " + report.m_data["Judgement"].get<std::string>() +
-                         '\n');
+            Answer_Print(Name_Shown(file) + ": open it in a browser. " + report.m_judgement + '\n');
         }
         return report.m_planes.m_differenceCount == 0 ? Exit_Done : Exit_Failed;
     }
@@ -308,6 +323,11 @@ const SCommand& Command_Report()
                        .m_names = "-o,--output",
                        .m_value = "FILE",
                        .m_help = "The page; - is standard output. Default: beside OUTPUT, .html instead of its ending"},
+                      {.m_kind = EOptionKind::Number,
+                       .m_names = "--page",
+                       .m_value = "N",
+                       .m_help = "The page of a job of several, from 0. Default: 0",
+                       .m_most = std::numeric_limits<int>::max()},
                       {.m_kind = EOptionKind::File,
                        .m_names = "--trace",
                        .m_value = "FILE",

@@ -2,7 +2,6 @@
 #include "Host/Report/PagePlanes.h"
 
 #include "Host/Model/PageInk.h"
-#include "Host/PathText.h"
 #include "Host/Report/DeflatedText.h"
 
 #include <algorithm>
@@ -25,7 +24,8 @@ struct SStripeColumn
 class CUnitRows
 {
 public:
-    CUnitRows(const CPageModel& model, const SBoardUnitInfo& unit, const CJobPage& job, const SPagePlanes& planes)
+    CUnitRows(const CPageModel& model, const SBoardUnitInfo& unit, const CJobPage& job, int page,
+              const SPagePlanes& planes)
         : m_model(model),
           m_unit(unit),
           m_planes(planes),
@@ -38,8 +38,8 @@ public:
         {
             if (candidate.m_pUnit->m_unitId == unit.m_unitId)
             {
-                m_reader = std::make_unique<CSeparationReader>(Path_Text(candidate.m_pUnit->m_separationPath));
-                m_separationRow.resize(static_cast<std::size_t>(m_reader->RowBytes()));
+                m_reader = job.Reader_Open(candidate, page);
+                m_separationRow.resize(m_reader == nullptr ? 0 : static_cast<std::size_t>(m_reader->RowBytes()));
             }
         }
         for (int nozzle = 0; nozzle < model.Info().m_nozzles; ++nozzle)
@@ -153,7 +153,7 @@ int Job_FromOutput(int value, const SBoardInfo& info)
     return DropSize_Of(info) > 0 ? std::min(value, 1) : value;
 }
 
-SPagePlanes Planes_Make(CPreviewPage& output, const CJobPage& job, const OnSwath& onSwath)
+SPagePlanes Planes_Make(CPreviewPage& output, const CJobPage& job, int page, const OnSwath& onSwath)
 {
     const CPageModel& model = output.Bands().Model();
     const SBoardInfo& info = model.Info();
@@ -165,11 +165,11 @@ SPagePlanes Planes_Make(CPreviewPage& output, const CJobPage& job, const OnSwath
     std::vector<std::unique_ptr<CUnitRows>> units;
     for (const SBoardUnitInfo& unit : info.m_units)
     {
-        units.push_back(std::make_unique<CUnitRows>(model, unit, job, planes));
+        units.push_back(std::make_unique<CUnitRows>(model, unit, job, page, planes));
     }
     const CSwathDots& dots = output.Dots();
     const auto columns = static_cast<std::size_t>(planes.m_area.m_columnCount);
-    const std::size_t skipped = static_cast<std::size_t>(planes.m_area.m_firstColumn - dots.FirstColumn());
+    const auto skipped = static_cast<std::size_t>(planes.m_area.m_firstColumn - dots.FirstColumn());
     const std::vector<unsigned char> blank(dots.BytesPerDot());
     for (int swath = 0; swath < model.SwathCount(); ++swath)
     {

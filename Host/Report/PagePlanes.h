@@ -40,5 +40,6 @@ int DropSize_Of(const SBoardInfo& info);
 // What the job has where the output has this, if the output is as it should be and its separation has one bit.
 int Job_FromOutput(int value, const SBoardInfo& info);
 
-// The output must have been made from the job. Throws CInputError for damage of either.
-SPagePlanes Planes_Make(CPreviewPage& output, const CJobPage& job, const OnSwath& onSwath);
+// `output` goes through this page of the job, from which it must have been made. Throws CInputError for damage of
+// either.
+SPagePlanes Planes_Make(CPreviewPage& output, const CJobPage& job, int page, const OnSwath& onSwath);

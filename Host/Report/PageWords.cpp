@@ -98,9 +98,19 @@ CJson Stripes_Find(const CPageModel& model, const SBoardUnitInfo& unit, int swat
     return CJson::array({left, right});
 }
 
+// Whether the unit has a separation of the page.
+bool IsPrinted(const CJobPage& job, const SBoardUnitInfo& unit, int page)
+{
+    return std::ranges::any_of(job.Units(),
+                               [&](const SPageUnit& candidate) {
+                                   return candidate.m_pUnit->m_unitId == unit.m_unitId &&
+                                          candidate.m_printed.at(static_cast<std::size_t>(page));
+                               });
+}
+
 } // namespace
 
-CJson PageWords_Json(const CPageModel& model)
+CJson PageWords_Json(const CPageModel& model, const CJobPage& job, int page)
 {
     const CJson board = CJson::parse(BoardInfo_Json(model.Info()));
     const int rightToLeft = model.SwathCount() > 1 && !model.IsLeftToRight(1) ? 1 : 0; // a swath that goes so, if any
@@ -122,7 +132,8 @@ CJson PageWords_Json(const CPageModel& model)
         units.push_back(
             {{"Info", board["Units"][i]},
              {"Text", BoardUnit_Text(unit)},
-             {"SeparationShown", Text_Printable(unit.m_separation)},
+             {"HasPage", IsPrinted(job, unit, page)},
+             {"SeparationShown", Text_Printable(BoardUnit_Separation(model.Info(), unit, page))},
              {"Stripes", CJson::array({Stripes_Find(model, unit, rightToLeft), Stripes_Find(model, unit, 0)})},
              {"Places", std::move(places)},
              {"Rules", CJson::array({std::move(leftToRightRules), std::move(rightToLeftRules)})}});

@@ -77,8 +77,10 @@
     function pointText(unit, point, pass) {
         switch (point.area) {
         case "page":
-            return "prints row " + point.row + ", column " + point.column + " of the page, from " +
-                unit.SeparationShown;
+            return "prints row " + point.row + ", column " + point.column + " of " +
+                (data.PageCount > 1 ? "page " + data.Page : "the page") +
+                (unit.HasPage ? ", from " + unit.SeparationShown
+                    : ", for which the unit has no separation, so that it is blank");
         case "below":
             return "is below the page: its row would be " + point.row + ", the page's last one is " +
                 (board.Page.Height - 1);
@@ -99,7 +101,10 @@
         }
     }
 
-    function valueText(point, value, job) {
+    function valueText(unit, point, value, job) {
+        if (point.area === "page" && !unit.HasPage) {
+            return "; the nozzle does not fire";
+        }
         const stripe = point.area.endsWith("stripe");
         if (point.area === "page" || stripe) {
             return "; the " + (stripe ? "stripe" : "separation") + " has " + job + " of " +
@@ -146,8 +151,8 @@
         const direction = pass.ltr ? "left to right" : "right to left";
         const rules = unit.Rules[pass.ltr ? 0 : 1][nozzle].map((rule) => rule < 0 ? data.Directions[swath] : data.Rules[rule]);
         const text = "U" + unit.Text.slice(1) + ", nozzle " + nozzle + ", at position " + position + " of " +
-            (band < 0 ? "swath " + swath + " (" + direction + ")" : "band " + band + " (swath " + swath + ", " + direction + ")") +
-            " " + pointText(unit, point, pass) + valueText(point, value, job) + ". " +
+            (band < 0 ? "" : "band " + band + " (") + (data.PageCount > 1 ? "page " + data.Page + ", " : "") + "swath " +
+            swath + (band < 0 ? " (" : ", ") + direction + ") " + pointText(unit, point, pass) + valueText(unit, point, value, job) + ". " +
             bitsText(unit, nozzle, position, band, found, job) +
             (rules.length > 0 ? " How it came there: " + rules.join("; ") + "." : "");
         return {text: text, band: band, nozzle: nozzle, position: position, area: point.area, fires: found !== 0 || (job !== 0 && point.area !== "below"), wrong: text.includes(", BUT ")};
