@@ -49,12 +49,14 @@ need_packages() {
 
 # What it takes to build the libraries and boardmap.
 build_packages=(g++ cmake ninja-build ccache pkg-config libboost-log-dev libcli11-dev libgcrypt20-dev
-    libtomlplusplus-dev nlohmann-json3-dev libpng-dev libstb-dev libtiff-dev)
+    libjs-dygraphs libjs-leaflet libtomlplusplus-dev nlohmann-json3-dev libpng-dev libstb-dev libtiff-dev zlib1g-dev)
 # What it takes to rip the demo page.
 page_packages=(ghostscript netpbm)
 # What it takes to check and test.
 test_packages=(abigail-tools binutils clang clang-format clang-tidy dpkg-dev file fish git groff-base
     libboost-context-dev libc++-dev libgmock-dev libgtest-dev librapidcheck-dev parallel python3 shellcheck valgrind zsh)
+# What it takes to look at a report as a browser shows it.
+browser_packages=(chromium chromium-driver python3-selenium)
 # What it takes to count what the tests run, and to look for inputs that break something.
 coverage_packages=(gcovr)
 fuzz_packages=(libclang-rt-dev)

@@ -114,4 +114,5 @@ std::string ProgramName_Get();
 // Options that several commands have.
 SCommandOption Option_Job();      // JOB
 SCommandOption Option_Json();     // --json
+SCommandOption Option_Ink();      // --ink NAME=#RRGGBB, for InkChoice_Parse
 SCommandOption Option_Progress(); // --progress, for Choice_Get<EProgress>

@@ -10,6 +10,7 @@
 #include "Host/Command/KernelsCommand.h"
 #include "Host/Command/LayoutCommand.h"
 #include "Host/Command/PreviewCommand.h"
+#include "Host/Command/ReportCommand.h"
 #include "Host/Command/VerifyCommand.h"
 
 #include <array>
@@ -17,8 +18,8 @@
 std::span<const SCommand* const> Commands()
 {
     static const std::array commands = {&Command_Init(),   &Command_Check(),   &Command_Convert(), &Command_Join(),
-                                        &Command_Layout(), &Command_Explain(), &Command_Preview(), &Command_Verify(),
-                                        &Command_Info(),   &Command_Kernels()};
+                                        &Command_Layout(), &Command_Explain(), &Command_Preview(), &Command_Report(),
+                                        &Command_Verify(), &Command_Info(),    &Command_Kernels()};
     return commands;
 }
 
@@ -102,6 +103,15 @@ SCommandOption Option_Job()
 SCommandOption Option_Json()
 {
     return {.m_names = "--json", .m_help = "Print JSON instead of text"};
+}
+
+SCommandOption Option_Ink()
+{
+    return {.m_kind = EOptionKind::Text,
+            .m_names = "--ink",
+            .m_value = "NAME=#RRGGBB",
+            .m_help = "The colour of an ink, by its unit's name or separation. May stand several times",
+            .m_bMany = true};
 }
 
 SCommandOption Option_Progress()

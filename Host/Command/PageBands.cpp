@@ -73,6 +73,7 @@ bool CPageBands::Band_Next()
                               std::to_string(lastSwath) + " of the same page; swaths come in their order, once each");
         }
         ++m_bandCount;
+        m_bandNo = m_reader->BandCount() - 1;
         m_bBand = true;
         return true;
     }

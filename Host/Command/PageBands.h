@@ -28,6 +28,7 @@ public:
     // about damage, about a band that is not as the model says, and about swaths that are not in order.
     bool Swath_Read(int swath);
     const CBandData& Band() const { return m_band; }
+    std::int64_t BandNo() const { return m_bandNo; } // its running number in the file
 
     // Reads to the end, so that the file has proved complete, and all its pages are known. Throws as Swath_Read does,
     // and if there is no such page.
@@ -45,6 +46,7 @@ private:
     std::optional<int> m_page;
     std::set<int> m_pages;
     std::int64_t m_bandCount = 0;
+    std::int64_t m_bandNo = -1;
     CBandData m_band; // of the page, read last
     SBoardPass m_pass;
     bool m_bBand = false; // there is one

@@ -78,19 +78,6 @@ std::pair<std::int64_t, std::int64_t> Range_Parse(const std::string& option, con
     return {first, last};
 }
 
-SInkChoice Ink_Parse(const std::string& text)
-{
-    const std::size_t at = text.rfind('=');
-    const std::optional<std::uint32_t> color =
-        at == std::string::npos || at == 0 ? std::nullopt : Color_Parse(std::string_view(text).substr(at + 1));
-    if (!color)
-    {
-        throw CInputError("--ink is " + Text_Printable(text) +
-                          "; it is NAME=#RRGGBB, a unit's name or separation, and six hexadecimal digits");
-    }
-    return {text.substr(0, at), *color};
-}
-
 std::optional<int> Int_Get(const CArguments& arguments, const std::string& name)
 {
     const std::optional<std::int64_t> number = arguments.Number_Get(name);
@@ -155,7 +142,7 @@ SPreviewOrder Order_Get(const CArguments& arguments)
     order.m_reduce = Int_Get(arguments, "reduce");
     order.m_rows = Range_Get(arguments, "rows");
     order.m_columns = Range_Get(arguments, "columns");
-    std::ranges::transform(arguments.Texts_Get("ink"), std::back_inserter(order.m_inks), &Ink_Parse);
+    std::ranges::transform(arguments.Texts_Get("ink"), std::back_inserter(order.m_inks), &InkChoice_Parse);
     order.m_file = arguments.Has("output") ? arguments.Text_Get("output") : File_Choose(order);
     order.m_progress = arguments.Choice_Get("progress", EProgress::Auto);
     Order_Check(order);
@@ -366,7 +353,10 @@ std::string Result_Text(const SPreviewResult& result, const SPreviewOrder& order
     text << ", " << info.m_pageWidth << " x " << info.m_pageHeight << " dots; " << result.m_bands
          << (result.m_bands == 1 ? " band" : " bands") << " for " << result.m_swaths
          << (result.m_swaths == 1 ? " swath" : " swaths")
-         << (result.m_bands < result.m_swaths && !info.m_bSkipBlank ? ": THE OTHERS ARE MISSING" : "") << '\n'
+         << (result.m_bands < result.m_swaths && info.IsPart()        ? ": a part of the job"
+             : result.m_bands < result.m_swaths && !info.m_bSkipBlank ? ": THE OTHERS ARE MISSING"
+                                                                      : "")
+         << '\n'
          << InkUse_Text(result.m_use);
     for (const SPictureFile& picture : result.m_files)
     {
@@ -533,11 +523,7 @@ const SCommand& Command_Preview()
                        .m_help = "This unit alone, in black",
                        .m_most = most},
                       {.m_names = "--planes", .m_help = "A picture of each unit alone: FILE with .unit-N before .png"},
-                      {.m_kind = EOptionKind::Text,
-                       .m_names = "--ink",
-                       .m_value = "NAME=#RRGGBB",
-                       .m_help = "The colour of an ink, by its unit's name or separation. May stand several times",
-                       .m_bMany = true},
+                      Option_Ink(),
                       {.m_kind = EOptionKind::Number,
                        .m_names = "--reduce",
                        .m_value = "N",

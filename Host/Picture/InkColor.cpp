@@ -207,6 +207,19 @@ std::optional<std::uint32_t> InkColor_Find(std::string_view name)
     return color;
 }
 
+SInkChoice InkChoice_Parse(const std::string& text)
+{
+    const std::size_t at = text.rfind('=');
+    const std::optional<std::uint32_t> color =
+        at == std::string::npos || at == 0 ? std::nullopt : Color_Parse(std::string_view(text).substr(at + 1));
+    if (!color)
+    {
+        throw CInputError("--ink is " + Text_Printable(text) +
+                          "; it is NAME=#RRGGBB, a unit's name or separation, and six hexadecimal digits");
+    }
+    return {text.substr(0, at), *color};
+}
+
 std::vector<std::uint32_t> InkColors_Choose(const SBoardInfo& info, const std::vector<SInkChoice>& choices)
 {
     Choices_Check(info, choices);

@@ -28,6 +28,9 @@ struct SInkChoice
     std::uint32_t m_color = 0;
 };
 
+// From "NAME=#RRGGBB". Throws CInputError if it is none.
+SInkChoice InkChoice_Parse(const std::string& text);
+
 // The colour of each unit, in the info's order: a given one, else by the unit's name, else by its separation's, else
 // derived. Throws CInputError if no unit has an ink that a colour was given for.
 std::vector<std::uint32_t> InkColors_Choose(const SBoardInfo& info, const std::vector<SInkChoice>& choices);
