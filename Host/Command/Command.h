@@ -104,6 +104,9 @@ const char* ProgramText_Get();
 // What signals do, where there are any.
 const char* ProgramSignals_Get();
 
+// What the environment says to it.
+const char* ProgramEnvironment_Get();
+
 // What the exit statuses of a command mean, or of any command for null.
 std::string ExitStatus_Text(const SCommand* pCommand);
 

@@ -146,7 +146,7 @@ int CommandLine_Run(const std::vector<std::string>& words)
     app.set_help_flag("-h,--help", "Print this text and exit");
     app.allow_windows_style_options(false); // on no system: a name may begin with a slash
     app.require_subcommand(1);
-    app.footer(ExitStatus_Text(nullptr));
+    app.footer(std::string(ProgramEnvironment_Get()) + '\n' + ExitStatus_Text(nullptr));
     std::vector<CLI::App*> added;
     for (const SCommand* pCommand : Commands())
     {

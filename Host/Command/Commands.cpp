@@ -44,6 +44,13 @@ const char* ProgramSignals_Get()
            "error what its stage, threads and queues are doing.";
 }
 
+const char* ProgramEnvironment_Get()
+{
+    return "On a terminal, errors are red and warnings yellow; not with NO_COLOR set to anything but nothing, nor "
+           "with\n"
+           "TERM=dumb.";
+}
+
 std::string ExitStatus_Text(const SCommand* pCommand)
 {
     const bool bOwn = pCommand != nullptr && !pCommand->m_exitText.empty();

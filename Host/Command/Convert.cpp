@@ -1,6 +1,7 @@
 // The convert command: job, conversion, writer, and what the user is told.
 #include "Host/Command/Convert.h"
 
+#include "Host/Colour.h"
 #include "Host/Command/Answer.h"
 #include "Host/Command/BoardOutput.h"
 #include "Host/Command/BoardTarget.h"
@@ -215,7 +216,7 @@ bool Job_Convert(const SConvertOptions& options)
     result.m_warnings = page.Warnings_Get();
     for (const SMistake& warning : result.m_warnings)
     {
-        std::cerr << Text_Shown(Mistake_Text(warning)) << '\n' << std::flush;
+        std::cerr << Colour_OfErrors(Text_Shown(Mistake_Text(warning)), EColour::Warning) << '\n' << std::flush;
     }
     const std::unique_ptr<CTrace> trace = Trace_Open(options, page.Job());
     CConversion conversion(page, options.m_bands, trace.get());

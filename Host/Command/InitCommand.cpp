@@ -1,6 +1,7 @@
 // The command init: opens the separations, has the job drafted, checks it as any job is checked, and writes it.
 #include "Host/Command/InitCommand.h"
 
+#include "Host/Colour.h"
 #include "Host/HostError.h"
 #include "Host/Input/SeparationReader.h"
 #include "Host/Job/JobCheck.h"
@@ -143,7 +144,7 @@ void Draft_Check(const fs::path& file, const std::string& text, const std::vecto
         mistakes.Add(mistake);
         if (mistake.m_bWarning)
         {
-            std::cerr << Text_Shown(Mistake_Text(mistake)) << '\n' << std::flush;
+            std::cerr << Colour_OfErrors(Text_Shown(Mistake_Text(mistake)), EColour::Warning) << '\n' << std::flush;
         }
     }
     mistakes.Errors_Throw();

@@ -2,6 +2,7 @@
 //
 // Libraries allocate in places where nobody can catch what that throws. Such an exception is told as any other, and
 // ends the process without an end of its threads and objects, but with nothing left behind.
+#include "Host/Colour.h"
 #include "Host/Command/CommandLine.h"
 #include "Host/HostError.h"
 #include "Host/MemoryWatch.h"
@@ -79,7 +80,7 @@ int main(int argumentCount, char** arguments)
     }
     catch (const CInputError& error)
     {
-        std::cerr << Text_Shown(error.what()) << '\n';
+        std::cerr << Colour_OfErrors(Text_Shown(error.what()), EColour::Error) << '\n';
         return Exit_BadInput;
     }
     catch (const std::bad_alloc&)
@@ -88,11 +89,11 @@ int main(int argumentCount, char** arguments)
     }
     catch (const std::filesystem::filesystem_error& error)
     {
-        std::cerr << Path_Shown(error.path1()) << ": " << error.code().message() << '\n';
+        std::cerr << Colour_OfErrors(Path_Shown(error.path1()) + ": " + error.code().message(), EColour::Error) << '\n';
     }
     catch (const std::exception& error)
     {
-        std::cerr << Text_Shown(error.what()) << '\n';
+        std::cerr << Colour_OfErrors(Text_Shown(error.what()), EColour::Error) << '\n';
     }
     catch (...)
     {

@@ -1,6 +1,7 @@
 // The command verify.
 #include "Host/Command/VerifyCommand.h"
 
+#include "Host/Colour.h"
 #include "Host/Command/Answer.h"
 #include "Host/Command/Progress.h"
 #include "Host/Command/Verification.h"
@@ -187,7 +188,7 @@ int Verify_Run(const CArguments& arguments)
     const CJobPage page(Path_FromText(arguments.Text_Get("JOB")));
     for (const SMistake& warning : page.Warnings_Get())
     {
-        std::cerr << Text_Shown(Mistake_Text(warning)) << '\n' << std::flush;
+        std::cerr << Colour_OfErrors(Text_Shown(Mistake_Text(warning)), EColour::Warning) << '\n' << std::flush;
     }
     const auto reader = CBoardReader::Open(Path_FromText(outputName));
     const SBoardInfo& info = reader->BoardInfo();

@@ -114,6 +114,7 @@ std::string ManPage_OfProgram()
                                    Bold("boardmap") + ' ' + Bold("--version")) +
            Section("DESCRIPTION", commands + ".PP\nEvery command explains itself with\n.BR \\-\\-help .\n") +
            Section("EXIT STATUS", Roff_Text(ExitStatus_Get(nullptr))) +
+           Section("ENVIRONMENT", Roff_Text(ProgramEnvironment_Get())) +
            Section("SIGNALS", Roff_Text(ProgramSignals_Get())) + Section("SEE ALSO", others);
 }
 

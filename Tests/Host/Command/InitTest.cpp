@@ -1,4 +1,5 @@
 // boardmap init from outside: the job that it writes is right for every style that takes the files, and says so.
+#include "Host/HostError.h"
 #include "Host/Job/JobDraft.h"
 #include "Tests/Host/Command/CommandSupport.h"
 #include "Tests/Host/Input/TiffMaker.h"
@@ -184,6 +185,23 @@ TEST_F(Init, NamesSeparationsFromTheFolderOfTheJob)
     EXPECT_THAT(File_Read(In("pages/one/one.toml")), HasSubstr("Separation         = \"a.tif\""));
 }
 
+TEST_F(Init, SeveralPagesBecomeAPatternAndAMissingInkABlankPage)
+{
+    Page_Write({"page1(Black).tif", "page2(Black).tif", "page3(Black).tif", "page1(Gold).tif", "page3(Gold).tif"});
+    const auto result = Boardmap_Run("init \"page1(Black).tif\" \"page1(Gold).tif\" \"page2(Black).tif\" "
+                                     "\"page3(Black).tif\" \"page3(Gold).tif\"");
+    EXPECT_EQ(result.status, 0) << result.error;
+    const std::string job = File_Read(In("job.toml"));
+    EXPECT_THAT(job, StartsWith("# 3 pages of 40 x 30 pixels of 1 bit, in 2 separations.\n"));
+    EXPECT_THAT(job, HasSubstr("[Pages]\nFirst              = 1\nLast               = 3\nMissingIsBlank     = true  "));
+    EXPECT_THAT(job, HasSubstr("Name               = \"Black\"\nSeparation         = \"page%d(Black).tif\"\n"));
+    EXPECT_THAT(job, HasSubstr("Name               = \"Gold\"\nSeparation         = \"page%d(Gold).tif\"\n"));
+    EXPECT_THAT(Boardmap_Run("check job.toml").out, HasSubstr("blank on 1 of 3 pages"));
+    const auto gap = Boardmap_Run("init \"page1(Black).tif\" \"page3(Black).tif\" --force");
+    EXPECT_EQ(gap.status, 2);
+    EXPECT_THAT(gap.error, HasSubstr("none of page 2"));
+}
+
 TEST_F(Init, OptionsAndStandardOutput)
 {
     Page_Write({"a.tif"});
@@ -210,6 +228,32 @@ TEST(JobDraft, InksAreTakenFromTheNames)
     EXPECT_THAT(Inks({"page.Grey.tif"}), ElementsAre("Grey"));
     EXPECT_THAT(Inks({"page.tif"}), ElementsAre(""));
     EXPECT_THAT(Inks({"().tif", ".tif"}), ElementsAre("()", ".tif"));
+}
+
+TEST(JobDraft, PagesAreToldByTheNumbersBeforeTheInks)
+{
+    const auto Patterns = [](const std::vector<std::string>& names)
+    {
+        const auto pages = Pages_FromNames(names);
+        return pages ? pages->m_patterns : std::vector<std::string>();
+    };
+    EXPECT_THAT(Patterns({"a/p-01.Cyan.tif", "a/p-02.Cyan.tif", "a/p-01.K.tif", "a/p-02.K.tif"}),
+                ElementsAre("a/p-%02d.Cyan.tif", "a/p-%02d.K.tif"));
+    EXPECT_THAT(Patterns({"50% 9(C).tif", "50% 10(C).tif"}), ElementsAre("50%% %d(C).tif"));
+    EXPECT_THAT(Patterns({"grey1.tif", "grey2.tif"}), ElementsAre("grey%d.tif"));
+    EXPECT_THAT(Patterns({"p1.PMS300.tif", "p2.PMS300.tif"}), ElementsAre("p%d.PMS300.tif"));
+    EXPECT_THAT(Patterns({"600dpi-1.C.tif", "600dpi-2.C.tif", "600dpi-1.K.tif"}),
+                ElementsAre("600dpi-%d.C.tif", "600dpi-%d.K.tif"));
+    EXPECT_THAT(Patterns({"page1(Cyan).tif", "page1(PANTONE 300 C).tif", "page1(PANTONE 301 C).tif"}), IsEmpty());
+    EXPECT_THAT(Patterns({"page.Cyan1.tif", "page.Cyan2.tif", "page.Black1.tif", "page.Black2.tif"}), IsEmpty())
+        << "two heads of an ink";
+    EXPECT_THAT(Patterns({"page.Cyan.tif", "page.Black.tif"}), IsEmpty());
+    const auto pages = Pages_FromNames({"p2.C.tif", "p3.C.tif", "p3.K.tif"});
+    EXPECT_EQ(pages->m_pages.m_first, 2);
+    EXPECT_EQ(pages->m_pages.m_last, 3);
+    EXPECT_TRUE(pages->m_pages.m_bMissing);
+    EXPECT_THAT(pages->m_files, ElementsAre(0, 2));
+    EXPECT_THROW(Pages_FromNames({"p01.C.tif", "p002.C.tif"}), CInputError);
 }
 
 TEST(JobDraft, ProcessInksHaveTheirPlacesOnTheCarriage)
