@@ -76,7 +76,10 @@ struct SBoardInfo
     std::int64_t m_partLast = -1;
 
     bool IsPart() const { return m_partFirst >= 0; }
-    std::int64_t SwathCount() const { return m_nozzles < 1 ? 0 : (m_pageHeight - 1) / m_nozzles + 1; } // of a page
+    std::int64_t SwathCount() const
+    {
+        return m_nozzles < 1 ? 0 : (std::int64_t{m_pageHeight} - 1) / m_nozzles + 1;
+    }                                                                     // of a page
     std::int64_t StepCount() const { return SwathCount() * m_pageCount; } // swaths of all pages
     std::int64_t FirstStep() const { return IsPart() ? m_partFirst : 0; }
     std::int64_t LastStep() const { return IsPart() ? m_partLast : StepCount() - 1; }

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <cstring>
+#include <algorithm>
 #include <memory>
 
 using testing::HasSubstr;
@@ -358,6 +358,31 @@ TEST_F(Batch, EveryCommandKnowsPages)
     EXPECT_THAT(Boardmap_Run("explain job.toml --page 3 --row 9 --column 4 --ink cyan").error,
                 HasSubstr("--page is 3; here it is 0 to 2"));
     EXPECT_EQ(Boardmap_Run("explain job.toml --page 1 --unit 0 --nozzle 1 --position 39 --band 7").status, 2);
+}
+
+TEST_F(Batch, ATraceHasThePages)
+{
+    Pages_Write();
+    std::filesystem::remove(In("p2.k.tif"));
+    PatternJob_Write("job.toml", "[Pages]\nLast = 3\nMissingIsBlank = true\n");
+    ASSERT_EQ(Boardmap_Run("convert job.toml --format raw -o out.raw --progress none --trace t.json").status, 0);
+    std::vector<int> mapped;
+    std::vector<int> read;
+    for (const auto& event : nlohmann::json::parse(File_Read(In("t.json"))).at("traceEvents"))
+    {
+        if (event.at("name") == "map")
+        {
+            mapped.push_back(event.at("args").at("page").get<int>() * swaths + event.at("args").at("swath").get<int>());
+        }
+        if (event.at("name") == "read")
+        {
+            read.push_back(event.at("args").at("page"));
+        }
+    }
+    EXPECT_THAT(mapped, testing::ElementsAre(0, 1, 2, 3, 4, 5, 6, 7, 8));
+    EXPECT_EQ(std::ranges::count(read, 0), 2 * swaths);
+    EXPECT_EQ(std::ranges::count(read, 1), swaths) << "a page without a file is not read";
+    EXPECT_EQ(std::ranges::count(read, 2), 2 * swaths);
 }
 
 TEST_F(Batch, VerifyNoticesAPageThatIsAnother)

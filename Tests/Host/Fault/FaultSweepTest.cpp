@@ -85,6 +85,8 @@ protected:
         Job_Write("base.toml", {"a.tif"}, 16, "[Stage]\nKind = \"base\"\nSkipBlank = true\n");
         ASSERT_EQ(Boardmap_Run("convert job.toml -o page.tif").status, 0);
         ASSERT_EQ(Boardmap_Run("convert job.toml -o page.raw --format raw").status, 0);
+        ASSERT_EQ(Boardmap_Run("convert job.toml -o part-0.raw --format raw --bands 0").status, 0);
+        ASSERT_EQ(Boardmap_Run("convert job.toml -o part-1.raw --format raw --bands 1..").status, 0);
         File_Write(In("old.tif"), "an older result");
         for (const std::string& name : m_folder.Names())
         {
@@ -292,6 +294,15 @@ TEST_F(CFaultSweep, Explain)
            {program, "explain", "job.toml", "page.raw", "--band", "0", "--line", "5", "--byte", "3", "--bit", "1",
             "--json"},
            {},
+           "",
+           false});
+}
+
+TEST_F(CFaultSweep, Join)
+{
+    Sweep({"join",
+           {program, "join", "part-1.raw", "part-0.raw", "-o", "old.tif", "--format", "tiff"},
+           {"old.tif"},
            "",
            false});
 }
