@@ -368,7 +368,8 @@ TEST_F(Batch, ATraceHasThePages)
     ASSERT_EQ(Boardmap_Run("convert job.toml --format raw -o out.raw --progress none --trace t.json").status, 0);
     std::vector<int> mapped;
     std::vector<int> read;
-    for (const auto& event : nlohmann::json::parse(File_Read(In("t.json"))).at("traceEvents"))
+    const auto trace = nlohmann::json::parse(File_Read(In("t.json")));
+    for (const auto& event : trace.at("traceEvents"))
     {
         if (event.at("name") == "map")
         {
