@@ -20,6 +20,7 @@
 #include "Host/Report/PagePlanes.h"
 #include "Host/Report/PageWords.h"
 #include "Host/Report/TracePlots.h"
+#include "Host/TextStream.h"
 
 #include <nlohmann/json.hpp>
 
@@ -27,7 +28,6 @@
 #include <iostream>
 #include <limits>
 #include <memory>
-#include <sstream>
 #include <string>
 
 namespace fs = std::filesystem;
@@ -78,7 +78,7 @@ std::string Summary_Make(const CPreviewPage& page)
 {
     const SBoardInfo& info = page.Info();
     const CBoardReader& reader = page.Bands().Reader();
-    std::ostringstream text;
+    CTextStream text;
     text << (reader.Format() == EBoardFormat::Tiff ? "TIFF" : "Board stream") << " of "
          << ByteText_Make(static_cast<double>(reader.FileSize())) << " by " << info.m_generator << "; page "
          << page.Bands().Page() << ", " << info.m_pageWidth << " x " << info.m_pageHeight << " dots";

@@ -268,8 +268,9 @@ TEST_F(Convert, AMistypedCommandNamesItsNearest)
     EXPECT_EQ(nearest.status, 2);
     EXPECT_EQ(nearest.error, "convrt: there is no such command; did you mean convert? boardmap --help lists them\n");
     EXPECT_EQ(Boardmap_Run("xyz").error,
-              "xyz: there is no such command; the commands are init, check, convert, layout, "
-              "explain, preview, report, verify, info and kernels\n");
+              "xyz: there is no such command; the commands are init, check, convert, join, layout, "
+              "explain, preview, report, verify, info and kernels
+");
 }
 
 TEST_F(Convert, TheVersionIsPrintedForEveryCommand)
