@@ -269,8 +269,7 @@ TEST_F(Convert, AMistypedCommandNamesItsNearest)
     EXPECT_EQ(nearest.error, "convrt: there is no such command; did you mean convert? boardmap --help lists them\n");
     EXPECT_EQ(Boardmap_Run("xyz").error,
               "xyz: there is no such command; the commands are init, check, convert, join, layout, "
-              "explain, preview, report, verify, info and kernels
-");
+              "explain, preview, report, verify, info and kernels\n");
 }
 
 TEST_F(Convert, TheVersionIsPrintedForEveryCommand)
