@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <sstream>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -98,4 +99,15 @@ SFaultRun Fault_Run(const std::vector<std::string>& words, const std::string& fo
         run.m_calls[kind] = calls;
     }
     return run;
+}
+
+bool File_GiveAway(const std::string& path, unsigned owner)
+{
+    return chown(path.c_str(), owner, owner) == 0;
+}
+
+unsigned File_Owner(const std::string& path)
+{
+    struct stat status = {};
+    return stat(path.c_str(), &status) == 0 ? status.st_uid : ~0U;
 }

@@ -16,6 +16,10 @@ struct SFaultRun
     std::map<std::string, long> m_calls;        // of each kind; only of a run that exited
 };
 
+// To another user, and to whom it belongs now. False where only the system's administrator may.
+bool File_GiveAway(const std::string& path, unsigned owner);
+unsigned File_Owner(const std::string& path);
+
 // Runs `words` (the program's path first) in `folder` with FAULT set to `fault`, or unset if that is empty. `scratch`
 // is another folder, for the outputs.
 SFaultRun Fault_Run(const std::vector<std::string>& words, const std::string& folder, const std::string& scratch,

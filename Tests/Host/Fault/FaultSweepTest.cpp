@@ -16,8 +16,6 @@
 #include <cstdlib>
 #include <iostream>
 #include <regex>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace
 {
@@ -251,31 +249,25 @@ TEST_F(CFaultSweep, ConvertBaseToRaw)
 
 TEST_F(CFaultSweep, AnOutputWhoseOwnerCannotBeKeptIsRefusedAndStays)
 {
-    constexpr uid_t somebody = 12345;
-    if (chown(In("old.tif").c_str(), somebody, somebody) != 0)
+    constexpr unsigned somebody = 12345;
+    if (!File_GiveAway(In("old.tif").string(), somebody))
     {
         GTEST_SKIP() << "only the system's administrator may give a file away";
     }
     const std::vector<std::string> words = {program, "convert", "job.toml", "-o", "old.tif"};
     const auto Run = [&](const std::string& fault)
     { return Fault_Run(words, m_folder.Path().string(), m_scratch.Path().string(), fault); };
-    const auto Owner = [&]
-    {
-        struct stat status = {};
-        EXPECT_EQ(stat(In("old.tif").c_str(), &status), 0);
-        return status.st_uid;
-    };
     SFaultRun run = Run("owner 1");
     EXPECT_EQ(run.m_status, 2);
     EXPECT_EQ(run.m_error, "old.tif: its owner and its access rights cannot be given to a new file; name another file, "
                            "or take this one away\n");
     EXPECT_EQ(run.m_files["old.tif"], "an older result");
     EXPECT_EQ(run.m_files.size(), m_before.size());
-    EXPECT_EQ(Owner(), somebody);
+    EXPECT_EQ(File_Owner(In("old.tif").string()), somebody);
     run = Run("");
     EXPECT_EQ(run.m_status, 0);
     EXPECT_NE(run.m_files["old.tif"], "an older result");
-    EXPECT_EQ(Owner(), somebody);
+    EXPECT_EQ(File_Owner(In("old.tif").string()), somebody);
 }
 
 TEST_F(CFaultSweep, Check)
@@ -315,6 +307,25 @@ TEST_F(CFaultSweep, Layout)
 TEST_F(CFaultSweep, LayoutAsJson)
 {
     Sweep({"layout --json", {program, "layout", "job.toml", "--json"}, {}, "", false});
+}
+
+TEST_F(CFaultSweep, Preview)
+{
+    Sweep({"preview", {program, "preview", "page.raw", "-o", "old.tif", "--json"}, {"old.tif"}, "", false});
+}
+
+TEST_F(CFaultSweep, PreviewOfADifference)
+{
+    Sweep({"preview --diff",
+           {program, "preview", "--diff", "page.raw", "page.tif", "-o", "new.png"},
+           {"new.png"},
+           "",
+           false});
+}
+
+TEST_F(CFaultSweep, Report)
+{
+    Sweep({"report", {program, "report", "job.toml", "page.tif", "-o", "new.html"}, {"new.html"}, "", false, true});
 }
 
 TEST_F(CFaultSweep, Verify)
