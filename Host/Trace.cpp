@@ -122,11 +122,11 @@ std::string CTrace::Event_Text(const SEvent& event) const
     if (event.m_pName == nullptr)
     {
         return R"({"ph":"C","pid":1,"tid":0,"name":)" + m_counterNames[static_cast<std::size_t>(event.m_track)] +
-               ",\"ts\":" + Time_Text(event.m_begin) +
-               ",\"args\":{\"bands\":" + std::to_string(event.m_arguments[0].m_value) + "}}";
+               ",\"ts\":" + Time_Text(event.m_begin) + R"(,"args":{"bands":)" +
+               std::to_string(event.m_arguments[0].m_value) + "}}";
     }
-    std::string text = R"({"ph":"X","pid":1,"tid":)" + std::to_string(event.m_track) + ",\"name\":\"" + event.m_pName +
-                       "\",\"ts\":" + Time_Text(event.m_begin) +
+    std::string text = R"({"ph":"X","pid":1,"tid":)" + std::to_string(event.m_track) + R"(,"name":")" + event.m_pName +
+                       R"(","ts":)" + Time_Text(event.m_begin) +
                        ",\"dur\":" + Duration_Text(std::chrono::nanoseconds(event.m_end - event.m_begin)) +
                        ",\"args\":{";
     if (event.m_counter >= 0)

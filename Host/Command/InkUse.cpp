@@ -99,7 +99,7 @@ std::string InkUse_Text(const SInkUse& use)
         std::vector<std::string> row = {std::to_string(unit.m_unitId), Text_Printable(name),
                                         Color_Text(use.m_colors[i]), std::to_string(Dots_Total(dots.m_page)),
                                         Percent_Text(Coverage_Of(dots, use.m_info))};
-        for (const std::size_t value : {1, 2, 3})
+        for (const std::size_t value : {1U, 2U, 3U})
         {
             if (bSizes)
             {

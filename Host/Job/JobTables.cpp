@@ -85,7 +85,7 @@ const SJobTable& JobTable_Unit()
                                     {{"UnitId", "UnitId = 0"},
                                      {"Direction", "Direction = 1"},
                                      {"Separation", "Separation = \"page.Cyan.tif\""},
-                                     {"Separations", "Separations = [\"page1.Cyan.tif\", \"page2.Cyan.tif\"]"},
+                                     {"Separations", R"(Separations = ["page1.Cyan.tif", "page2.Cyan.tif"])"},
                                      {"Name", "Name = \"Cyan\""},
                                      {"UnitPosition", "UnitPosition = 0"},
                                      {"Horizon_1", "Horizon_1 = 0"},
