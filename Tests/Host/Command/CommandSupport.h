@@ -17,6 +17,7 @@
 #include <sstream>
 #include <string>
 #include <tiffio.h>
+#include <utility>
 #include <vector>
 
 struct SCommandResult
@@ -92,6 +93,21 @@ protected:
     }
 
 #endif
+
+    // Each of these command lines, arguments and what the error has to say, is bad input: exit status 2, no answer, and
+    // no file more or less.
+    void Refusals_Check(const std::vector<std::pair<std::string, std::string>>& lines) const
+    {
+        const auto files = Files();
+        for (const auto& [arguments, text] : lines)
+        {
+            const auto result = Boardmap_Run(arguments);
+            EXPECT_EQ(result.status, 2) << arguments;
+            EXPECT_NE(result.error.find(text), std::string::npos) << arguments << ": " << result.error;
+            EXPECT_EQ(result.out, "") << arguments;
+            EXPECT_EQ(Files(), files) << arguments;
+        }
+    }
 
     // The names of the files in the test's folder.
     std::vector<std::string> Files() const

@@ -362,7 +362,7 @@ TEST_F(Preview, RefusesWhatMakesNoSenseInOneSentenceAndLeavesNothing)
     ASSERT_EQ(Boardmap_Run("convert job.toml -o out.tif").status, 0);
     const std::string before = File_Read(In("out.tif"));
     const auto files = Files();
-    const std::vector<std::pair<std::string, std::string>> wrong = {
+    Refusals_Check({
         {"preview out.tif --unit 7", "--unit is 7; the output has 0, 1 and 2\n"},
         {"preview out.tif --page 3", "out.tif: --page is 3; the file has 0\n"},
         {"preview out.tif --rows 4..9", "--rows is 4..9; the picture has 0 to 7\n"},
@@ -381,15 +381,7 @@ TEST_F(Preview, RefusesWhatMakesNoSenseInOneSentenceAndLeavesNothing)
         {"preview out.tif -o none/p.png", "none/p.png: there is no folder none\n"},
         {"preview none.tif", "none.tif: there is no such file\n"},
         {"preview job.toml", "job.toml: byte 0: this is no board stream\n"},
-    };
-    for (const auto& [arguments, text] : wrong)
-    {
-        const auto result = Boardmap_Run(arguments);
-        EXPECT_EQ(result.status, 2) << arguments;
-        EXPECT_THAT(result.error, HasSubstr(text)) << arguments;
-        EXPECT_EQ(result.out, "") << arguments;
-        EXPECT_EQ(Files(), files) << arguments;
-    }
+    });
     EXPECT_EQ(File_Read(In("out.tif")), before);
     const auto old = Boardmap_Run("preview '" VERSION_1_FOLDER "/boards.tif' -o p.png");
     EXPECT_EQ(old.status, 2);
